@@ -1,0 +1,27 @@
+# Every library comes from the system or from vcpkg. Where a package has no CMake description on
+# Debian, its pkg-config file or plain library is used.
+find_package(nlohmann_json 3.8 REQUIRED)
+find_package(PkgConfig QUIET)
+
+# trelvane_library(<target> <pkg-config module> <header> <library names...>)
+function(trelvane_library target module header)
+  add_library(${target} INTERFACE)
+  if(PkgConfig_FOUND)
+    pkg_check_modules(${target}_module QUIET IMPORTED_TARGET ${module})
+  endif()
+  if(TARGET PkgConfig::${target}_module)
+    target_link_libraries(${target} INTERFACE PkgConfig::${target}_module)
+    return()
+  endif()
+  find_path(${target}_include ${header} REQUIRED)
+  find_library(${target}_file NAMES ${ARGN} REQUIRED)
+  target_include_directories(${target} SYSTEM INTERFACE ${${target}_include})
+  target_link_libraries(${target} INTERFACE ${${target}_file})
+endfunction()
+
+trelvane_library(trelvane_flatbuffers flatbuffers flatbuffers/flatbuffers.h flatbuffers)
+trelvane_library(trelvane_libdeflate libdeflate libdeflate.h deflate libdeflate)
+trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
+trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)
+
+find_program(TRELVANE_FLATC NAMES flatc REQUIRED)

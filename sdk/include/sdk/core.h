@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: MIT
+// Core library: statuses, primitive types, allocators, arrays, lists, streams, files, directories.
+//
+// Every operation that returns a zStatus returns zOK (1) on success and one of the other codes
+// on failure; none of them throws or ends the process. An output handle is written on success only.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+using z8u = std::uint8_t;
+using z16s = std::int16_t;
+using z16u = std::uint16_t;
+using z32s = std::int32_t;
+using z32u = std::uint32_t;
+using z64s = std::int64_t;
+using z64u = std::uint64_t;
+using z32f = float;
+using z64f = double;
+using zSize = std::size_t;
+
+using zStatus = z32s;
+inline constexpr zStatus zOK = 1;
+inline constexpr zStatus zERROR_PARAMETER = -2;      // null or wrong handle, type, shape or index
+inline constexpr zStatus zERROR_MEMORY = -3;         // the memory is not there
+inline constexpr zStatus zERROR_STREAM = -4;         // data ends too early, or the device failed
+inline constexpr zStatus zERROR_NOT_FOUND = -5;      // no such file or directory
+inline constexpr zStatus zERROR_UNIMPLEMENTED = -6;  // not part of this library yet
+inline constexpr zStatus zERROR_FORMAT = -7;         // the data is not what its format demands
+
+// Every format here is little-endian, and so is every machine the tool runs on: numbers are
+// copied as they stand.
+static_assert(std::endian::native == std::endian::little);
+
+// Handle of a reference-counted object. Construct operations hand out one reference;
+// zObject_Share adds one and zObject_DestroyImpl gives one back.
+using zObject = void*;
+using zArray1 = zObject;
+using zArray2 = zObject;
+using zArrayList = zObject;
+using zStream = zObject;
+using zMemory = zObject;  // a zStream
+using zFile = zObject;    // a zStream
+using zSerializer = zObject;
+using zCoreLib = zObject;
+
+struct zPoint16s {
+  z16s x, z;
+};
+struct zPoint3d16s {
+  z16s x, y, z;
+};
+struct zPoint3d32f {
+  z32f x, y, z;
+};
+struct zPoint3d64f {
+  z64f x, y, z;
+};
+using zString = std::string;
+
+// Item types of arrays, lists and serialized primitives.
+enum class zType : z8u {
+  none,
+  z8u,
+  z16s,
+  z32s,
+  z32u,
+  z32f,
+  z64f,
+  zPoint16s,
+  zPoint3d16s,
+  zPoint3d32f,
+  zString,  // lists only
+};
+
+template <class Item>
+inline constexpr zType zTypeOf = zType::none;
+template <>
+inline constexpr zType zTypeOf<z8u> = zType::z8u;
+template <>
+inline constexpr zType zTypeOf<z16s> = zType::z16s;
+template <>
+inline constexpr zType zTypeOf<z32s> = zType::z32s;
+template <>
+inline constexpr zType zTypeOf<z32u> = zType::z32u;
+template <>
+inline constexpr zType zTypeOf<z32f> = zType::z32f;
+template <>
+inline constexpr zType zTypeOf<z64f> = zType::z64f;
+template <>
+inline constexpr zType zTypeOf<zPoint16s> = zType::zPoint16s;
+template <>
+inline constexpr zType zTypeOf<zPoint3d16s> = zType::zPoint3d16s;
+template <>
+inline constexpr zType zTypeOf<zPoint3d32f> = zType::zPoint3d32f;
+template <>
+inline constexpr zType zTypeOf<zString> = zType::zString;
+
+// Bytes of one item; 0 for zType::none and zType::zString.
+zSize zType_Size(zType type) noexcept;
+
+// Where objects take their memory from.
+class zAllocator {
+ public:
+  virtual ~zAllocator() = default;
+
+  // `bytes` uninitialized bytes, aligned for any item type; null when they cannot be had.
+  virtual void* Allocate(zSize bytes) noexcept = 0;
+  // The same, filled with zeros.
+  virtual void* AllocateZeroed(zSize bytes) noexcept = 0;
+  // Gives back a block of either kind; null is ignored.
+  virtual void Free(void* block) noexcept = 0;
+
+  // The process-wide allocator. Large blocks ask the system for large pages, which makes touching
+  // a fresh buffer several times cheaper.
+  static zAllocator& Default() noexcept;
+};
+using zAlloc = zAllocator*;
+
+// Standard allocator over zAllocator::Default() that leaves new items uninitialized: a vector that
+// is resized and then read into is not cleared first.
+template <class Item>
+struct zUninitializedAllocator {
+  static_assert(std::is_trivially_copyable_v<Item>);
+  using value_type = Item;
+
+  zUninitializedAllocator() noexcept = default;
+  template <class Other>
+  zUninitializedAllocator(const zUninitializedAllocator<Other>&) noexcept {}
+
+  Item* allocate(zSize count) {
+    if (count > std::size_t(-1) / sizeof(Item)) throw std::bad_array_new_length();
+    void* block = zAllocator::Default().Allocate(count * sizeof(Item));
+    if (block == nullptr) throw std::bad_alloc();
+    return static_cast<Item*>(block);
+  }
+  void deallocate(Item* block, zSize) noexcept { zAllocator::Default().Free(block); }
+
+  template <class Other>
+  void construct(Other* item) noexcept {
+    ::new (static_cast<void*>(item)) Other;
+  }
+  template <class Other, class... Args>
+  void construct(Other* item, Args&&... args) {
+    ::new (static_cast<void*>(item)) Other(std::forward<Args>(args)...);
+  }
+  template <class Other>
+  bool operator==(const zUninitializedAllocator<Other>&) const noexcept {
+    return true;
+  }
+};
+
+// A byte vector whose resize() does not clear the new bytes.
+using zBytes = std::vector<z8u, zUninitializedAllocator<z8u>>;
+
+zStatus zCoreLib_Construct(zCoreLib* library) noexcept;
+
+// Adds a reference.
+zStatus zObject_Share(zObject object) noexcept;
+// Gives a reference back; the last one destroys the object. `mode` is 1 when an owning handle ends
+// and 0 when it is reset. Fails for a null handle, and with the object's own status when its
+// destruction could not finish its work (a file whose last bytes cannot be written).
+zStatus zObject_DestroyImpl(zObject object, z32s mode) noexcept;
+
+// Arrays --------------------------------------------------------------------------------------
+// Lengths may be 0. Fails for a negative length, a list-only item type, and for more items than
+// the machine can give. New items are uninitialized.
+zStatus zArray1_Construct(zArray1* array, zType itemType, z64s length, zAlloc alloc) noexcept;
+// `length0` rows of `length1` columns, row 0 first.
+zStatus zArray2_Construct(zArray2* array, zType itemType, z64s length0, z64s length1,
+                          zAlloc alloc) noexcept;
+
+zType zArray_ItemType(zObject array) noexcept;
+zSize zArray_Count(zObject array) noexcept;  // of all items
+zSize zArray2_Length(zArray2 array, zSize dimension) noexcept;
+// The items, valid as long as the array; null for a handle that is no array.
+const void* zArray_Data(zObject array) noexcept;
+// The items for writing. Items that are shared with another owner (a copied array, a recording's
+// payload) are copied first, so no other owner sees the change; null when that copy cannot be had.
+void* zArray_EditableData(zObject array) noexcept;
+
+// Typed views; empty when the array holds another item type.
+template <class Item>
+std::span<const Item> zArray_Items(zObject array) noexcept {
+  if (zArray_ItemType(array) != zTypeOf<Item>) return {};
+  return {static_cast<const Item*>(zArray_Data(array)), zArray_Count(array)};
+}
+template <class Item>
+std::span<Item> zArray_EditableItems(zObject array) noexcept {
+  if (zArray_ItemType(array) != zTypeOf<Item>) return {};
+  auto* items = static_cast<Item*>(zArray_EditableData(array));
+  return {items, items == nullptr ? 0 : zArray_Count(array)};
+}
+
+// Lists ---------------------------------------------------------------------------------------
+zStatus zArrayList_Construct(zArrayList* list, zType itemType, zSize capacity,
+                             zAlloc alloc) noexcept;
+// Appends a copy of the item at `item`, which has the list's item type.
+zStatus zArrayList_Add(zArrayList list, const void* item) noexcept;
+zType zArrayList_ItemType(zArrayList list) noexcept;
+zSize zArrayList_Count(zArrayList list) noexcept;
+// Address of an item, valid until the next Add; null past the end.
+const void* zArrayList_At(zArrayList list, zSize index) noexcept;
+
+// Streams -------------------------------------------------------------------------------------
+// Reads exactly `size` bytes, or fails; after a failure the position is undefined.
+zStatus zStream_Read(zStream stream, void* destination, zSize size) noexcept;
+zStatus zStream_Write(zStream stream, const void* source, zSize size) noexcept;
+// Moves to `position` bytes from the start; before the start or past the end is a failure.
+zStatus zStream_Seek(zStream stream, z64s position) noexcept;
+
+// A memory stream that grows as it is written.
+zStatus zMemory_Construct(zMemory* stream, zAlloc alloc) noexcept;
+// Makes room for `capacity` bytes in all, so that writing them does not move the buffer.
+zStatus zMemory_Reserve(zMemory stream, zSize capacity) noexcept;
+// Lets the stream read `length` bytes at `buffer` without copying them. The buffer must outlive
+// the stream's use; an attached stream cannot be written. `position` <= `length` <= `capacity`.
+zStatus zMemory_Attach(zMemory stream, const void* buffer, zSize position, zSize length,
+                       zSize capacity) noexcept;
+zSize zMemory_Position(zMemory stream) noexcept;
+zSize zMemory_Length(zMemory stream) noexcept;
+// Address of the byte at `offset` <= length; null past the end, or when there is no buffer.
+const void* zMemory_At(zMemory stream, zSize offset) noexcept;
+
+// Serializer of little-endian primitives over a stream, which must outlive it.
+zStatus zDat6Serializer_Construct(zSerializer* serializer, zStream stream, zAlloc alloc) noexcept;
+// Fills the first `count` items of `array` from the stream. `step` is always 1.
+zStatus zSerializer_ReadPrimitives(zSerializer serializer, zObject array, zSize count,
+                                   zSize step) noexcept;
+// `count` consecutive primitives of `type` (points are taken as their coordinates).
+zStatus zSerializer_Read(zSerializer serializer, zType type, void* items, zSize count) noexcept;
+zStatus zSerializer_Write(zSerializer serializer, zType type, const void* items,
+                          zSize count) noexcept;
+
+// Files and directories -----------------------------------------------------------------------
+inline constexpr z32s zFILE_READ = 1;
+inline constexpr z32s zFILE_WRITE = 2;  // creates or truncates
+
+// A path that exists and is no directory. A name the system cannot take does not exist.
+bool zFile_Exists(const char* path) noexcept;
+// Bytes of a file; 0 when it cannot be told.
+z64u zFile_Size(const char* path) noexcept;
+zStatus zFile_Construct(zFile* file, const char* path, z32s mode, zAlloc alloc) noexcept;
+// Gives a file just opened a write buffer of `size` bytes. What is left in it is written when the
+// file is destroyed; that destruction reports a failed write.
+zStatus zFile_SetWriteBuffer(zFile file, zSize size) noexcept;
+
+bool zDirectory_Exists(const char* path) noexcept;
+// Appends the names (without the directory) of the files in `path` to a list of zString, in
+// ascending order of their bytes.
+zStatus zDirectory_ListFiles(const char* path, zArrayList names) noexcept;
+
+// Bytes and texts -----------------------------------------------------------------------------
+void zMemCopy(void* destination, const void* source, zSize size) noexcept;
+// 0 when both texts are equal, otherwise the sign of their order.
+z32s zStrCompare(const char* a, const char* b) noexcept;

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// Pipeline library: recordings as streams of bytes. docs/recordings.md describes the layout.
+//
+// Failures are Orv::Exception. Damage in a stream is reported with the byte offset at which it
+// was found; a chunk that was compressed adds the offset inside its uncompressed records.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "sdk/core.h"
+#include "sdk/object.h"
+
+using PloviaLib = zObject;
+
+zStatus PloviaLib_Construct(PloviaLib* library) noexcept;
+
+// One data source of a scanner.
+struct ReplaySourceInfo {
+  std::string name;
+  std::string displayName;
+  z16u dataType = 0;
+  z8u arrayed = 0;    // 1 when each frame holds an array message for this source
+  z64u reserved = 0;  // carried along, without a meaning
+
+  bool operator==(const ReplaySourceInfo&) const = default;
+};
+
+namespace Plovia {
+
+struct ReplayScannerInfo {
+  std::string family;
+  std::string id;
+  std::string displayName;
+  std::vector<ReplaySourceInfo> sources;
+
+  bool operator==(const ReplayScannerInfo&) const = default;
+};
+
+// What concerns a recording as a whole.
+class ReplayInfo {
+ public:
+  explicit ReplayInfo(bool classic) noexcept : classic_(classic) {}
+  // The older layout: frames stand directly in the stream, not in segments.
+  bool IsClassic() const noexcept { return classic_; }
+
+ private:
+  bool classic_;
+};
+
+// Messages of one frame, in the order in which they were written.
+using ReplayFrame = std::vector<Orv::Object<void*>>;
+
+// Reads one recording or writes one; an object does either.
+class ReplaySerializer {
+ public:
+  ReplaySerializer();
+  ~ReplaySerializer();
+  ReplaySerializer(ReplaySerializer&&) noexcept;
+  ReplaySerializer& operator=(ReplaySerializer&&) noexcept;
+
+  // Checks the stream's structure and checksums. The bytes must stay in place until the last
+  // read; the messages that were read do not depend on them.
+  void LoadBuffer(const zBytes& replay);
+  ReplayInfo GetReplayInfo() const;
+  std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
+
+  // Segmented recordings are read segment by segment: LoadDataIndexFiles moves to the first, then
+  // to the next one. A classic recording has no segments.
+  z64u SegmentCount() const;
+  void LoadDataIndexFiles();
+
+  // One entry for each frame of the recording (classic) or of the current segment.
+  std::vector<z32u> ReadIndexInfo() const;
+  // Classic: the frame with the position `which`. Segmented: the next frame of the current
+  // segment; `which`, the number of sources, is not needed to find it.
+  ReplayFrame ReadData(z64u which);
+
+  void WriteScannerInfo(const std::vector<Plovia::ReplayScannerInfo>& scanners);
+  // Begins a frame with this index entry.
+  void WriteIndexInfo(z32u index);
+  // Adds a message to the frame. It is shared until GetReplayFile has written it out, so it must
+  // not be edited before.
+  void WriteData(Orv::Object<void*> message);
+  // The finished recording, in the classic or the segmented layout.
+  zBytes GetReplayFile(bool classic) const;
+
+ private:
+  class Reader;
+  struct Content;
+
+  Reader& Loaded(const char* function) const;
+
+  std::unique_ptr<Content> content_;  // what is being written
+  std::unique_ptr<Reader> reader_;    // null until LoadBuffer
+};
+
+}  // namespace Plovia

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// Messages as FlatBuffers (scan_message.fbs).
+#pragma once
+
+#include <flatbuffers/flatbuffers.h>
+
+#include "message/message.h"
+#include "pipeline/field_reader.h"
+#include "pipeline/stream_writer.h"
+
+namespace sdk::replay {
+
+// A message's FlatBuffer, built without copying the message's arrays: their places in the buffer
+// stay holes until the buffer is appended to a stream. The message must stay as it is until then.
+class PayloadBuilder {
+ public:
+  // Throws Orv::Exception for a message that does not fit into 2 GiB.
+  explicit PayloadBuilder(const sdk::Message& message);
+
+  zSize Size() const { return builder_.GetSize(); }
+  void AppendTo(StreamWriter& writer) const;
+
+  // Bytes that the FlatBuffer of a message takes at most.
+  static z64u SizeBound(const sdk::Message& message);
+
+ private:
+  struct Hole {
+    zSize fromEnd;  // of the buffer, to the hole's first byte
+    const Array* array;
+  };
+
+  template <class Item>
+  flatbuffers::Offset<flatbuffers::Vector<Item>> LeaveHole(const Array& array);
+  flatbuffers::Offset<void> BuildSurface(const Surface& surface);
+  flatbuffers::Offset<void> BuildProfile(const Profile& profile);
+  flatbuffers::Offset<void> BuildScan(const Scan& scan);
+
+  flatbuffers::FlatBufferBuilder builder_;
+  std::vector<Hole> holes_;  // from the end of the buffer to its start
+};
+
+// The message in a payload that stands at `place`. The payload is copied once, into aligned
+// memory, and the message's arrays look into that copy. Throws Orv::Exception for damage.
+Orv::Object<void*> ReadPayload(Bytes payload, const Place& place);
+
+}  // namespace sdk::replay

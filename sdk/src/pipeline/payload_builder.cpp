@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "pipeline/payload.h"
+#include "scan_message_generated.h"
+
+namespace fb = trelvane;
+
+namespace sdk::replay {
+
+namespace {
+
+// Tables, tags and padding of one scan around its arrays, rounded up generously.
+constexpr z64u kScanOverhead = 512;
+
+z64u ScanSizeBound(const Scan& scan) {
+  return kScanOverhead + scan.points->Size() +
+         (scan.intensities == nullptr ? 0 : scan.intensities->Size());
+}
+
+fb::Vec3 ToVec3(const zPoint3d64f& point) { return {point.x, point.y, point.z}; }
+
+fb::Box ToBox(const BoundingBox6& box) { return {ToVec3(box.center), ToVec3(box.size)}; }
+
+fb::Stamp ToStamp(const MxStamp& stamp) {
+  return {stamp.frame,  stamp.time,        stamp.encoder,     stamp.zEncoder,
+          stamp.inputs, stamp.reserved[0], stamp.reserved[1], stamp.reserved[2]};
+}
+
+fb::PointType ToPointType(zType type) {
+  switch (type) {
+    case zType::zPoint3d16s:
+      return fb::PointType::Point3d;
+    case zType::zPoint16s:
+      return fb::PointType::Point2d;
+    default:
+      return fb::PointType::Height;
+  }
+}
+
+zSize CheckedSizeBound(const sdk::Message& message) {
+  const z64u bound = PayloadBuilder::SizeBound(message);
+  if (bound >= FLATBUFFERS_MAX_BUFFER_SIZE) {
+    throw Orv::Exception(__LINE__, "pipeline", zERROR_MEMORY, "Plovia::ReplaySerializer",
+                         "A message of %llu bytes is too large for a recording", bound);
+  }
+  return static_cast<zSize>(bound);
+}
+
+}  // namespace
+
+z64u PayloadBuilder::SizeBound(const sdk::Message& message) {
+  if (message.Kind() != MxKind::array) return ScanSizeBound(static_cast<const Scan&>(message));
+  z64u bound = kScanOverhead;
+  for (const auto& item : static_cast<const ArrayMessage&>(message).items) {
+    bound += ScanSizeBound(*item);
+  }
+  return bound;
+}
+
+PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSizeBound(message)) {
+  fb::ScanData kind = fb::ScanData::Array;
+  flatbuffers::Offset<void> data;
+  if (message.Kind() == MxKind::array) {
+    std::vector<flatbuffers::Offset<fb::ScanMessage>> items;
+    for (const auto& item : static_cast<const ArrayMessage&>(message).items) {
+      const flatbuffers::Offset<void> scan = BuildScan(*item);
+      const bool surface = item->Kind() == MxKind::surface;
+      items.push_back(fb::CreateScanMessage(
+          builder_, surface ? fb::ScanData::Surface : fb::ScanData::Profile, scan));
+    }
+    data = fb::CreateArray(builder_, builder_.CreateVector(items)).Union();
+  } else {
+    kind = message.Kind() == MxKind::surface ? fb::ScanData::Surface : fb::ScanData::Profile;
+    data = BuildScan(static_cast<const Scan&>(message));
+  }
+  fb::FinishScanMessageBuffer(builder_, fb::CreateScanMessage(builder_, kind, data));
+}
+
+template <class Item>
+flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const Array& array) {
+  // Points are runs of 16-bit coordinates.
+  Item* items = nullptr;
+  const flatbuffers::Offset<flatbuffers::Vector<Item>> vector =
+      builder_.CreateUninitializedVector<Item>(array.Size() / sizeof(Item), &items);
+  // The vector's offset, like all while building, counts from the end of the buffer to its length
+  // field.
+  holes_.push_back({vector.o - sizeof(flatbuffers::uoffset_t), &array});
+  return vector;
+}
+
+flatbuffers::Offset<void> PayloadBuilder::BuildScan(const Scan& scan) {
+  return scan.Kind() == MxKind::surface ? BuildSurface(static_cast<const Surface&>(scan))
+                                        : BuildProfile(static_cast<const Profile&>(scan));
+}
+
+flatbuffers::Offset<void> PayloadBuilder::BuildSurface(const Surface& surface) {
+  const auto points = LeaveHole<z16s>(*surface.points);
+  flatbuffers::Offset<flatbuffers::Vector<z8u>> intensities;
+  if (surface.intensities != nullptr) intensities = LeaveHole<z8u>(*surface.intensities);
+  const fb::Vec3 offset = ToVec3(surface.offset);
+  const fb::Vec3 scale = ToVec3(surface.scale);
+  const fb::Box box = ToBox(surface.box);
+  const fb::Stamp stamp = ToStamp(surface.stamp);
+  return fb::CreateSurface(builder_, surface.Width(), surface.Length(),
+                           ToPointType(surface.points->ItemType()), points, intensities, &offset,
+                           &scale, &box, surface.resampled, &stamp)
+      .Union();
+}
+
+flatbuffers::Offset<void> PayloadBuilder::BuildProfile(const Profile& profile) {
+  const auto points = LeaveHole<z16s>(*profile.points);
+  flatbuffers::Offset<flatbuffers::Vector<z8u>> intensities;
+  if (profile.intensities != nullptr) intensities = LeaveHole<z8u>(*profile.intensities);
+  const fb::Vec3 offset = ToVec3(profile.offset);
+  const fb::Vec3 scale = ToVec3(profile.scale);
+  const fb::Box box = ToBox(profile.box);
+  const fb::Stamp stamp = ToStamp(profile.stamp);
+  return fb::CreateProfile(builder_, profile.PointCount(), ToPointType(profile.points->ItemType()),
+                           points, intensities, &offset, &scale, &box, &stamp)
+      .Union();
+}
+
+void PayloadBuilder::AppendTo(StreamWriter& writer) const {
+  const z8u* buffer = builder_.GetBufferPointer();
+  zSize done = 0;
+  for (auto hole = holes_.rbegin(); hole != holes_.rend(); ++hole) {
+    const zSize start = Size() - hole->fromEnd;
+    writer.Append(buffer + done, start - done);
+    writer.Append(hole->array->Items(), hole->array->Size());
+    done = start + hole->array->Size();
+  }
+  writer.Append(buffer + done, Size() - done);
+}
+
+}  // namespace sdk::replay

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include "pipeline/replay_reader.h"
+
+#include "pipeline/decompress.h"
+#include "pipeline/payload.h"
+
+namespace sdk::replay {
+
+namespace {
+
+[[noreturn]] void Refuse(const char* operation, std::string_view reason) {
+  throw Orv::Exception(__LINE__, "pipeline", zERROR_PARAMETER, operation, "%s", reason);
+}
+
+}  // namespace
+
+void ReplayReader::NextSegment() {
+  if (segmentsBegun_ == index_.segments.size()) {
+    Refuse("Plovia::ReplaySerializer::LoadDataIndexFiles", "The recording has no further segment");
+  }
+  ++segmentsBegun_;
+  framesRead_ = 0;
+}
+
+Segment ReplayReader::CurrentFrames() const {
+  if (index_.classic) return {0, index_.frames.size()};
+  return segmentsBegun_ == 0 ? Segment{0, 0} : index_.segments[segmentsBegun_ - 1];
+}
+
+std::vector<z32u> ReplayReader::FrameIndexes() const {
+  const Segment current = CurrentFrames();
+  std::vector<z32u> indexes;
+  indexes.reserve(current.frameCount);
+  for (zSize i = 0; i < current.frameCount; ++i) {
+    indexes.push_back(index_.frames[current.firstFrame + i].index);
+  }
+  return indexes;
+}
+
+Plovia::ReplayFrame ReplayReader::Frame(z64u position) {
+  if (position >= index_.frames.size()) {
+    Refuse("Plovia::ReplaySerializer::ReadData", "The recording has no such frame");
+  }
+  return ReadFrame(static_cast<zSize>(position));
+}
+
+Plovia::ReplayFrame ReplayReader::NextFrame() {
+  const Segment current = CurrentFrames();
+  if (framesRead_ == current.frameCount) {
+    Refuse("Plovia::ReplaySerializer::ReadData", "The segment has no further frame");
+  }
+  return ReadFrame(current.firstFrame + framesRead_++);
+}
+
+Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame) {
+  const zSize end = frame + 1 < index_.frames.size() ? index_.frames[frame + 1].firstMessage
+                                                     : index_.messages.size();
+  Plovia::ReplayFrame messages;
+  for (zSize i = index_.frames[frame].firstMessage; i < end; ++i) {
+    const MessagePlace& message = index_.messages[i];
+    const bool compressed = message.compressedChunk != kNoChunk;
+    const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
+    Place place{message.offset};
+    if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
+    messages.push_back(ReadPayload(
+        records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
+        place));
+  }
+  return messages;
+}
+
+Bytes ReplayReader::CompressedRecords(z32u chunk) {
+  if (cachedChunk_ != chunk) {
+    const CompressedChunk& compressed = index_.compressedChunks[chunk];
+    cachedChunk_ = kNoChunk;
+    cachedRecords_ = {};  // before the next ones take their memory
+    cachedRecords_ = Decompress(compressed.chunk, Place{compressed.offset});
+    cachedChunk_ = chunk;
+  }
+  return cachedRecords_;
+}
+
+}  // namespace sdk::replay

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// Reads the frames of an indexed recording stream.
+#pragma once
+
+#include "pipeline/replay_index.h"
+
+namespace sdk::replay {
+
+class ReplayReader {
+ public:
+  // The stream must outlive the reader.
+  explicit ReplayReader(Bytes stream) : stream_(stream), index_(IndexReplay(stream)) {}
+
+  const ReplayIndex& Index() const { return index_; }
+
+  // Moves to the next segment; throws Orv::Exception after the last one.
+  void NextSegment();
+  // Index entries of all frames (classic), or of the current segment.
+  std::vector<z32u> FrameIndexes() const;
+
+  // A frame by its position in a classic recording.
+  Plovia::ReplayFrame Frame(z64u position);
+  // The next frame of the current segment.
+  Plovia::ReplayFrame NextFrame();
+
+ private:
+  Segment CurrentFrames() const;
+  Plovia::ReplayFrame ReadFrame(zSize frame);
+  Bytes CompressedRecords(z32u chunk);
+
+  Bytes stream_;
+  ReplayIndex index_;
+  zSize segmentsBegun_ = 0;
+  zSize framesRead_ = 0;  // of the current segment
+  z32u cachedChunk_ = kNoChunk;
+  zBytes cachedRecords_;  // of that chunk: frames come in order, so one is enough
+};
+
+}  // namespace sdk::replay

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+#include "pipeline/replay_writer.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+#include "pipeline/payload.h"
+#include "pipeline/replay_names.h"
+#include "scan_message_bfbs.h"
+
+namespace sdk::replay {
+
+namespace {
+
+constexpr z16u kSchemaId = 1;
+constexpr z64u kNanosecondsPerFrame = 100'000'000;  // a nominal ten frames a second
+constexpr z64u kChunkSize = z64u{64} << 20;
+
+// Bytes around a message and its share of the indexes, rounded up.
+constexpr z64u kMessageOverhead = 128;
+
+[[noreturn]] void Refuse(std::string_view reason) {
+  throw Orv::Exception(__LINE__, "pipeline", zERROR_PARAMETER,
+                       "Plovia::ReplaySerializer::GetReplayFile", "%s", reason);
+}
+
+class ReplayWriter {
+ public:
+  ReplayWriter(const std::vector<Plovia::ReplayScannerInfo>& scanners, bool classic,
+               zSize expectedSize)
+      : scanners_(scanners), classic_(classic), out_(expectedSize) {
+    out_.Append(kMagic, sizeof kMagic);
+    out_.Put(Header{kProfile, kLibrary});
+    PutMetadata(
+        {kRecordingMetadata,
+         {{kLayoutKey, classic ? kClassicLayout : kSegmentedLayout}, {kVersionKey, kVersion}}});
+    for (const Plovia::ReplayScannerInfo& scanner : scanners) {
+      PutMetadata(
+          {kScannerMetadata,
+           {{kFamilyKey, scanner.family}, {kIdKey, scanner.id}, {kNameKey, scanner.displayName}}});
+    }
+    PutSchema();
+    PutChannels();
+  }
+
+  void PutFrame(z32u frame, const FrameContent& content) {
+    const z64u logTime = frame * kNanosecondsPerFrame;
+    if (!classic_ && !chunk_) OpenChunk(logTime);
+    if (chunk_) chunk_->fields.messageEndTime = logTime;
+    statistics_.messageEndTime = logTime;  // the first frame's is 0
+    const std::string index = "{\"index\":" + std::to_string(content.index) + "}";
+    BeginMessage(kFrameIndexChannel, frame, 0, index.size());
+    out_.Append(index.data(), index.size());
+    for (zSize j = 0; j < content.messages.size(); ++j) {
+      const auto& message = *As<sdk::Message>(content.messages[j].Get());
+      const MxStamp* stamp = message.Stamp();
+      const PayloadBuilder payload(message);
+      const auto channel = static_cast<z16u>(std::min<zSize>(j + 1, sourceCount_));
+      BeginMessage(channel, frame, stamp == nullptr ? 0 : stamp->time, payload.Size());
+      payload.AppendTo(out_);
+    }
+    if (chunk_ && out_.Position() - chunk_->recordsStart >= kChunkSize) CloseChunk();
+  }
+
+  zBytes Finish() {
+    if (chunk_) CloseChunk();
+    out_.Put(DataEnd{classic_ ? out_.Checksum() : 0});
+    PutSummary();
+    out_.Append(kMagic, sizeof kMagic);
+    return out_.Take();
+  }
+
+ private:
+  struct OpenChunkState {
+    z64u start;         // of the chunk record
+    z64u recordsStart;  // of its content's records
+    Chunk fields;
+    std::map<z16u, IndexEntries> entries;
+  };
+
+  void PutMetadata(const Metadata& metadata) {
+    const z64u offset = out_.Position();
+    metadataIndexes_.push_back({offset, out_.Put(metadata), metadata.name});
+  }
+
+  void PutSchema() {
+    out_.Put(Schema{kSchemaId, kSchemaName, kFlatBufferEncoding, {Bytes(scan_message_bfbs)}});
+  }
+
+  void PutChannels() {
+    out_.Put(Channel{kFrameIndexChannel, 0, kFrameIndexTopic, kJsonEncoding, {}});
+    sourceCount_ = 0;
+    for (zSize i = 0; i < scanners_.size(); ++i) {
+      for (const ReplaySourceInfo& source : scanners_[i].sources) {
+        if (sourceCount_ == 0xFFFF) Refuse("A recording holds at most 65535 sources");
+        const std::string topic = "/" + scanners_[i].id + "/" + source.name;
+        const std::string scanner = std::to_string(i);
+        const std::string dataType = std::to_string(source.dataType);
+        const std::string reserved = std::to_string(source.reserved);
+        out_.Put(Channel{++sourceCount_,
+                         kSchemaId,
+                         topic,
+                         kFlatBufferEncoding,
+                         {{kScannerKey, scanner},
+                          {kNameKey, source.name},
+                          {kDisplayNameKey, source.displayName},
+                          {kDataTypeKey, dataType},
+                          {kArrayedKey, source.arrayed != 0 ? "1" : "0"},
+                          {kReservedKey, reserved}}});
+      }
+    }
+  }
+
+  // The record of a message up to its data, which is appended next.
+  void BeginMessage(z16u channel, z32u frame, z64u publishTime, z64u dataSize) {
+    const z64u logTime = frame * kNanosecondsPerFrame;
+    if (chunk_) {
+      chunk_->entries[channel].emplace_back(logTime, out_.Position() - chunk_->recordsStart);
+    }
+    ++messageCounts_[channel];
+    const Bytes fields = out_.Encode(Message{channel, frame, logTime, publishTime, {}});
+    out_.BeginRecord(Opcode::message, fields.size() + dataSize);
+    out_.Append(fields.data(), fields.size());
+  }
+
+  void OpenChunk(z64u startTime) {
+    chunk_.emplace();
+    chunk_->start = out_.Position();
+    chunk_->fields.messageStartTime = startTime;
+    const Bytes fields = out_.Encode(chunk_->fields);
+    out_.BeginRecord(Opcode::chunk, 0);
+    out_.Append(fields.data(), fields.size());
+    chunk_->recordsStart = out_.Position();
+    out_.RestartChecksum();
+  }
+
+  // Fills in what was not known when the chunk was opened and writes its indexes.
+  void CloseChunk() {
+    Chunk& fields = chunk_->fields;
+    const z64u recordsSize = out_.Position() - chunk_->recordsStart;
+    fields.uncompressedSize = recordsSize;
+    fields.uncompressedCrc = out_.Checksum();
+    const z64u contentSize = out_.Position() - chunk_->start - kRecordPrefix;
+    OverwriteNumber(chunk_->start + 1, contentSize);
+    out_.Overwrite(chunk_->start + kRecordPrefix, out_.Encode(fields));
+    OverwriteNumber(chunk_->recordsStart - sizeof recordsSize, recordsSize);
+
+    ChunkIndex index{fields.messageStartTime,
+                     fields.messageEndTime,
+                     chunk_->start,
+                     out_.Position() - chunk_->start,
+                     {},
+                     0,
+                     {},
+                     recordsSize,
+                     recordsSize};
+    for (auto& [channel, entries] : chunk_->entries) {
+      index.messageIndexOffsets.emplace_back(channel, out_.Position());
+      index.messageIndexLength += out_.Put(MessageIndex{channel, std::move(entries)});
+    }
+    chunkIndexes_.push_back(std::move(index));
+    chunk_.reset();
+  }
+
+  void OverwriteNumber(z64u position, z64u number) {
+    out_.Overwrite(position, Bytes(reinterpret_cast<const z8u*>(&number), sizeof number));
+  }
+
+  void PutSummary() {
+    Footer footer;
+    footer.summaryStart = out_.Position();
+    out_.RestartChecksum();
+    std::vector<SummaryOffset> groups;
+    const auto group = [&](Opcode opcode, const auto& put) {
+      const z64u start = out_.Position();
+      put();
+      if (out_.Position() == start) return;
+      groups.push_back({static_cast<z8u>(opcode), start, out_.Position() - start});
+    };
+    group(Opcode::schema, [&] { PutSchema(); });
+    group(Opcode::channel, [&] { PutChannels(); });
+    group(Opcode::statistics, [&] { out_.Put(FinishedStatistics()); });
+    group(Opcode::metadataIndex, [&] {
+      for (const MetadataIndex& index : metadataIndexes_) out_.Put(index);
+    });
+    group(Opcode::chunkIndex, [&] {
+      for (const ChunkIndex& index : chunkIndexes_) out_.Put(index);
+    });
+    footer.summaryOffsetStart = out_.Position();
+    for (const SummaryOffset& offset : groups) out_.Put(offset);
+
+    const Bytes fields = out_.Encode(footer);
+    out_.BeginRecord(Opcode::footer, fields.size());
+    out_.Append(fields.data(), fields.size() - sizeof footer.summaryCrc);
+    const z32u crc = out_.Checksum();
+    out_.Append(&crc, sizeof crc);
+  }
+
+  Statistics FinishedStatistics() {
+    statistics_.schemaCount = 1;
+    statistics_.channelCount = z32u{sourceCount_} + 1;
+    statistics_.metadataCount = static_cast<z32u>(metadataIndexes_.size());
+    statistics_.chunkCount = static_cast<z32u>(chunkIndexes_.size());
+    for (const auto& [channel, count] : messageCounts_) {
+      statistics_.messageCount += count;
+      statistics_.channelMessageCounts.emplace_back(channel, count);
+    }
+    return statistics_;
+  }
+
+  const std::vector<Plovia::ReplayScannerInfo>& scanners_;
+  bool classic_;
+  StreamWriter out_;
+  z16u sourceCount_ = 0;
+  std::optional<OpenChunkState> chunk_;
+  std::vector<MetadataIndex> metadataIndexes_;
+  std::vector<ChunkIndex> chunkIndexes_;
+  std::map<z16u, z64u> messageCounts_;
+  Statistics statistics_;
+};
+
+zSize ExpectedSize(const std::vector<Plovia::ReplayScannerInfo>& scanners,
+                   const std::vector<FrameContent>& frames) {
+  z64u size = z64u{64} << 10;  // magic, schema, summary
+  for (const Plovia::ReplayScannerInfo& scanner : scanners) {
+    size += 512 * (scanner.sources.size() + 1);
+  }
+  for (const FrameContent& frame : frames) {
+    size += kMessageOverhead;
+    for (const auto& message : frame.messages) {
+      size += kMessageOverhead + PayloadBuilder::SizeBound(*As<sdk::Message>(message.Get()));
+    }
+  }
+  return static_cast<zSize>(size);
+}
+
+}  // namespace
+
+zBytes WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
+                   const std::vector<FrameContent>& frames, bool classic) {
+  const bool sources = std::ranges::any_of(
+      scanners, [](const Plovia::ReplayScannerInfo& scanner) { return !scanner.sources.empty(); });
+  const bool messages = std::ranges::any_of(
+      frames, [](const FrameContent& frame) { return !frame.messages.empty(); });
+  if (messages && !sources) Refuse("The recording has messages but no source for them");
+  if (frames.size() > 0xFFFFFFFF) Refuse("A recording holds at most 4294967295 frames");
+
+  ReplayWriter writer(scanners, classic, ExpectedSize(scanners, frames));
+  for (zSize i = 0; i < frames.size(); ++i) writer.PutFrame(static_cast<z32u>(i), frames[i]);
+  return writer.Finish();
+}
+
+}  // namespace sdk::replay

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <span>
+
+#include "sdk/message.h"
+
+// Smallest and largest valid height; 32767 and -32768 when none is valid.
+struct HeightRange {
+  z16s lowest = 32767;
+  z16s highest = -32768;
+  bool hasInvalid = false;
+};
+
+HeightRange FindHeightRange(std::span<const z16s> heights);

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// Entry: the banner, the log file, the libraries, and the one place where errors are caught.
+#include <fstream>
+#include <string>
+
+#include "commandargsoperator/commandargsoperator.h"
+#include "console.h"
+#include "sdk/message.h"
+#include "sdk/pipeline.h"
+
+namespace {
+
+constexpr const char* kLogName = "log.txt";
+constexpr std::streamoff kLongestLog = 2048;  // bytes; a longer one starts anew
+
+// Bytes of a file; 0 when it cannot be opened.
+std::streamoff getFileSize(std::string fileName) {
+  std::ifstream file(fileName, std::ios::binary);
+  if (!file.is_open()) return 0;
+  file.seekg(0, std::ios::end);
+  return file.tellg();
+}
+
+void StartLibraries() {
+  static zCoreLib coreLibrary = nullptr;
+  static MxLib messageLibrary = nullptr;
+  static PloviaLib pipelineLibrary = nullptr;
+  const auto require = [](zStatus status, int line, const char* message) {
+    if (status != zOK) throw Orv::Exception(line, "main", -990, "OrvLibInit", message);
+  };
+  require(zCoreLib_Construct(&coreLibrary), 76, "Failed to initialize zCoreLib");
+  require(MxLib_Construct(&messageLibrary), 77, "Failed to initialize MxLib");
+  require(PloviaLib_Construct(&pipelineLibrary), 78, "Failed to initialize PloviaLib");
+}
+
+int ReportFailure(const Orv::Exception& failure, std::ofstream& log) {
+  consoleStatus("[ERROR] ", failure.what());
+  log << failure.to_string(0) << std::endl;
+  return 1;
+}
+
+int Run(int argc, char** argv, std::ofstream& log) {
+  try {
+    StartLibraries();
+  } catch (const Orv::Exception& failure) {
+    return ReportFailure(failure, log);
+  }
+  CommandArgsOperator commandArgs;
+  try {
+    std::string line;
+    for (int i = 1; i < argc; ++i) line.append(argv[i]).append(" ");
+    commandArgs.process(parseCommandLine(line, commandArgs.getKnownOptions()));
+  } catch (const Orv::Exception& failure) {
+    return ReportFailure(failure, log);
+  } catch (const std::exception& failure) {
+    consoleStatus("[ERROR] ", "std::exception - %s", failure.what());
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  consoleWrite("Trelvane " TRELVANE_VERSION "\n");
+  if (argc < 2) {
+    printUsage();
+    return 1;
+  }
+  const bool startAnew = getFileSize(kLogName) > kLongestLog;
+  std::ofstream log(kLogName, startAnew ? std::ios::trunc : std::ios::app);
+  if (!log.is_open()) {
+    consoleStatus("[ERROR] ", "Failed to open the log file");
+    return 1;
+  }
+  return Run(argc, argv, log);
+}

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// The converter: what was imported, what was configured, and the export.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "sdk/pipeline.h"
+#include "surfacefileconverter/filetypes.h"
+
+// Settings of a recording's job that open a CSV export.
+struct CsvInfoFields {
+  z32s sensorCount = 0;
+};
+
+// Holds one import and exports it. Every failure is an Orv::Exception.
+class SurfaceFileConverter {
+ public:
+  // A point in real units: x, y, z.
+  using Point = std::array<double, 3>;
+
+  // Loads one file; its extension tells its kind.
+  void importFile(std::string fileName);
+  // Loads a directory of surfaces as one recording.
+  void importFiles(std::string directory);
+
+  // Writes the import to a file; the name's extension tells the kind. An empty name stands for a
+  // recording archive beside a single scan, under the scan's name.
+  void exportFile(std::string exportName);
+  void exportFile(std::string exportName, FileType exportType);
+
+  // Frame of a recording to export, below getFrameNumber().
+  void setFrameIndex(z32u index);
+  z32u getFrameIndex() const;
+  // Size of the surface that a point cloud is put into, in points.
+  void setPcdWidth(z32u width);
+  void setPcdHeight(z32u height);
+  // Whether x and z of a point cloud change places: 0 or 1.
+  void setPcdFlipXZEnabled(z32u enabled);
+  // The point of a point cloud that means "nothing was seen".
+  void setInvalidPoint(const Point& point);
+  void setPcdZoom(const double& zoom);
+
+  bool isRecordingData() const;
+  bool isMultiFileMode() const { return multiFileMode; }
+  std::size_t getFrameNumber() const;
+  DataSourceType getDataSourceType() const;
+  // Sensors that both the job configuration and the recording know. The job configuration is read
+  // during a CSV export only, so this is 0 before.
+  z32u getSensorCount() const;
+  // Files that the last export wrote.
+  std::vector<std::string> getExportedFileNames() const { return exportedFileNames; }
+
+  bool exportAll = false;  // export every frame of a recording, set by the command line
+
+ private:
+  void requireImport(int line, const char* function) const;
+  void requireRecording(int importLine, int kindLine, const char* function) const;
+  void requirePcd(int line, const char* function, const char* message) const;
+  void importRecording();
+  void sanitizeScannerNames();
+
+  void exportScan(const std::string& exportName, FileType exportType);
+  void exportRecording(const std::string& exportName, FileType exportType);
+
+  bool imported = false;
+  bool recording = false;
+  FileType fileType = SRF;
+  zBytes fileBuffer;    // the whole imported file
+  zBytes replayBuffer;  // the recording's replay stream
+  std::vector<ReplaySourceInfo> scannerInfos;
+  std::vector<std::string> scannerFileTags;  // one per entry of scannerInfos
+  DataSourceType dataSourceType = UNKNOWN_DATA_SOURCE;
+  z8u arrayed = 0;
+  z32u frameIndex = 0;
+  z32u pcdWidth = 0;  // 0: not set
+  z32u pcdHeight = 0;
+  z32u pcdFlipXZ = 0;
+  std::unique_ptr<Point> invalidPoint;
+  std::unique_ptr<double> pcdZoom;
+  zAlloc allocator = &zAllocator::Default();
+  std::vector<Plovia::ReplayFrame> frames;
+  std::string inputBaseName;  // the input name without its extension
+  std::vector<std::string> exportedFileNames;
+  CsvInfoFields jobInfo;
+  nlohmann::json jobDocument;
+  bool multiFileMode = false;
+  std::string inputDirectory;
+  z32s multiFrameCount = 0;
+  std::vector<std::string> inputFiles;
+};

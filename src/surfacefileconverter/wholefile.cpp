@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "surfacefileconverter/wholefile.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "sdk/object.h"
+#include "surfacefileconverter/failure.h"
+
+namespace {
+
+// A device keeps its place in the file system, whatever went wrong.
+void RemoveTruncatedFile(const std::string& path) {
+  std::error_code ignored;
+  if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
+}
+
+void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file.is_open()) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to open " + path);
+  }
+  file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+  file.close();
+  if (file.fail()) {
+    RemoveTruncatedFile(path);
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to write " + path);
+  }
+}
+
+}  // namespace
+
+void ReadFileBuffer(const std::string& path, zBytes& bytes) {
+  constexpr const char* kFunction = "ReadFileBuffer";
+  std::ifstream file(path, std::ios::binary);
+  // Some systems open a directory like a file.
+  if (!file.is_open() || zDirectory_Exists(path.c_str())) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "Failed to open " + path);
+  }
+  file.seekg(0, std::ios::end);
+  const std::streamoff size = file.tellg();
+  if (size == 0) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "The inputted file is empty");
+  }
+  file.seekg(0);
+  if (size > 0) {
+    bytes.resize(static_cast<zSize>(size));
+    file.read(reinterpret_cast<char*>(bytes.data()), size);
+  }
+  if (size < 0 || file.gcount() != size || !file) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "Failed to read " + path);
+  }
+}
+
+void WriteStream(zMemory stream, const std::string& path) {
+  WriteFile("WriteStream", zMemory_At(stream, 0), zMemory_Length(stream), path);
+}
+
+void WriteBuffer(const zBytes& bytes, const std::string& path) {
+  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path);
+}

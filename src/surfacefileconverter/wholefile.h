@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Whole files between disk and memory. Every failure is an Orv::Exception that names the path,
+// with code -997.
+#pragma once
+
+#include <string>
+
+#include "sdk/core.h"
+
+// Fills `bytes` with the file's content; an empty file is an error.
+void ReadFileBuffer(const std::string& path, zBytes& bytes);
+
+// Replaces the file by the whole stream, whatever its position. A file that could not be written
+// to its end is removed.
+void WriteStream(zMemory stream, const std::string& path);
+// Replaces the file by these bytes, in the same way.
+void WriteBuffer(const zBytes& bytes, const std::string& path);

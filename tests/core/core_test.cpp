@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <limits>
+
+#include "sdk/archive.h"
+#include "sdk/geometry.h"
+#include "sdk/pipeline.h"
+#include "support/scans.h"
+
+namespace {
+
+zAlloc Alloc() { return &zAllocator::Default(); }
+
+// Gives nothing after a number of blocks.
+class LimitedAllocator : public zAllocator {
+ public:
+  explicit LimitedAllocator(int blocks) : blocks_(blocks) {}
+  void* Allocate(zSize bytes) noexcept override {
+    return blocks_-- > 0 ? Alloc()->Allocate(bytes) : nullptr;
+  }
+  void* AllocateZeroed(zSize bytes) noexcept override {
+    return blocks_-- > 0 ? Alloc()->AllocateZeroed(bytes) : nullptr;
+  }
+  void Free(void* block) noexcept override { Alloc()->Free(block); }
+
+ private:
+  int blocks_;
+};
+
+TEST(Array, RefusesWhatCannotBe) {
+  constexpr z64s kMost = std::numeric_limits<z64s>::max();
+  const struct {
+    zType type;
+    z64s length0, length1;
+    zStatus status;
+  } rows[] = {
+      {zType::z16s, 0, 0, zOK},
+      {zType::z16s, 0, kMost, zOK},
+      {zType::z16s, 40000, 0, zOK},
+      {zType::z16s, -1, 1, zERROR_PARAMETER},
+      {zType::z16s, 1, -1, zERROR_PARAMETER},
+      {zType::none, 1, 1, zERROR_PARAMETER},
+      {zType::zString, 1, 1, zERROR_PARAMETER},
+      {zType::z16s, kMost, kMost, zERROR_MEMORY},
+      {zType::z8u, z64s{1} << 32, z64s{1} << 32, zERROR_MEMORY},  // 2^64 wraps to 0
+      {zType::zPoint3d16s, kMost / 3, 1, zERROR_MEMORY},          // the size in bytes wraps
+      {zType::z8u, kMost, 1, zERROR_MEMORY},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.length0 << " x " << row.length1);
+    Handle array;
+    EXPECT_EQ(zArray2_Construct(array.Out(), row.type, row.length0, row.length1, Alloc()),
+              row.status);
+    EXPECT_EQ(static_cast<bool>(array), row.status == zOK);
+  }
+  Handle array;
+  LimitedAllocator nothing(0);
+  EXPECT_EQ(zArray1_Construct(nullptr, zType::z8u, 1, Alloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zArray1_Construct(array.Out(), zType::z8u, 1, nullptr), zERROR_PARAMETER);
+  EXPECT_EQ(zArray1_Construct(array.Out(), zType::z8u, 1, &nothing), zERROR_MEMORY);
+}
+
+TEST(Array, AnswersForeignHandlesWithNothing) {
+  const Handle stream = MakeStream();
+  for (zObject foreign : {zObject{nullptr}, stream.Get()}) {
+    EXPECT_EQ(zArray_ItemType(foreign), zType::none);
+    EXPECT_EQ(zArray_Count(foreign), 0U);
+    EXPECT_EQ(zArray_Data(foreign), nullptr);
+    EXPECT_EQ(zArray_EditableData(foreign), nullptr);
+    EXPECT_TRUE(zArray_Items<z16s>(foreign).empty());
+  }
+  const Handle array = MakeArray2<z16s>(1, 2, {1, 2});
+  EXPECT_TRUE(zArray_Items<z8u>(array.Get()).empty());
+  EXPECT_EQ(zArray2_Length(array.Get(), 2), 0U);
+}
+
+TEST(List, GrowsAndKeepsItsItems) {
+  for (const zSize capacity : {zSize{0}, zSize{10}}) {
+    Handle points, names;
+    MustBeOk(zArrayList_Construct(points.Out(), zType::zPoint3d32f, capacity, Alloc()));
+    MustBeOk(zArrayList_Construct(names.Out(), zType::zString, capacity, Alloc()));
+    for (int i = 0; i < 1000; ++i) {
+      const zPoint3d32f point{static_cast<float>(i), 0, -1};
+      const zString name = "a name longer than any short string " + std::to_string(i);
+      MustBeOk(zArrayList_Add(points.Get(), &point));
+      MustBeOk(zArrayList_Add(names.Get(), &name));
+    }
+    EXPECT_EQ(zArrayList_Count(points.Get()), 1000U);
+    EXPECT_EQ(static_cast<const zPoint3d32f*>(zArrayList_At(points.Get(), 999))->x, 999);
+    EXPECT_THAT(*static_cast<const zString*>(zArrayList_At(names.Get(), 999)),
+                testing::EndsWith(" 999"));
+    EXPECT_EQ(zArrayList_At(names.Get(), 1000), nullptr);
+  }
+}
+
+TEST(List, FailsCleanly) {
+  constexpr zSize kMost = std::numeric_limits<zSize>::max();
+  Handle list;
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::none, 1, Alloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zPoint3d32f, kMost, Alloc()), zERROR_MEMORY);
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zString, kMost, Alloc()), zERROR_MEMORY);
+  LimitedAllocator one(1);
+  MustBeOk(zArrayList_Construct(list.Out(), zType::z8u, 1, &one));
+  const z8u item = 7;
+  EXPECT_EQ(zArrayList_Add(list.Get(), nullptr), zERROR_PARAMETER);
+  EXPECT_EQ(zArrayList_Add(list.Get(), &item), zOK);
+  EXPECT_EQ(zArrayList_Add(list.Get(), &item), zERROR_MEMORY);
+  EXPECT_EQ(zArrayList_Count(list.Get()), 1U);
+}
+
+TEST(Memory, GrowsWhenWrittenAndSeeksWithinItsLength) {
+  const Handle stream = MakeStream();
+  const std::string text(5000, 'x');
+  EXPECT_EQ(zStream_Write(stream.Get(), text.data(), text.size()), zOK);
+  EXPECT_EQ(zStream_Seek(stream.Get(), 4999), zOK);
+  EXPECT_EQ(zStream_Write(stream.Get(), "yz", 2), zOK);
+  EXPECT_EQ(zMemory_Length(stream.Get()), 5001U);
+  EXPECT_EQ(zMemory_Position(stream.Get()), 5001U);
+  EXPECT_EQ(*static_cast<const char*>(zMemory_At(stream.Get(), 4999)), 'y');
+  EXPECT_EQ(zStream_Seek(stream.Get(), 5001), zOK);
+  EXPECT_EQ(zStream_Seek(stream.Get(), 5002), zERROR_STREAM);
+  EXPECT_EQ(zStream_Seek(stream.Get(), -1), zERROR_STREAM);
+  char byte = 0;
+  EXPECT_EQ(zStream_Read(stream.Get(), &byte, 1), zERROR_STREAM);
+  EXPECT_EQ(zMemory_At(stream.Get(), 5002), nullptr);
+
+  LimitedAllocator one(1);
+  Handle small;
+  MustBeOk(zMemory_Construct(small.Out(), &one));
+  EXPECT_EQ(zStream_Write(small.Get(), text.data(), 1000), zOK);
+  EXPECT_EQ(zStream_Write(small.Get(), text.data(), 5000), zERROR_MEMORY);
+  EXPECT_EQ(zMemory_Length(small.Get()), 1000U);
+}
+
+TEST(Memory, ReadsAnAttachedBufferInPlace) {
+  const z16s numbers[] = {1, -2, 3};
+  const Handle stream = MakeStream();
+  EXPECT_EQ(zMemory_Attach(stream.Get(), numbers, 3, 2, 6), zERROR_PARAMETER);
+  EXPECT_EQ(zMemory_Attach(stream.Get(), numbers, 0, 7, 6), zERROR_PARAMETER);
+  EXPECT_EQ(zMemory_Attach(stream.Get(), nullptr, 0, 0, 6), zERROR_PARAMETER);
+  ASSERT_EQ(zMemory_Attach(stream.Get(), numbers, 2, 6, 6), zOK);
+  EXPECT_EQ(zMemory_At(stream.Get(), 0), numbers);
+  EXPECT_EQ(zStream_Write(stream.Get(), numbers, 1), zERROR_STREAM);
+
+  Handle serializer, array;
+  MustBeOk(zDat6Serializer_Construct(serializer.Out(), stream.Get(), Alloc()));
+  MustBeOk(zArray1_Construct(array.Out(), zType::z16s, 2, Alloc()));
+  EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 3, 1), zERROR_PARAMETER);
+  EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 2), zERROR_PARAMETER);
+  EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 1), zOK);
+  EXPECT_EQ(ItemsOf<z16s>(array.Get()), (std::vector<z16s>{-2, 3}));
+  EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 1, 1), zERROR_STREAM);
+  EXPECT_EQ(zDat6Serializer_Construct(serializer.Out(), array.Get(), Alloc()), zERROR_PARAMETER);
+}
+
+TEST(File, WritesReadsAndReportsWhatItCouldNotWrite) {
+  const std::string path = testing::TempDir() + "trelvane_core_test";
+  {
+    Handle file;
+    ASSERT_EQ(zFile_Construct(file.Out(), path.c_str(), zFILE_WRITE, Alloc()), zOK);
+    EXPECT_EQ(zFile_SetWriteBuffer(file.Get(), 16), zOK);
+    EXPECT_EQ(zStream_Write(file.Get(), "0123456789abcdefghij", 20), zOK);
+  }
+  EXPECT_TRUE(zFile_Exists(path.c_str()));
+  EXPECT_EQ(zFile_Size(path.c_str()), 20U);
+  Handle file;
+  ASSERT_EQ(zFile_Construct(file.Out(), path.c_str(), zFILE_READ, Alloc()), zOK);
+  char bytes[4] = {};
+  EXPECT_EQ(zStream_Seek(file.Get(), 21), zERROR_STREAM);
+  EXPECT_EQ(zStream_Seek(file.Get(), 17), zOK);
+  EXPECT_EQ(zStream_Read(file.Get(), bytes, 3), zOK);
+  EXPECT_STREQ(bytes, "hij");
+  EXPECT_EQ(zStream_Read(file.Get(), bytes, 1), zERROR_STREAM);
+  file.Reset();
+  std::filesystem::remove(path);
+
+  EXPECT_EQ(zFile_Construct(file.Out(), path.c_str(), zFILE_READ, Alloc()), zERROR_NOT_FOUND);
+  EXPECT_EQ(zFile_Construct(file.Out(), testing::TempDir().c_str(), zFILE_READ, Alloc()),
+            zERROR_NOT_FOUND);
+  EXPECT_EQ(zFile_Construct(file.Out(), path.c_str(), 3, Alloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zFile_Size(path.c_str()), 0U);
+  if (zFile_Exists("/dev/full")) {
+    zFile full = nullptr;
+    ASSERT_EQ(zFile_Construct(&full, "/dev/full", zFILE_WRITE, Alloc()), zOK);
+    EXPECT_EQ(zStream_Write(full, "x", 1), zOK);  // still in the buffer
+    EXPECT_EQ(zObject_DestroyImpl(full, 1), zERROR_STREAM);
+  }
+}
+
+TEST(Directory, ListsTheNamesOfItsFilesInOrder) {
+  namespace fs = std::filesystem;
+  const fs::path folder = fs::path(testing::TempDir()) / "trelvane_directory_test";
+  fs::create_directories(folder / "folder.sur");
+  for (const char* name : {"b.sur", "a 10", "a 9", "C"}) {
+    Handle file;
+    MustBeOk(zFile_Construct(file.Out(), (folder / name).string().c_str(), zFILE_WRITE, Alloc()));
+  }
+  Handle names;
+  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, Alloc()));
+  EXPECT_EQ(zDirectory_ListFiles(folder.string().c_str(), names.Get()), zOK);
+  std::vector<std::string> found;
+  for (zSize i = 0; i < zArrayList_Count(names.Get()); ++i) {
+    found.push_back(*static_cast<const zString*>(zArrayList_At(names.Get(), i)));
+  }
+  EXPECT_THAT(found, testing::ElementsAre("C", "a 10", "a 9", "b.sur"));
+  EXPECT_TRUE(zDirectory_Exists(folder.string().c_str()));
+  EXPECT_FALSE(zFile_Exists(folder.string().c_str()));
+  fs::remove_all(folder);
+
+  const std::string tooLong(100000, 'x');
+  EXPECT_FALSE(zFile_Exists(tooLong.c_str()));
+  EXPECT_FALSE(zDirectory_Exists(tooLong.c_str()));
+  EXPECT_EQ(zDirectory_ListFiles(tooLong.c_str(), names.Get()), zERROR_NOT_FOUND);
+  EXPECT_EQ(zDirectory_ListFiles(".", nullptr), zERROR_PARAMETER);
+}
+
+TEST(Libraries, StartAndHelp) {
+  Handle library;
+  EXPECT_EQ(zCoreLib_Construct(library.Out()), zOK);
+  EXPECT_EQ(MxLib_Construct(library.Out()), zOK);
+  EXPECT_EQ(PloviaLib_Construct(library.Out()), zOK);
+  EXPECT_EQ(zCoreLib_Construct(nullptr), zERROR_PARAMETER);
+  zTransform3d transform{};
+  EXPECT_EQ(zL3dTransform3d_Identity(&transform), zOK);
+  EXPECT_THAT(transform.elements, testing::ElementsAre(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0));
+  EXPECT_EQ(zL3dTransform3d_Identity(nullptr), zERROR_PARAMETER);
+  EXPECT_EQ(zStrCompare("a", "a"), 0);
+  EXPECT_LT(zStrCompare("a", "ab"), 0);
+  EXPECT_GT(zStrCompare("b", "ab"), 0);
+  EXPECT_EQ(zTar_Construct(library.Out(), nullptr, zTAR_READ, Alloc()), zERROR_UNIMPLEMENTED);
+}
+
+}  // namespace

@@ -1,0 +1,398 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <limits>
+#include <sstream>
+
+#include "loadfilestream/loadfilestream.h"
+#include "support/field_data.h"
+#include "support/scans.h"
+#include "support/sha256.h"
+#include "support/sur_file.h"
+
+namespace {
+
+constexpr z32s kMin32 = std::numeric_limits<z32s>::min();
+constexpr z32s kMax32 = std::numeric_limits<z32s>::max();
+constexpr z32f kNaN = std::numeric_limits<z32f>::quiet_NaN();
+constexpr z32f kInfinity = std::numeric_limits<z32f>::infinity();
+
+struct Loaded {
+  zStatus status;
+  SurfaceBuffer record;
+  std::vector<z16s> Heights() const { return ItemsOf<z16s>(record.points.Get()); }
+};
+
+Loaded Load(const zBytes& bytes) {
+  Loaded loaded;
+  loaded.status = LoadSurFileBuffer(bytes, loaded.record, &zAllocator::Default());
+  return loaded;
+}
+Loaded Load(const SurFile& file) { return Load(file.Bytes()); }
+
+using Heights = std::vector<z16s>;
+
+TEST(LoadSur, FillsTheWholeRecord) {
+  Loaded loaded;
+  loaded.record.points = MakeArray2<z16s>(1, 1, {7});
+  loaded.record.hasIntensity = 1;
+  ASSERT_EQ(LoadSurFileBuffer(SurFile{}.Bytes(), loaded.record, &zAllocator::Default()), zOK);
+  const SurfaceBuffer& record = loaded.record;
+  EXPECT_EQ(record.width, 3U);
+  EXPECT_EQ(record.length, 2U);
+  EXPECT_EQ(zArray2_Length(record.points.Get(), 0), 2U);
+  EXPECT_EQ(zArray2_Length(record.points.Get(), 1), 3U);
+  EXPECT_EQ(loaded.Heights(), (Heights{10, 11, 12, 20, 21, 22}));
+  EXPECT_EQ(record.scale.x, 0.5);
+  EXPECT_EQ(record.scale.y, 0.25);
+  EXPECT_EQ(record.scale.z, 0.125);
+  EXPECT_EQ(record.offset.x, 1);
+  EXPECT_EQ(record.offset.y, 2);
+  EXPECT_EQ(record.offset.z, 3);
+  EXPECT_EQ(record.hasIntensity, 0U);
+}
+
+TEST(LoadSur, MarksShortSamplesBelowTheMinimum) {
+  const std::vector<z32s> samples{-32768, -5, 4, 5, 32767};
+  const struct {
+    z16s flag;
+    z32s zMin;
+    Heights heights;
+  } cases[] = {
+      {1, 5, {-32768, -32768, -32768, 5, 32767}},
+      {0, 5, {-32768, -5, 4, 5, 32767}},
+      {2, 5, {-32768, -5, 4, 5, 32767}},
+      {-1, 5, {-32768, -5, 4, 5, 32767}},
+      {1, kMin32, {-32768, -32768, 4, 5, 32767}},  // low half 0
+      {1, 65536 + 5, {-32768, -32768, -32768, 5, 32767}},
+      {1, 65531, {-32768, -5, 4, 5, 32767}},       // low half -5
+      {1, kMax32, {-32768, -32768, 4, 5, 32767}},  // low half -1
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << "flag " << c.flag << " minimum " << c.zMin);
+    SurFile file = SurRow(samples);
+    file.flag = c.flag;
+    file.zMin = c.zMin;
+    const Loaded loaded = Load(file);
+    ASSERT_EQ(loaded.status, zOK);
+    EXPECT_EQ(loaded.Heights(), c.heights);
+    EXPECT_EQ(loaded.record.scale.z, 0.125);
+  }
+}
+
+struct Heading {
+  z16s flag;
+  z32s zMin, zMax;
+};
+struct Axis {
+  z32f spacing, offset;
+};
+struct FoldCase {
+  const char* name;
+  std::vector<z32s> samples;
+  Heading heading;
+  Axis z;
+  Heights heights;
+  Axis foldedZ;
+};
+
+class LoadSurFold : public testing::TestWithParam<FoldCase> {};
+
+TEST_P(LoadSurFold, GivesHeightsSpacingAndOffset) {
+  const FoldCase& c = GetParam();
+  SurFile file = SurRow(c.samples);
+  file.bits = 32;
+  file.flag = c.heading.flag;
+  file.zMin = c.heading.zMin;
+  file.zMax = c.heading.zMax;
+  file.spacing.z = c.z.spacing;
+  file.offset.z = c.z.offset;
+  const Loaded loaded = Load(file);
+  ASSERT_EQ(loaded.status, zOK);
+  EXPECT_EQ(loaded.Heights(), c.heights);
+  EXPECT_EQ(static_cast<z32f>(loaded.record.scale.z), c.foldedZ.spacing);
+  EXPECT_EQ(static_cast<z32f>(loaded.record.offset.z), c.foldedZ.offset);
+  EXPECT_EQ(loaded.record.scale.x, 0.5);
+  EXPECT_EQ(loaded.record.offset.x, 1);
+}
+
+const FoldCase kFoldCases[] = {
+    {"NarrowRange", {-5, 0, 7}, {0, -5, 7}, {0.5F, 3}, {-5, 0, 7}, {0.5F, 3}},
+    {"WidestRangeThatStays", {-9, 65523}, {0, -9, 0}, {1, 0}, {-9, -13}, {1, 0}},
+    {"NextRangeFolds",
+     {-32766, 32767},
+     {0, -32766, 0},
+     {1, 0},
+     {-32766, 32766},
+     {65533.0F / 65532.0F, 0.5F}},
+    // The middle of the range, 35000, becomes the offset.
+    {"FlaggedMinimumAndMaximum",
+     {0, 35000, 70000, -1, -2},
+     {1, 0, 70000},
+     {1, 0},
+     {-32766, 0, 32766, -32768, -32768},
+     {70000.0F / 65532.0F, 35000}},
+    // Twice the spacing, so that odd samples fall on halves.
+    {"HalvesRoundAwayFromZero",
+     {-65532, -3, -2, -1, 0, 1, 2, 3, 65532},
+     {0, -65532, 0},
+     {0.25F, 0},
+     {-32766, -2, -1, -1, 0, 1, 1, 2, 32766},
+     {0.5F, 0}},
+    // The range is 2^32 - 1 and the sum -1.
+    {"WholeRange",
+     {kMin32, 0, kMax32},
+     {0, kMin32, 0},
+     {1, 0},
+     {-32766, 0, 32766},
+     {4294967296.0F / 65532.0F, -0.5F}},
+    // The sum, 4000100000, wraps to -294867296: an offset far from the samples.
+    {"SumWraps",
+     {},
+     {1, 2000000000, 2000100000},
+     {1, 8},
+     {},
+     {100000.0F / 65532.0F, -147433648.0F + 8.0F}},
+    // 8388609 is 128 * 65536 + 1, and odd: its neighbours' halves are no 32-bit floats.
+    {"SamplesBeyondANarrowRangeWrap",
+     {10, 32768, 40000, 65536 + 3, 8388609, kMax32},
+     {1, 0, 10},
+     {1, 0},
+     {10, -32768, -25536, 3, 1, 0},
+     {1, 0}},
+    {"MinimumCountsWithoutTheFlag", {4, 5, 9}, {0, 5, 0}, {1, 0}, {-32768, 5, 9}, {1, 0}},
+    {"NoSamples", {}, {0, 5, 0}, {1, 2}, {}, {1, 2}},
+    {"SpacingZero", {-70000, 5}, {0, kMin32, 0}, {0, 1}, {0, 0}, {0, 1}},
+    {"SpacingInfinite", {1, 5}, {0, 0, 0}, {kInfinity, 1}, {0, 0}, {kInfinity, 1}},
+    {"OffsetInfinite", {1, 5}, {0, 0, 0}, {1, kInfinity}, {0, 0}, {1, kInfinity}},
+};
+INSTANTIATE_TEST_SUITE_P(Cases, LoadSurFold, testing::ValuesIn(kFoldCases),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(LoadSur, NotANumberFoldsToZero) {
+  SurFile file = SurRow({1, 2, 3});
+  file.bits = 32;
+  file.spacing.z = kNaN;
+  EXPECT_EQ(Load(file).Heights(), (Heights{0, 0, 0}));
+}
+
+TEST(LoadSur, FoldsMoreSamplesThanOneBlockHolds) {
+  std::vector<z32s> samples(10001);
+  for (zSize i = 0; i < samples.size(); ++i) samples[i] = static_cast<z32s>(i) - 5000;
+  SurFile file = SurRow(samples);
+  file.bits = 32;
+  file.zMin = -5000;
+  EXPECT_EQ(Load(file).Heights(), Heights(samples.begin(), samples.end()));
+}
+
+TEST(LoadSur, SkipsTheZonesBeforeTheSamples) {
+  const struct {
+    z16s comment, privateZone;
+    zSize samplesAt;  // 0: refused
+  } cases[] = {
+      {10, 0, 522},  {0, 7, 519},   {300, 200, 1012},  {10, -5, 517},
+      {-5, 10, 517}, {-5, -5, 512}, {-1, 0, 512},      {600, -600, 512},
+      {1, -512, 1},  {1, -514, 0},  {32767, 32767, 0}, {32767, -32768, 511},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.comment << " and " << c.privateZone);
+    zBytes bytes = SurFile{}.Bytes();
+    bytes.resize(1100, 0);
+    for (zSize i = sur::kHeaderSize; i < bytes.size(); ++i) bytes[i] = static_cast<z8u>(i * 7);
+    sur::Set(bytes, sur::kCommentSize, c.comment);
+    sur::Set(bytes, sur::kPrivateSize, c.privateZone);
+    const Loaded loaded = Load(bytes);
+    if (c.samplesAt == 0) {
+      EXPECT_EQ(loaded.status, zERROR_STREAM);
+    } else {
+      ASSERT_EQ(loaded.status, zOK);
+      EXPECT_EQ(loaded.Heights()[0], sur::Get<z16s>(bytes, c.samplesAt));
+      EXPECT_EQ(loaded.Heights()[5], sur::Get<z16s>(bytes, c.samplesAt + 10));
+    }
+  }
+}
+
+TEST(LoadSur, RefusesAnotherSignature) {
+  for (const std::string_view text :
+       {"DIGITAL SURf", "DSCOMPRESSED", "DIGITALxSURF", "            "}) {
+    zBytes bytes = SurFile{}.Bytes();
+    std::ranges::copy(text, bytes.begin());
+    EXPECT_EQ(Load(bytes).status, kRefused) << text;
+    bytes.resize(12);  // nothing after it is read
+    EXPECT_EQ(Load(bytes).status, kRefused) << text;
+  }
+}
+
+// Damage ------------------------------------------------------------------------------------
+
+TEST(LoadSur, RefusesAFileCutAtAnyPlace) {
+  for (const z16s bits : {z16s{16}, z16s{32}}) {
+    SurFile file;
+    file.bits = bits;
+    file.commentSize = 7;
+    file.privateSize = 5;
+    zBytes bytes = file.Bytes();
+    bytes.push_back(1);  // bytes after the samples are no error
+    ASSERT_EQ(Load(bytes).status, zOK);
+    for (zSize size = bytes.size() - 2; size > 0; --size) {
+      bytes.resize(size);
+      ASSERT_EQ(Load(bytes).status, zERROR_STREAM) << size;
+    }
+    EXPECT_EQ(Load(zBytes{}).status, kEmptyInput);
+  }
+}
+
+TEST(LoadSur, RefusesOtherSampleSizes) {
+  for (const int bits : {0, 1, -1, 8, 15, 17, 24, 31, 33, 64, -16, -32, -32768, 32767}) {
+    SurFile file;
+    file.bits = static_cast<z16s>(bits);
+    const Loaded loaded = Load(file);
+    EXPECT_EQ(loaded.status, kRefused) << bits;
+    EXPECT_EQ(zArray2_Length(loaded.record.points.Get(), 1), 3U) << bits;
+    file.width = file.length = 40000;
+    EXPECT_EQ(Load(file).status, kRefused) << bits;
+    EXPECT_FALSE(Load(file).record.points) << bits;
+  }
+}
+
+TEST(LoadSur, AllocatesNoMoreThanTheFileHolds) {
+  const struct {
+    z32s width, length;
+    zStatus status;
+  } cases[] = {
+      {0, 0, zOK},
+      {0, 5, zOK},
+      {kMax32, 0, zOK},
+      {44, 1, zOK},
+      {45, 1, zERROR_STREAM},
+      {40000, 40000, zERROR_STREAM},
+      {65536, 65536, zERROR_STREAM},  // 2^32 points
+      {kMax32, kMax32, zERROR_STREAM},
+      {-1, 1, zERROR_PARAMETER},
+      {1, -1, zERROR_PARAMETER},
+      {-1, -1, zERROR_PARAMETER},
+      {kMin32, kMin32, zERROR_PARAMETER},
+      {0, kMin32, zERROR_PARAMETER},
+  };
+  for (const auto& c : cases) {
+    for (const z16s bits : {z16s{16}, z16s{32}}) {
+      SCOPED_TRACE(testing::Message() << c.width << " x " << c.length << ", " << bits << " bits");
+      SurFile file;
+      file.width = c.width;
+      file.length = c.length;
+      file.bits = bits;
+      zBytes bytes = file.Bytes();
+      bytes.resize(sur::kHeaderSize + 44U * static_cast<zSize>(bits) / 8);
+      const Loaded loaded = Load(bytes);
+      EXPECT_EQ(loaded.status, c.status);
+      EXPECT_EQ(static_cast<bool>(loaded.record.points), c.status == zOK);
+      EXPECT_EQ(loaded.record.length, c.status == zOK ? static_cast<z32u>(c.length) : 0);
+    }
+  }
+}
+
+TEST(LoadSur, IgnoresTheFieldsThatItDoesNotUse) {
+  zBytes bytes = SurFile{}.Bytes();
+  const struct {
+    zSize begin, end;
+  } unused[] = {{12, 86}, {88, 98}, {104, 108}, {116, 120}, {132, 334}, {338, 466}, {478, 512}};
+  for (const auto& range : unused) {
+    for (zSize i = range.begin; i < range.end; ++i) bytes[i] = 0xFF;
+  }
+  const Loaded loaded = Load(bytes);
+  ASSERT_EQ(loaded.status, zOK);
+  EXPECT_EQ(loaded.Heights(), (Heights{10, 11, 12, 20, 21, 22}));
+  EXPECT_EQ(loaded.record.scale.y, 0.25);
+  EXPECT_EQ(loaded.record.offset.y, 2);
+}
+
+TEST(LoadSur, SurvivesAnyFieldAtItsExtremes) {
+  for (const z16s bits : {z16s{16}, z16s{32}}) {
+    for (zSize offset = 12; offset < sur::kHeaderSize - 4; offset += 2) {
+      for (const z32s value : {0, 1, -1, kMin32, kMax32, 0x7F800000}) {
+        SurFile file;
+        file.bits = bits;
+        file.flag = 1;
+        zBytes bytes = file.Bytes();
+        sur::Set(bytes, offset, value);
+        const Loaded loaded = Load(bytes);
+        if (loaded.status == zOK) {
+          ASSERT_EQ(loaded.Heights().size(), zSize{loaded.record.width} * loaded.record.length);
+        }
+        ASSERT_LE(loaded.Heights().size(), bytes.size()) << "offset " << offset;
+      }
+    }
+  }
+}
+
+// Files from the field ------------------------------------------------------------------------
+
+struct FieldCase {
+  const char* name;
+  const char* summary;
+  const char* sha256;
+};
+
+std::ostream& operator<<(std::ostream& text, const zPoint3d64f& point) {
+  return text << '(' << point.x << ", " << point.y << ", " << point.z << ')';
+}
+
+std::string Summary(const SurfaceBuffer& record) {
+  Heights heights = ItemsOf<z16s>(record.points.Get());
+  const Heights first(heights.begin(), heights.begin() + 4);
+  const zSize invalid = std::erase(heights, -32768);
+  std::ostringstream text;
+  text << std::setprecision(9);  // enough to tell any 32-bit float
+  text << record.width << " x " << record.length << "; scale " << record.scale << ", offset "
+       << record.offset << "; " << invalid << " invalid; valid raw " << std::ranges::min(heights)
+       << ".." << std::ranges::max(heights) << "; first raw " << testing::PrintToString(first);
+  return text.str();
+}
+
+class LoadSurField : public testing::TestWithParam<FieldCase> {};
+
+TEST_P(LoadSurField, GivesTheValuesOfAnotherDecoder) {
+  const auto bytes = ReadFieldFile(GetParam().name);
+  if (!bytes) GTEST_SKIP() << "no field data";
+  const Loaded loaded = Load(*bytes);
+  ASSERT_EQ(loaded.status, zOK);
+  EXPECT_EQ(Summary(loaded.record), GetParam().summary);
+  const auto* points = static_cast<const z8u*>(zArray_Data(loaded.record.points.Get()));
+  EXPECT_EQ(Sha256({points, 2 * loaded.Heights().size()}), GetParam().sha256);
+}
+
+const FieldCase kFieldCases[] = {
+    {"accepted/nm_steps_special_points.sur",
+     "512 x 512; scale (295546, 295546, 1.06701307e-07), offset (0, 0, 8.18448607e-05); 233009 "
+     "invalid; valid raw -32766..32766; first raw { -32768, -32768, -32768, -32768 }",
+     "1b66f6803b98d154aa242b625b31ce95b1c0719214117f93657924968d388dd7"},
+    {"accepted/dvd_comment21.sur",
+     "512 x 512; scale (1.95709163e-05, 1.95802095e-05, 9.56014201e-09), offset (0, 0, "
+     "1.24466806e-06); 0 invalid; valid raw -32766..32766; "
+     "first raw { -18602, -18564, -18255, -18040 }",
+     "5fc3c4df2f5b2ccf594d92f0011759107eab27a6282372701680f3c0e1b53923"},
+    {"accepted/gwyddion_export.sur",
+     "257 x 257; scale (9756097, 9756097, 13.3978367), offset (0, 0, -163976.344); 0 invalid; "
+     "valid raw -32766..32766; first raw { 9345, 13874, 11725, 14447 }",
+     "c86d6838433559fc6cdfe156497eaa2a5e421f60b51f8f7876d9ad888d5c0303"},
+    {"accepted/hyperspectral_16bit.sur",
+     "10 x 12; scale (8.25219759e-05, 8.25219759e-05, 1), offset (0.00701436773, 0.00305331312, "
+     "0); 0 invalid; valid raw 32..5157; first raw { 301, 314, 293, 324 }",
+     "a6367e5596eb4faa7b2cffadec0f1282428b194a4460eb3e47d17c59449d8ff2"},
+    {"made/rsciio_surface_int16.sur",
+     "128 x 128; scale (8.25219759e-05, 8.25219759e-05, 1), offset (0, 0, -13444); 0 invalid; "
+     "valid raw -13444..13928; first raw { 4589, 7825, 7921, 7876 }",
+     "24f413d3a8dff424a2db4f81b334b5d66c2395e6b87a385326445546896c515e"},
+};
+INSTANTIATE_TEST_SUITE_P(Files, LoadSurField, testing::ValuesIn(kFieldCases), [](const auto& test) {
+  return std::filesystem::path(test.param.name).stem().string();
+});
+
+TEST(LoadSur, RefusesACompressedFileFromTheField) {
+  const auto bytes = ReadFieldFile("refused/compressed_surface.sur");
+  if (!bytes) GTEST_SKIP() << "no field data";
+  EXPECT_EQ(Load(*bytes).status, kRefused);
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// Payloads of scan messages, sound and damaged.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "scan_message_generated.h"
+
+namespace payloads {
+
+struct Shape {
+  unsigned width = 2;
+  unsigned length = 1;
+  std::vector<short> points = {10, 20};
+  std::vector<unsigned char> intensities = {};
+  trelvane::PointType pointType = trelvane::PointType::Height;
+};
+
+inline flatbuffers::Offset<trelvane::ScanMessage> Surface(flatbuffers::FlatBufferBuilder& builder,
+                                                          const Shape& shape) {
+  const auto points = builder.CreateVector(shape.points);
+  flatbuffers::Offset<flatbuffers::Vector<unsigned char>> intensities;
+  if (!shape.intensities.empty()) intensities = builder.CreateVector(shape.intensities);
+  const auto surface = trelvane::CreateSurface(builder, shape.width, shape.length, shape.pointType,
+                                               points, intensities);
+  return trelvane::CreateScanMessage(builder, trelvane::ScanData::Surface, surface.Union());
+}
+
+inline std::string Finish(flatbuffers::FlatBufferBuilder& builder,
+                          flatbuffers::Offset<trelvane::ScanMessage> message) {
+  trelvane::FinishScanMessageBuffer(builder, message);
+  return {reinterpret_cast<const char*>(builder.GetBufferPointer()), builder.GetSize()};
+}
+
+inline std::string Surface(const Shape& shape = {}) {
+  flatbuffers::FlatBufferBuilder builder;
+  return Finish(builder, Surface(builder, shape));
+}
+
+inline std::string Profile(unsigned count, const std::vector<short>& points,
+                           trelvane::PointType pointType) {
+  flatbuffers::FlatBufferBuilder builder;
+  const auto profile =
+      trelvane::CreateProfile(builder, count, pointType, builder.CreateVector(points));
+  return Finish(builder,
+                trelvane::CreateScanMessage(builder, trelvane::ScanData::Profile, profile.Union()));
+}
+
+// An array that names the same surface `count` times.
+inline std::string RepeatedItem(std::size_t count, const Shape& shape) {
+  flatbuffers::FlatBufferBuilder builder;
+  const std::vector<flatbuffers::Offset<trelvane::ScanMessage>> items(count,
+                                                                      Surface(builder, shape));
+  const auto array = trelvane::CreateArray(builder, builder.CreateVector(items));
+  return Finish(builder,
+                trelvane::CreateScanMessage(builder, trelvane::ScanData::Array, array.Union()));
+}
+
+inline std::string NestedArray() {
+  flatbuffers::FlatBufferBuilder builder;
+  auto message = Surface(builder, {});
+  for (int depth = 0; depth < 2; ++depth) {
+    const auto array = trelvane::CreateArray(builder, builder.CreateVector(&message, 1));
+    message = trelvane::CreateScanMessage(builder, trelvane::ScanData::Array, array.Union());
+  }
+  return Finish(builder, message);
+}
+
+// A message whose union says `type` and points to a surface, or to nothing.
+inline std::string Union(unsigned char type, bool data) {
+  flatbuffers::FlatBufferBuilder builder;
+  flatbuffers::Offset<void> surface;
+  if (data) surface = trelvane::CreateSurface(builder).Union();
+  const auto message =
+      trelvane::CreateScanMessage(builder, static_cast<trelvane::ScanData>(type), surface);
+  return Finish(builder, message);
+}
+
+}  // namespace payloads

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include "support/recordings.h"
+
+#include <sstream>
+
+namespace {
+
+zAlloc Alloc() { return &zAllocator::Default(); }
+
+template <class Item>
+void Fill(zObject array, int seed) {
+  int value = seed * 1000 - 30000;
+  for (Item& item : zArray_EditableItems<Item>(array)) item = static_cast<Item>(value += 7);
+}
+
+void FillPoints(zObject array, int seed) {
+  const zType type = zArray_ItemType(array);
+  const zSize count = zArray_Count(array) * zType_Size(type) / sizeof(z16s);
+  auto* values = static_cast<z16s*>(zArray_EditableData(array));
+  for (zSize i = 0; i < count; ++i)
+    values[i] = static_cast<z16s>(seed * 1000 + static_cast<int>(i));
+}
+
+void SetStamp(MxMsg message, int seed) {
+  const auto n = static_cast<z64u>(seed);
+  const MxStamp stamp{n, n * 10 + 1, -seed - 2, -3, 0xBEEF, {n + 4, 5, ~z64u{0}}};
+  MustBeOk(MxDataMsg_SetStamp(message, 0, &stamp));
+}
+
+std::ostream& operator<<(std::ostream& out, const zPoint3d64f& point) {
+  return out << '(' << point.x << ' ' << point.y << ' ' << point.z << ')';
+}
+
+void DescribeItems(std::ostream& out, zObject array) {
+  out << " type " << static_cast<int>(zArray_ItemType(array)) << ':';
+  const zSize size = zArray_Count(array) * zType_Size(zArray_ItemType(array));
+  const auto* bytes = static_cast<const z8u*>(zArray_Data(array));
+  for (zSize i = 0; i < size; ++i) out << ' ' << int{bytes[i]};
+}
+
+}  // namespace
+
+Handle MakeSurfaceWithIntensity(int seed) {
+  Handle surface;
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 5, 3, Alloc()));
+  FillPoints(MxSurfaceMsg_PointsArray(surface.Get(), 0), seed);
+  MustBeOk(MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z8u));
+  Fill<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0), seed);
+  const zPoint3d64f offset{1.5 + seed, -2, 3};
+  const zPoint3d64f scale{0.1, 0.2, 1e-9};
+  const BoundingBox6 box{{1, 2, 3}, {4, 5, 6.5 + seed}};
+  MustBeOk(MxSurfaceMsg_SetOffset(surface.Get(), &offset));
+  MustBeOk(MxSurfaceMsg_SetScale(surface.Get(), &scale));
+  MustBeOk(MxSurfaceMsg_SetBoundingBox(surface.Get(), &box));
+  SetStamp(surface.Get(), seed);
+  return surface;
+}
+
+Handle MakeCloud(int seed) {
+  Handle surface;
+  MustBeOk(MxSurfaceMsg_ConstructUnresampledSimple(surface.Out(), 2, 3, Alloc()));
+  FillPoints(MxSurfaceMsg_PointsArray(surface.Get(), 0), -seed);
+  SetStamp(surface.Get(), seed + 1);
+  return surface;
+}
+
+Handle MakeProfile(zType pointType, int seed) {
+  Handle profile;
+  MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, Alloc()));
+  FillPoints(MxProfileMsg_PointsArray(profile.Get(), 0), seed + 5);
+  const zPoint3d64f offset{-1, 0, 1e300};
+  const zPoint3d64f scale{0.25, 1, 0.5};
+  const BoundingBox6 box{{-1, -2, -3}, {1, 0, 2}};
+  MustBeOk(MxProfileMsg_SetOffset(profile.Get(), &offset));
+  MustBeOk(MxProfileMsg_SetScale(profile.Get(), &scale));
+  MustBeOk(MxProfileMsg_SetBoundingBox(profile.Get(), &box));
+  SetStamp(profile.Get(), seed + 2);
+  if (pointType == zType::z16s) {
+    MustBeOk(MxProfileMsg_AllocateIntensity(profile.Get(), zType::z8u));
+    Fill<z8u>(MxProfileMsg_IntensityArray(profile.Get(), 0), seed);
+  }
+  return profile;
+}
+
+Handle MakeArrayOf(const std::vector<Handle>& items) {
+  Handle array;
+  MustBeOk(MxArrayMsg_Construct(array.Out(), Alloc()));
+  for (const Handle& item : items) MustBeOk(MxArrayMsg_Add(array.Get(), item.Get()));
+  return array;
+}
+
+std::string Describe(MxMsg message) {
+  std::ostringstream out;
+  out.precision(17);
+  switch (MxMsg_Kind(message)) {
+    case MxKind::none:
+      return "none";
+    case MxKind::array:
+      out << "array of " << MxArrayMsg_Count(message);
+      for (zSize i = 0; i < MxArrayMsg_Count(message); ++i) {
+        out << "\n  " << Describe(MxArrayMsg_At(message, i));
+      }
+      return out.str();
+    case MxKind::surface:
+      out << "surface " << MxSurfaceMsg_Width(message) << 'x' << MxSurfaceMsg_Length(message)
+          << " resampled " << MxSurfaceMsg_IsResampled(message) << " offset "
+          << *MxSurfaceMsg_Offset(message) << " scale " << *MxSurfaceMsg_Scale(message) << " box "
+          << MxSurfaceMsg_BoundingBox(message)->center << MxSurfaceMsg_BoundingBox(message)->size;
+      DescribeItems(out, MxSurfaceMsg_PointsArray(message, 0));
+      DescribeItems(out, MxSurfaceMsg_Intensities(message, 0));
+      break;
+    case MxKind::profile:
+      out << "profile " << MxProfileMsg_PointCount(message) << " offset "
+          << *MxProfileMsg_Offset(message) << " scale " << *MxProfileMsg_Scale(message) << " box "
+          << MxProfileMsg_BoundingBox(message)->center << MxProfileMsg_BoundingBox(message)->size;
+      DescribeItems(out, MxProfileMsg_PointsArray(message, 0));
+      DescribeItems(out, MxProfileMsg_IntensityArray(message, 0));
+      break;
+  }
+  const MxStamp& stamp = *MxDataMsg_Stamp(message);
+  out << " stamp " << stamp.frame << ' ' << stamp.time << ' ' << stamp.encoder << ' '
+      << stamp.zEncoder << ' ' << stamp.inputs << ' ' << stamp.reserved[0] << ' '
+      << stamp.reserved[1] << ' ' << stamp.reserved[2];
+  return out.str();
+}
+
+std::string Describe(const Plovia::ReplayFrame& frame) {
+  std::string text;
+  for (const Handle& message : frame) text += Describe(message.Get()) + "\n";
+  return text;
+}
+
+Plovia::ReplayScannerInfo MakeScanner() {
+  return {"r4xxx",
+          "Scanner-0",
+          "Scanner 0",
+          {{"Top", "Top side", 14, 0, 0},
+           {"Cloud", "Cloud", 15, 0, 1},
+           {"Line", "Line", 12, 0, ~z64u{0}},
+           {"Trace", "Trace \xC3\xA4", 13, 0, 0},
+           {"Many", "Many", 14, 1, 0}}};
+}
+
+Plovia::ReplayFrame MakeFrame(int seed) {
+  return {MakeSurfaceWithIntensity(seed), MakeCloud(seed), MakeProfile(zType::z16s, seed),
+          MakeProfile(zType::zPoint16s, seed),
+          MakeArrayOf({MakeSurfaceWithIntensity(seed + 1), MakeCloud(seed + 1)})};
+}
+
+zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
+                      const std::vector<Plovia::ReplayFrame>& frames, bool classic) {
+  Plovia::ReplaySerializer serializer;
+  serializer.WriteScannerInfo({scanner});
+  z32u index = 40;
+  for (const Plovia::ReplayFrame& frame : frames) {
+    serializer.WriteIndexInfo(index++);
+    for (const Handle& message : frame) serializer.WriteData(message);
+  }
+  return serializer.GetReplayFile(classic);
+}
+
+std::string ReadRecording(const zBytes& stream) {
+  Plovia::ReplaySerializer serializer;
+  serializer.LoadBuffer(stream);
+  std::ostringstream out;
+  for (const Plovia::ReplayScannerInfo& scanner : serializer.ReadScannerInfo()) {
+    out << "scanner " << scanner.family << '|' << scanner.id << '|' << scanner.displayName << '\n';
+    for (const ReplaySourceInfo& source : scanner.sources) {
+      out << "source " << source.name << '|' << source.displayName << '|' << source.dataType << '|'
+          << int{source.arrayed} << '|' << source.reserved << '\n';
+    }
+  }
+  const bool classic = serializer.GetReplayInfo().IsClassic();
+  const z64u parts = classic ? 1 : serializer.SegmentCount();
+  for (z64u part = 0; part < parts; ++part) {
+    if (!classic) serializer.LoadDataIndexFiles();
+    const std::vector<z32u> indexes = serializer.ReadIndexInfo();
+    for (zSize i = 0; i < indexes.size(); ++i) {
+      out << "frame " << indexes[i] << '\n' << Describe(serializer.ReadData(i));
+    }
+  }
+  return out.str();
+}

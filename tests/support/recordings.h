@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// Messages of every kind, and recordings of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sdk/pipeline.h"
+#include "support/scans.h"
+
+// One of each kind, with values that differ in every field; `seed` makes them differ from frame to
+// frame.
+Handle MakeSurfaceWithIntensity(int seed);
+Handle MakeCloud(int seed);
+Handle MakeProfile(zType pointType, int seed);
+Handle MakeArrayOf(const std::vector<Handle>& items);
+
+// Everything that the public operations tell about a message, as text.
+std::string Describe(MxMsg message);
+std::string Describe(const Plovia::ReplayFrame& frame);
+
+// A scanner with the sources "Top", "Cloud", "Line", "Trace" and "Many" (arrayed).
+Plovia::ReplayScannerInfo MakeScanner();
+// A frame for that scanner.
+Plovia::ReplayFrame MakeFrame(int seed);
+
+zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
+                      const std::vector<Plovia::ReplayFrame>& frames, bool classic);
+
+// All that can be read from a recording, as text: scanners, then frames, each with its index entry.
+std::string ReadRecording(const zBytes& stream);

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// Scan messages and arrays, and what comes out of them.
+#pragma once
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "sdk/message.h"
+#include "sdk/object.h"
+
+using Handle = Orv::Object<void*>;
+
+inline void MustBeOk(zStatus status) {
+  if (status != zOK) throw std::runtime_error("status " + std::to_string(status));
+}
+
+template <class Item>
+Handle MakeArray2(z64s length, z64s width, const std::vector<Item>& items) {
+  Handle array;
+  MustBeOk(zArray2_Construct(array.Out(), zTypeOf<Item>, length, width, &zAllocator::Default()));
+  std::ranges::copy(items, zArray_EditableItems<Item>(array.Get()).begin());
+  return array;
+}
+
+template <class Item>
+std::vector<Item> ItemsOf(zObject array) {
+  const auto items = zArray_Items<Item>(array);
+  return {items.begin(), items.end()};
+}
+
+// A uniform surface of any number of rows.
+inline Handle MakeSurface(z32u width, z32u length, const std::vector<z16s>& heights,
+                          zPoint3d64f scale = {1, 1, 1}, zPoint3d64f offset = {0, 0, 0}) {
+  Handle surface;
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), width, length, &zAllocator::Default()));
+  MustBeOk(MxSurfaceMsg_CopyPointsArray(surface.Get(), MakeArray2(length, width, heights).Get()));
+  MustBeOk(MxSurfaceMsg_SetScale(surface.Get(), &scale));
+  MustBeOk(MxSurfaceMsg_SetOffset(surface.Get(), &offset));
+  return surface;
+}
+
+inline std::vector<z16s> HeightsOf(MxMsg surface) {
+  return ItemsOf<z16s>(MxSurfaceMsg_PointsArray(surface, 0));
+}
+
+inline Handle MakeStream() {
+  Handle stream;
+  MustBeOk(zMemory_Construct(stream.Out(), &zAllocator::Default()));
+  return stream;
+}
+
+inline zBytes BytesOf(zMemory stream) {
+  const auto* bytes = static_cast<const z8u*>(zMemory_At(stream, 0));
+  return {bytes, bytes + zMemory_Length(stream)};
+}
+
+// What an operation throws, as "status function: message"; empty when it does not throw.
+template <class Operation>
+std::string Thrown(Operation operation) {
+  try {
+    operation();
+  } catch (const Orv::Exception& error) {
+    return std::to_string(error.Status()) + " " + error.Function() + ": " + error.what();
+  }
+  return {};
+}
