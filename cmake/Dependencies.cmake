@@ -20,6 +20,7 @@ function(trelvane_library target module header)
 endfunction()
 
 trelvane_library(trelvane_flatbuffers flatbuffers flatbuffers/flatbuffers.h flatbuffers)
+trelvane_library(trelvane_libarchive libarchive archive.h archive libarchive)
 trelvane_library(trelvane_libdeflate libdeflate libdeflate.h deflate libdeflate)
 trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
 trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)

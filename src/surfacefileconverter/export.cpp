@@ -4,6 +4,7 @@
 
 #include "getfilestream/getfilestream.h"
 #include "surfacefileconverter/failure.h"
+#include "surfacefileconverter/recordingarchive.h"
 #include "surfacefileconverter/surfacefileconverter.h"
 #include "surfacefileconverter/wholefile.h"
 
@@ -85,21 +86,45 @@ void SurfaceFileConverter::exportScan(const std::string& exportName, FileType ex
   if (exportType != REP && exportType != OVREC) {
     Fail(__LINE__, kBadInput, "Only .rep and .ovrec file extension are supported");
   }
-  if (exportType == OVREC) {
-    Fail(__LINE__, kNotImplemented, "Writing .ovrec archives hasn't been implemented");
-  }
-  Orv::Object<void*> message;
-  GenerateSurfaceMsgFromBuffer(message, fileBuffer, fileType, allocator);
-
   Plovia::ReplaySerializer serializer;
-  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", UNIFORM_SURFACE)})});
-  serializer.WriteIndexInfo(0);
-  serializer.WriteData(message);
-  WriteBuffer(serializer.GetReplayFile(false), exportName);
+  if (multiFileMode) {
+    writeDirectory(serializer);
+  } else {
+    writeScan(serializer);
+  }
+  const zBytes replay = serializer.GetReplayFile(false);
+  if (exportType == OVREC) {
+    WriteReplayData(replay, "config/config.json", "config/jobs/config.json",
+                    "config/jobs/live/_live.ovjob", exportName, allocator);
+  } else {
+    WriteBuffer(replay, exportName);
+  }
   exportedFileNames = {exportName};
 }
 
-void SurfaceFileConverter::exportRecording(const std::string&, FileType exportType) {
+void SurfaceFileConverter::writeScan(Plovia::ReplaySerializer& serializer) {
+  Orv::Object<void*> message;
+  GenerateSurfaceMsgFromBuffer(message, fileBuffer, fileType, allocator);
+  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", UNIFORM_SURFACE)})});
+  serializer.WriteIndexInfo(0);
+  serializer.WriteData(std::move(message));
+}
+
+void SurfaceFileConverter::writeDirectory(Plovia::ReplaySerializer& serializer) {
+  std::vector<Plovia::ReplayFrame> frameList;
+  GenerateSurfaceMsgsFromMultiFiles(frameList);
+  std::vector<ReplaySourceInfo> sources;
+  for (const std::string& tag : scannerFileTags) {
+    sources.push_back(MakeSource(tag, UNIFORM_SURFACE));
+  }
+  serializer.WriteScannerInfo({MakeScanner(std::move(sources))});
+  for (const Plovia::ReplayFrame& frame : frameList) {
+    serializer.WriteIndexInfo(0);
+    for (const Orv::Object<void*>& message : frame) serializer.WriteData(message);
+  }
+}
+
+void SurfaceFileConverter::exportRecording(const std::string& exportName, FileType exportType) {
   if (exportType == REP || exportType == OVREC) {
     Fail(__LINE__, kNotImplemented, "This conversion hasn't been implemented");
   }
@@ -114,5 +139,8 @@ void SurfaceFileConverter::exportRecording(const std::string&, FileType exportTy
          "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported "
          "to a file whose extension is .pro");
   }
-  Fail(__LINE__, kNotImplemented, "Exporting frames of a recording hasn't been implemented");
+  if (exportType == CSV) {
+    Fail(__LINE__, kNotImplemented, "Exporting to .csv hasn't been implemented");
+  }
+  exportFrames(exportName, exportType);
 }

@@ -3,6 +3,7 @@
 
 #include "surfacefileconverter/failure.h"
 #include "surfacefileconverter/recording.h"
+#include "surfacefileconverter/recordingarchive.h"
 #include "surfacefileconverter/surfacefileconverter.h"
 #include "surfacefileconverter/wholefile.h"
 
@@ -54,8 +55,9 @@ void SurfaceFileConverter::importFile(std::string fileName) {
       importRecording();
       break;
     case OVREC:
-      throw Orv::Exception(__LINE__, kSourceFile, kNotImplemented, kFunction,
-                           "Reading .ovrec archives hasn't been implemented");
+      GetReplayData(fileBuffer, replayBuffer, allocator);
+      importRecording();
+      break;
     default:
       Fail(113, "Unsupported file extension");
   }
@@ -68,11 +70,6 @@ void SurfaceFileConverter::importRecording() {
   sanitizeScannerNames();
   imported = true;
   recording = true;
-}
-
-void SurfaceFileConverter::importFiles(std::string) {
-  throw Orv::Exception(__LINE__, kSourceFile, kNotImplemented, "SurfaceFileConverter::importFiles",
-                       "Reading directories of surfaces hasn't been implemented");
 }
 
 // The names become parts of file names, so they lose what no file name may hold.

@@ -27,6 +27,11 @@ class SurfaceFileConverter {
   // Loads a directory of surfaces as one recording.
   void importFiles(std::string directory);
 
+  // Reads and decodes the files of a directory import, frame by frame, into `frameList`, which is
+  // returned. A source whose tag begins with another source's tag is also found under that one.
+  std::vector<Plovia::ReplayFrame>& GenerateSurfaceMsgsFromMultiFiles(
+      std::vector<Plovia::ReplayFrame>& frameList);
+
   // Writes the import to a file; the name's extension tells the kind. An empty name stands for a
   // recording archive beside a single scan, under the scan's name.
   void exportFile(std::string exportName);
@@ -64,7 +69,12 @@ class SurfaceFileConverter {
   void sanitizeScannerNames();
 
   void exportScan(const std::string& exportName, FileType exportType);
+  void writeScan(Plovia::ReplaySerializer& serializer);
+  void writeDirectory(Plovia::ReplaySerializer& serializer);
   void exportRecording(const std::string& exportName, FileType exportType);
+  void exportFrames(const std::string& exportName, FileType exportType);
+  void writeMsgs(const std::vector<Plovia::ReplayFrame>& frameList, z32s index,
+                 const std::string& exportName, FileType exportType, bool single);
 
   bool imported = false;
   bool recording = false;

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <limits>
 
-#include "sdk/archive.h"
 #include "sdk/geometry.h"
 #include "sdk/pipeline.h"
 #include "support/scans.h"
@@ -101,13 +100,14 @@ TEST(List, FailsCleanly) {
   EXPECT_EQ(zArrayList_Construct(list.Out(), zType::none, 1, Alloc()), zERROR_PARAMETER);
   EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zPoint3d32f, kMost, Alloc()), zERROR_MEMORY);
   EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zString, kMost, Alloc()), zERROR_MEMORY);
-  LimitedAllocator one(1);
-  MustBeOk(zArrayList_Construct(list.Out(), zType::z8u, 1, &one));
+  LimitedAllocator one(1);  // outlives what it gave
+  Handle full;
+  MustBeOk(zArrayList_Construct(full.Out(), zType::z8u, 1, &one));
   const z8u item = 7;
-  EXPECT_EQ(zArrayList_Add(list.Get(), nullptr), zERROR_PARAMETER);
-  EXPECT_EQ(zArrayList_Add(list.Get(), &item), zOK);
-  EXPECT_EQ(zArrayList_Add(list.Get(), &item), zERROR_MEMORY);
-  EXPECT_EQ(zArrayList_Count(list.Get()), 1U);
+  EXPECT_EQ(zArrayList_Add(full.Get(), nullptr), zERROR_PARAMETER);
+  EXPECT_EQ(zArrayList_Add(full.Get(), &item), zOK);
+  EXPECT_EQ(zArrayList_Add(full.Get(), &item), zERROR_MEMORY);
+  EXPECT_EQ(zArrayList_Count(full.Get()), 1U);
 }
 
 TEST(Memory, GrowsWhenWrittenAndSeeksWithinItsLength) {
@@ -229,7 +229,6 @@ TEST(Libraries, StartAndHelp) {
   EXPECT_EQ(zStrCompare("a", "a"), 0);
   EXPECT_LT(zStrCompare("a", "ab"), 0);
   EXPECT_GT(zStrCompare("b", "ab"), 0);
-  EXPECT_EQ(zTar_Construct(library.Out(), nullptr, zTAR_READ, Alloc()), zERROR_UNIMPLEMENTED);
 }
 
 }  // namespace

@@ -28,12 +28,11 @@ using zSize = std::size_t;
 
 using zStatus = z32s;
 inline constexpr zStatus zOK = 1;
-inline constexpr zStatus zERROR_PARAMETER = -2;      // null or wrong handle, type, shape or index
-inline constexpr zStatus zERROR_MEMORY = -3;         // the memory is not there
-inline constexpr zStatus zERROR_STREAM = -4;         // data ends too early, or the device failed
-inline constexpr zStatus zERROR_NOT_FOUND = -5;      // no such file or directory
-inline constexpr zStatus zERROR_UNIMPLEMENTED = -6;  // not part of this library yet
-inline constexpr zStatus zERROR_FORMAT = -7;         // the data is not what its format demands
+inline constexpr zStatus zERROR_PARAMETER = -2;  // null or wrong handle, type, shape or index
+inline constexpr zStatus zERROR_MEMORY = -3;     // the memory is not there
+inline constexpr zStatus zERROR_STREAM = -4;     // data ends too early, or the device failed
+inline constexpr zStatus zERROR_NOT_FOUND = -5;  // no such file or directory
+inline constexpr zStatus zERROR_FORMAT = -6;     // the data is not what its format demands
 
 // Every format here is little-endian, and so is every machine the tool runs on: numbers are
 // copied as they stand.

@@ -110,6 +110,9 @@ class Object<void*> {
   // Orv::Exception with the release status when it is not 1; the new object is held then too.
   void Reset(void* handle = nullptr);
 
+  // Gives the object back now and tells the release status; 1 for an empty handle.
+  zStatus Release() noexcept;
+
   void* Get() const noexcept { return handle_; }
   explicit operator bool() const noexcept { return handle_ != nullptr; }
   // Releases the old object and gives the place for a construct operation to fill.

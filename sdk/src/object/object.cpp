@@ -17,9 +17,14 @@ Object<void*>::~Object() {
   if (handle_ != nullptr) static_cast<void>(zObject_DestroyImpl(handle_, 1));
 }
 
+zStatus Object<void*>::Release() noexcept {
+  void* const released = std::exchange(handle_, nullptr);
+  return released == nullptr ? zOK : zObject_DestroyImpl(released, 0);
+}
+
 void Object<void*>::Reset(void* handle) {
-  void* const released = std::exchange(handle_, handle);
-  const zStatus status = released == nullptr ? zOK : zObject_DestroyImpl(released, 0);
+  const zStatus status = Release();
+  handle_ = handle;
   if (status != zOK) {
     throw Exception(__LINE__, "object", status, "Orv::Object<void *>::Reset",
                     "Failed to release an object");

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "surfacefileconverter/recordingarchive.h"
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "sdk/archive.h"
+#include "support/scans.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+zAlloc Alloc() { return &zAllocator::Default(); }
+
+zBytes Bytes(std::string_view text) {
+  const auto* bytes = reinterpret_cast<const z8u*>(text.data());
+  return {bytes, bytes + text.size()};
+}
+
+struct Member {
+  std::string name;
+  std::string content;
+  z32s type = zTAR_FILE;
+};
+
+zBytes MakeArchive(const std::vector<Member>& members) {
+  const Handle stream = MakeStream();
+  Handle tar;
+  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, Alloc()));
+  for (const Member& member : members) {
+    MustBeOk(zTar_BeginWrite(tar.Get(), member.name.c_str(), member.type, member.content.size()));
+    MustBeOk(zStream_Write(tar.Get(), member.content.data(), member.content.size()));
+  }
+  MustBeOk(tar.Release());
+  return BytesOf(stream.Get());
+}
+
+TEST(RecordingArchive, GivesTheLastReplayStream) {
+  const struct {
+    std::vector<Member> members;
+    std::string expected;  // or what is thrown
+  } rows[] = {
+      {{{"replay", "", zTAR_DIRECTORY}, {"replay/buffer", "abc"}}, "abc"},
+      {{{"replay/buffer", "first"}, {"x", ""}, {"replay/buffer", "second"}}, "second"},
+      {{{"replay/buffer", "full"}, {"replay/buffer", ""}}, "The replay buffer is empty"},
+      {{{"replay/buffer", "", zTAR_DIRECTORY}}, "The replay buffer is empty"},
+      {{{"./replay/buffer", "other name"}}, "The replay buffer is empty"},
+      {{{"config.json", "{}"}}, "The replay buffer is empty"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.expected);
+    zBytes replay = Bytes("old content");
+    const std::string thrown =
+        Thrown([&] { GetReplayData(MakeArchive(row.members), replay, Alloc()); });
+    if (thrown.empty()) {
+      EXPECT_EQ(replay, Bytes(row.expected));
+    } else {
+      EXPECT_EQ(thrown, "-997 GetReplayData: " + row.expected);
+    }
+  }
+}
+
+TEST(RecordingArchive, SaysWhatIsWrongWithADamagedArchive) {
+  const zBytes archive = MakeArchive({{"replay/buffer", std::string(5000, 'r')}});
+  for (zSize size = 1; size < archive.size(); size += 100) {
+    const zBytes cut(archive.begin(), archive.begin() + static_cast<std::ptrdiff_t>(size));
+    zBytes replay;
+    const std::string thrown = Thrown([&] { GetReplayData(cut, replay, Alloc()); });
+    EXPECT_EQ(thrown.empty(), size >= 512 + 5000) << size << ' ' << thrown;
+  }
+  zBytes replay;
+  EXPECT_THAT(Thrown([&] { GetReplayData(Bytes("no archive"), replay, Alloc()); }),
+              HasSubstr("GetReplayData: "));
+  EXPECT_THAT(Thrown([&] { GetReplayData({}, replay, Alloc()); }), HasSubstr("GetReplayData: "));
+}
+
+TEST(RecordingArchive, DoesNotTakeMemoryForAnAbsurdSize) {
+  zBytes archive = MakeArchive({{"replay/buffer", "abc"}});
+  std::string header(archive.begin(), archive.begin() + 512);
+  header.replace(124, 11, "77777777777");  // 8 GiB
+  header.replace(148, 8, 8, ' ');
+  unsigned sum = 0;
+  for (const char c : header) sum += static_cast<unsigned char>(c);
+  header.replace(148, 8, Orv::Format("%06o", sum) + std::string("\0 ", 2));
+  std::ranges::copy(header, archive.begin());
+  zBytes replay;
+  EXPECT_THAT(Thrown([&] { GetReplayData(archive, replay, Alloc()); }),
+              HasSubstr("Failed to read the replay buffer"));
+  EXPECT_THAT(Thrown([&] { GetResourceData(archive, "replay/buffer", replay, Alloc()); }),
+              HasSubstr("Failed to read the resource buffer (replay/buffer)"));
+}
+
+TEST(RecordingArchive, FindsAScannersConfiguration) {
+  const struct {
+    const char* document;
+    const char* outcome;  // "false", or the element that was found
+  } rows[] = {
+      {R"({"orv:scanner": {"a": 1}})", R"({"a":1})"},
+      {R"({"orv:scanner": [0]})", "[0]"},
+      {R"({"orv:scanner": 7})", "7"},
+      {R"({"orv:scanner": null})", "false"},
+      {R"({"orv:scanner": {}})", "false"},
+      {R"({"other": 1})", "false"},
+      {"[1]", "cannot use operator[] with a string argument with array"},
+      {"{", "parse error"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.document);
+    const zBytes job = MakeArchive({{"scan/r4xxx/config.json", row.document}});
+    nlohmann::json scanner = "untouched";
+    try {
+      const bool found = GetScannerConfig(job, "r4xxx", scanner, Alloc());
+      EXPECT_EQ(found ? scanner.dump() : "false", row.outcome);
+    } catch (const nlohmann::json::exception& failure) {
+      EXPECT_THAT(failure.what(), HasSubstr(row.outcome));
+    }
+  }
+  nlohmann::json scanner = "untouched";
+  EXPECT_FALSE(GetScannerConfig(MakeArchive({{"a", ""}}), "r4xxx", scanner, Alloc()));
+  EXPECT_EQ(scanner, "untouched");
+  zBytes content = Bytes("old");
+  GetResourceData(MakeArchive({{"a", ""}}), "b", content, Alloc());
+  EXPECT_TRUE(content.empty());
+}
+
+TEST(RecordingArchive, WriteMsgRefusesAnEmptyHandle) {
+  EXPECT_EQ(Thrown([] { WriteMsg(Handle(), "x.sur", SUR, Alloc()); }),
+            "-997 WriteMsg: The inputted msg is Null");
+}
+
+}  // namespace
