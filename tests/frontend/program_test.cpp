@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: MIT
+// The program as an operator runs it.
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "support/recordings.h"
+#include "support/sur_file.h"
+#include "support/temp_directory.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// Runs the program in the current directory; gives its exit code and its standard output, and fails
+// when there is standard error.
+struct Outcome {
+  int exitCode;
+  std::string output;
+};
+
+Outcome RunProgram(std::vector<std::string> args) {
+  args.insert(args.begin(), TRELVANE_PROGRAM);
+  std::vector<char*> argv;
+  for (std::string& arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (std::freopen("stdout.txt", "w", stdout) != nullptr &&
+        std::freopen("stderr.txt", "w", stderr) != nullptr) {
+      execv(argv[0], argv.data());
+    }
+    std::_Exit(99);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(ReadFile("stderr.txt"), "");
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile("stdout.txt")};
+}
+
+const std::string kBanner = "Trelvane 1.0.0.4\n";
+
+class Program : public testing::Test {
+ protected:
+  Program() {
+    WriteFile("a.sur", SurFile{}.Bytes());
+    WriteFile("a.pcd", "no point cloud");
+    Plovia::ReplayScannerInfo scanner = MakeScanner();
+    scanner.sources = {{"Top", "Top", 14, 0, 0}};
+    const Handle surface = MakeSurfaceWithIntensity(1);
+    WriteFile("a.rep", WriteRecording(scanner, {{surface}, {surface}}, false));
+    scanner.sources[0].dataType = 12;
+    WriteFile("p.rep", WriteRecording(scanner, {{MakeProfile(zType::z16s, 1)}}, false));
+  }
+  TempDirectory directory_;
+};
+
+TEST_F(Program, ShowsItsUsageWithoutArguments) {
+  const Outcome run = RunProgram({});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.output,
+              StartsWith(kBanner + "Usage:\n    Trelvane.exe -i <inputFile> [options] -o "
+                                   "<outputFile>\n\nThe following conversions are "
+                                   "supported at the moment: \n        .ovrec <-----> "));
+  EXPECT_THAT(run.output,
+              HasSubstr("data)\n\nYou may use the following options:\n        --help:  "));
+  EXPECT_THAT(run.output, HasSubstr("\n     -z/--zoom <zoom>:       Specify"));
+  EXPECT_THAT(
+      run.output,
+      EndsWith("\nFor example, 'Trelvane.exe -i input_xxx.ovrec -f 0 -o output_xxx.sur'\n"));
+  EXPECT_FALSE(std::filesystem::exists("log.txt"));
+
+  const Outcome help = RunProgram({"--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_EQ(help.output, run.output);
+  EXPECT_TRUE(std::filesystem::exists("log.txt"));
+}
+
+TEST_F(Program, ConvertsAndReports) {
+  const std::string imported = "[INFO] Successfully imported 'a.sur'.\n";
+  Outcome run = RunProgram({"-i", "a.sur", "-o", "x y.rep"});
+  EXPECT_EQ(run.output, kBanner + imported + "[INFO] Successfully exported 'x y.rep'.\n");
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(ReadFile("log.txt"), "");
+  run = RunProgram({"--help", "-i", "x y.rep", "-o", "b.sur"});
+  EXPECT_THAT(run.output, EndsWith("output_xxx.sur'\n"
+                                   "[INFO] Successfully imported 'x y.rep'.\n"
+                                   "[INFO] The replay data is captured from 0 sensor.\n"
+                                   "[INFO] The data type in the replay data is UNIFORM_SURFACE.\n"
+                                   "[INFO] The imported recording data has 1 frame.\n"
+                                   "[INFO] The frame 0 is being exported.\n"
+                                   "[INFO] Successfully exported 'b.sur'.\n"));
+  EXPECT_EQ(run.exitCode, 0);
+  // A single scan without an output name becomes an archive, which takes a configuration along.
+  std::filesystem::create_directories("config/jobs/live");
+  for (const char* name : {"config/config.json", "config/jobs/config.json"}) WriteFile(name, "{}");
+  EXPECT_THAT(RunProgram({"-i", "a.sur"}).output,
+              EndsWith("[ERROR] Failed to write the jobs/live/_live.ovjob file.\n"));
+  WriteFile("config/jobs/live/_live.ovjob", "job");
+  EXPECT_THAT(RunProgram({"-i", "a.sur"}).output, EndsWith("Successfully exported 'a.ovrec'.\n"));
+  run = RunProgram({"-i", "a.ovrec", "-a", "-o", "c.sur"});
+  EXPECT_THAT(run.output, EndsWith("[INFO] All the frames are being exported.\n[INFO] Successfully "
+                                   "exported 'c-Frame-0000_Surface.Top.sur'.\n"));
+  std::filesystem::create_directories("d");
+  WriteFile("d/Frame-Frame-0000_T.sur", SurFile{}.Bytes());
+  EXPECT_EQ(RunProgram({"-i", "d", "-o", "d.rep"}).output,
+            kBanner +
+                "[INFO] Successfully imported all the files in the directory (d).\n.\n"
+                "[INFO] Successfully exported 'd.rep'.\n");
+}
+
+// The last line of a run that fails.
+TEST_F(Program, SaysWhatIsWrong) {
+  const std::string notRecording =
+      "The imported data isn't a recording data and it doesn't support this option('-f/--frame').";
+  const std::string longName(100000, 'x');
+  const struct {
+    std::vector<std::string> args;
+    std::string error;
+  } rows[] = {
+      {{"stray"}, "No file was exported because no file has been imported yet"},
+      {{"--help", "-o", ""}, "No file was exported because no file has been imported yet"},
+      {{"-i", "", "-o", "b.rep"},
+       "No file was exported because the input file/directory name wasn't specified."},
+      {{"-i", "missing.sur", "-o", "b.rep"}, "No files have been imported yet"},
+      {{"-i", longName, "-o", "b.rep"}, "No files have been imported yet"},
+      {{"-i", "d", "-o", "b.rep"}, "Fail to find any file in the input directory."},
+      {{"-i", "a.sur", "-f", "0"}, notRecording},
+      {{"-i", "a.sur", "-f", "x"}, notRecording},
+      {{"-i", "a.rep", "-f", "x"}, "std::exception - invalid stoi argument"},
+      {{"-i", "a.rep", "-f", "4294967296"}, "std::exception - stoi argument out of range"},
+      {{"-i", "a.rep", "-f", "2"}, "The frame index should be less than 2"},
+      {{"-i", "a.rep", "-f", "-1", "-a"}, "The frame index should be less than 2"},
+      {{"-i", "a.pcd", "-w", "0"}, "The input surface width should be greater than 1"},
+      {{"-i", "a.pcd", "-h", "0"}, "The input surface height should be greater than 1"},
+      {{"-i", "a.pcd", "-w", "1", "-s", "-1"}, "The input swap should be equal to 0/1"},
+      {{"-i", "a.sur", "-w", "1"}, "Configuring surface width is only valid for pcd file imports"},
+      {{"-i", "a.pcd", "-r", "1,2,3"}, "The input invalid point is not right"},
+      {{"-i", "a.pcd", "-r", ""}, "The input invalid point is not right"},
+      {{"-i", "a.pcd", "-r", "("}, "The input invalid point is not right"},
+      {{"-i", "a.pcd", "-r", "(1,2"}, "The input invalid point is not right"},
+      {{"-i", "a.pcd", "-r", "(1,2,3,4)"}, "The input invalid point is not right"},
+      {{"-i", "a.pcd", "-r", "(1,,3)"}, "std::exception - invalid stod argument"},
+      {{"-i", "a.pcd", "-r", "(1,1e999,x)"}, "std::exception - stod argument out of range"},
+      {{"-i", "a.pcd", "-z", "0"}, "The input zoom factor is less than 0"},
+      {{"-i", "a.rep"}, "std::exception - invalid string position"},
+      {{"-i", "a.rep", "-o", "out"}, "std::exception - invalid string position"},
+      {{"-i", "a.rep", "-o", "b.ovrec"}, "This conversion hasn't been implemented"},
+      {{"-i", "a.rep", "-o", "b.rep"}, "The import file type is same as the export file type"},
+      {{"-i", "a.rep", "-o", "b.rec"}, "Extension .rec of the export file name is not supported"},
+      {{"-i", "a.sur", "-o", ""}, "Failed to write the config.json file"},
+      {{"-i", "a.sur", "-o", "b"}, "Failed to parse the extension of the export file name"},
+      {{"-i", "a.sur", "-o", "b.%s%n%2000000000d"},
+       "Extension .%s%n%2000000000d of the export file name is not supported"},
+      {{"-i", "a.sur", "-o", "b." + longName},
+       "Extension ." + longName + " of the export file name is not supported"},
+      {{"-i", "a.sur", "-o", "no/b.rep"}, "Failed to open no/b.rep"},
+      {{"-i", "a.sur", "-o", "d/d.rep"}, "Failed to open d/d.rep"},
+  };
+  std::filesystem::create_directories("d/d.rep");
+  for (const auto& row : rows) {
+    const Outcome run = RunProgram(row.args);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, EndsWith("[ERROR] " + row.error + ".\n"));
+    EXPECT_THAT(run.output, testing::Not(HasSubstr("Successfully exported")));
+  }
+  EXPECT_THAT(RunProgram({"-i", "p.rep", "-o", "b.CSV"}).output,
+              HasSubstr("[INFO] All the frames are being exported.\n"));
+}
+
+TEST_F(Program, SetsThePointCloudOptionsThatItReports) {
+  EXPECT_THAT(RunProgram({"-i", "a.pcd", "-r", "1.0,2.0,3.0", "-z", "+.5"}).output,
+              HasSubstr("[INFO] The point (0.000000, 2.000000, 3.000000) is configured as the "
+                        "invalid point.\n[INFO] The zooming factor has been set to 0.500000.\n"));
+  EXPECT_THAT(RunProgram({"-i", "a.pcd", "-z", "nan"}).output, HasSubstr("set to nan.\n"));
+}
+
+TEST_F(Program, KeepsALogOf2048BytesAndStartsALongerOneAnew) {
+  WriteFile("log.txt", std::string(2048, 'x'));
+  RunProgram({"-i", "a.sur", "-o", "b.x\ny"});
+  const std::string log = ReadFile("log.txt");
+  EXPECT_THAT(log, StartsWith(std::string(2048, 'x') + "20"));
+  EXPECT_THAT(log, EndsWith("status -997 in SurfaceFileConverter::exportFile "
+                            "(surfacefileconverter:" +
+                            log.substr(log.rfind(':', log.rfind("): ")) + 1)));
+  EXPECT_EQ(std::ranges::count(log, '\n'), 1);
+  WriteFile("log.txt", std::string(2049, 'x'));
+  RunProgram({"-i", "a.rep", "-f", "x"});  // not an error of the tool's own: not logged
+  EXPECT_EQ(ReadFile("log.txt"), "");
+  std::filesystem::remove("log.txt");
+  std::filesystem::create_directory("log.txt");
+  const Outcome run = RunProgram({"-i", "a.sur", "-o", "b.rep"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_EQ(run.output, kBanner + "[ERROR] Failed to open the log file.\n");
+}
+
+}  // namespace

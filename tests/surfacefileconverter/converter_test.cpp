@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+// State, settings and conversion matrix of the converter; whole files.
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "support/recordings.h"
+#include "support/sur_file.h"
+#include "support/temp_directory.h"
+#include "surfacefileconverter/surfacefileconverter.h"
+#include "surfacefileconverter/wholefile.h"
+
+namespace {
+
+using Operation = std::function<void(SurfaceFileConverter&)>;
+
+// Status, line, function and message of what an operation throws; empty when it succeeds.
+std::string Failure(SurfaceFileConverter& converter, const Operation& operation) {
+  try {
+    operation(converter);
+  } catch (const Orv::Exception& failure) {
+    return std::to_string(failure.Status()) + " " + std::to_string(failure.Line()) + " " +
+           failure.Function().substr(std::string("SurfaceFileConverter::").size()) + ": " +
+           failure.what();
+  }
+  return {};
+}
+
+zBytes RecordingOf(z16u dataType, const Handle& message) {
+  Plovia::ReplayScannerInfo scanner = MakeScanner();
+  scanner.sources = {{"Top", "Top", dataType, 0, 0}};
+  return WriteRecording(scanner, std::vector<Plovia::ReplayFrame>(5, {message}), true);
+}
+
+class Converter : public testing::Test {
+ protected:
+  Converter() {
+    for (const char* name : {"a.sur", "a.SUR", "a.srf", "a.pro", "a.PRO", "a.pcd", "scan"}) {
+      WriteFile(name, "?");
+    }
+    WriteFile("surface.rep", RecordingOf(14, MakeSurface(1, 1, {5})));
+    WriteFile("surface.rec", RecordingOf(14, MakeSurface(1, 1, {5})));
+    WriteFile("profile.rep", RecordingOf(12, MakeProfile(zType::z16s, 1)));
+  }
+  TempDirectory directory_;
+};
+
+TEST_F(Converter, ChecksEverySettingInItsOrder) {
+  const std::string none = ": No files have been imported yet";
+  const std::string notData = ": The imported data is not recording data";
+  const struct {
+    Operation operation;
+    std::string fresh;     // what comes of it before any import,
+    std::string sur;       // after the import of a surface (empty: not tried),
+    const char* suitable;  // and after an import that it is meant for
+    std::string message;
+  } rows[] = {
+      {[](auto& c) { c.setFrameIndex(4); }, "-988 418 setFrameIndex" + none,
+       "-997 419 setFrameIndex: Imported data isn't a recording and it doesn't support this option "
+       "('-f/--frame')",
+       "surface.rep", ""},
+      {[](auto& c) { c.setFrameIndex(5); }, "-988 418 setFrameIndex" + none, "", "surface.rep",
+       "-997 421 setFrameIndex: The frame index should be less than 5"},
+      {[](auto& c) { c.getFrameIndex(); }, "-988 427 getFrameIndex" + none,
+       "-997 428 getFrameIndex: Imported data isn't a recording data and it doesn't support this "
+       "option ('-f/--frame')",
+       "surface.rep", ""},
+      {[](auto& c) { c.setPcdWidth(0); }, "-988 434 setPcdWidth" + none,
+       "-988 435 setPcdWidth: Configuring surface width is only valid for pcd file imports",
+       "a.pcd", "-988 436 setPcdWidth: The input surface with can't be equal to 1"},
+      {[](auto& c) { c.setPcdWidth(1); }, "-988 434 setPcdWidth" + none, "", "a.pcd", ""},
+      {[](auto& c) { c.setPcdHeight(0); }, "-988 442 setPcdHeight" + none,
+       "-988 443 setPcdHeight: Configuring surface height is only valid for the pcd file imports",
+       "a.pcd", "-988 444 setPcdHeight: Input surface height can't be equal to 1"},
+      {[](auto& c) { c.setPcdFlipXZEnabled(1); }, "-988 450 setPcdFlipXZEnabled" + none,
+       "-988 451 setPcdFlipXZEnabled: Configuring surface height is only valid for the pcd file "
+       "imports",
+       "a.pcd", ""},
+      {[](auto& c) {
+         c.setInvalidPoint({1, 2, 3});
+       },
+       "-988 457 setInvalidPoint" + none + ".",
+       "-988 458 setInvalidPoint: Configuring the invalid point is only valid for the pcd file "
+       "imports.",
+       "a.pcd", ""},
+      {[](auto& c) { c.setPcdZoom(2); }, "-988 468 setPcdZoom" + none,
+       "-988 469 setPcdZoom: Configuring the zooming factor is only valid for the pcd file imports",
+       "a.pcd", ""},
+      {[](auto& c) { c.isRecordingData(); }, "-988 479 isRecordingData" + none, "", "a.sur", ""},
+      {[](auto& c) { c.getFrameNumber(); }, "-988 490 getFrameNumber" + none,
+       "-988 491 getFrameNumber" + notData, "surface.rep", ""},
+      {[](auto& c) { c.getDataSourceType(); }, "-988 497 getDataSourceType" + none,
+       "-988 498 getDataSourceType" + notData, "surface.rep", ""},
+      {[](auto& c) { c.getSensorCount(); }, "-988 504 getSensorCount" + none,
+       "-988 505 getSensorCount" + notData, "surface.rep", ""},
+  };
+  for (const auto& row : rows) {
+    SurfaceFileConverter fresh, sur, suitable;
+    EXPECT_EQ(Failure(fresh, row.operation), row.fresh);
+    sur.importFile("a.sur");
+    const std::string surMessage = Failure(sur, row.operation);
+    EXPECT_TRUE(row.sur.empty() || surMessage == row.sur) << surMessage;
+    suitable.importFile(row.suitable);
+    EXPECT_EQ(Failure(suitable, row.operation), row.message);
+  }
+  SurfaceFileConverter recording;
+  recording.importFile("surface.rep");
+  recording.setFrameIndex(4);
+  EXPECT_EQ(recording.getFrameIndex(), 4U);
+  EXPECT_EQ(recording.getFrameNumber(), 5U);
+  EXPECT_EQ(recording.getDataSourceType(), UNIFORM_SURFACE);
+  EXPECT_EQ(recording.getSensorCount(), 0U);
+}
+
+TEST_F(Converter, TellsKindsByTheLastDot) {
+  const std::string unknown =
+      "-997 137 importFile: The extension of the input filename is not supported";
+  for (const char* name :
+       {"a.sur", "a.SUR", "a.srf", "a.pro", "a.PRO", "a.pcd", "surface.rep", "surface.rec"}) {
+    SurfaceFileConverter converter;
+    EXPECT_EQ(Failure(converter, [&](auto& c) { c.importFile(name); }), "") << name;
+  }
+  SurfaceFileConverter converter;
+  for (const char* name : {"a.Sur", "a.SRF", "a.PCD", "a.REP", "a.REC", "a.OVREC", "a.csv", "a.",
+                           "data.old/scan", "a.sur "}) {
+    EXPECT_EQ(Failure(converter, [&](auto& c) { c.importFile(name); }), unknown) << name;
+  }
+  EXPECT_EQ(Failure(converter, [](auto& c) { c.importFile("scan"); }),
+            "-997 120 importFile: Failed to parse the extension of the input filename");
+  // A failed import forgets the one before.
+  converter.importFile("a.sur");
+  EXPECT_THROW(converter.importFile("missing.sur"), Orv::Exception);
+  EXPECT_THROW(converter.isRecordingData(), Orv::Exception);
+}
+
+TEST_F(Converter, KnowsWhichConversionsExist) {
+  const std::string onlyRecordings = "Only .rep and .ovrec file extension are supported";
+  const std::string same = "The import file type is same as the export file type";
+  const std::string notSurface =
+      "The imported replay data doesn't belong to UNIFORM_SURFACE type, which can't be exported to "
+      "a file whose extension is .sur/.srf";
+  const std::string notProfile =
+      "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported to "
+      "a file whose extension is .pro";
+  const struct {
+    const char* input;
+    const char* output;
+    std::string message;
+  } rows[] = {
+      {nullptr, "", "No files have been imported yet"},
+      {nullptr, "b.rep", "No files have been imported yet"},
+      {"a.sur", "b", "Failed to parse the extension of the export file name"},
+      {"a.sur", "b.SRF", "Extension .SRF of the export file name is not supported"},
+      {"a.sur", "b.rec", "Extension .rec of the export file name is not supported"},
+      {"a.sur", "b.SUR", same},
+      {"a.srf", "b.srf", same},
+      {"a.pro", "b.PRO", same},
+      {"a.pcd", "b.pcd", same},
+      {"surface.rep", "b.rep", same},
+      {"a.sur", "b.srf", onlyRecordings},
+      {"a.sur", "b.pro", onlyRecordings},
+      {"a.pcd", "b.csv", onlyRecordings},
+      {"a.pro", "b.CSV", onlyRecordings},
+      {"a.sur", "b.rep", "Failed to load sur file buffer"},
+      {"surface.rep", "", "No file was exported because the export file name isn't specified"},
+      {"surface.rep", "b.ovrec", "This conversion hasn't been implemented"},
+      {"surface.rec", "b.rep", "This conversion hasn't been implemented"},
+      {"surface.rep", "b.pro", notProfile},
+      {"profile.rep", "b.sur", notSurface},
+      {"profile.rep", "b.srf", notSurface},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.output);
+    SurfaceFileConverter converter;
+    if (row.input != nullptr) converter.importFile(row.input);
+    EXPECT_THAT(Failure(converter, [&](auto& c) { c.exportFile(row.output); }),
+                testing::EndsWith(": " + row.message));
+    EXPECT_FALSE(std::filesystem::exists(row.output));
+  }
+  SurfaceFileConverter recording;
+  recording.importFile("surface.rep");
+  EXPECT_EQ(Failure(recording, [](auto& c) { c.exportFile("b.rec", REC); }).substr(0, 5), "-1000");
+}
+
+TEST(WholeFile, IsReadAndWrittenWholeOrNotAtAll) {
+  const TempDirectory directory;
+  zBytes bytes = {1, 2};
+  WriteFile("empty", "");
+  EXPECT_EQ(Thrown([&] { ReadFileBuffer("empty", bytes); }),
+            "-997 ReadFileBuffer: The inputted file is empty");
+  EXPECT_EQ(bytes.size(), 2U);
+  for (const char* path : {"missing", ".", "no/file"}) {
+    EXPECT_EQ(Thrown([&] { ReadFileBuffer(path, bytes); }),
+              std::string("-997 ReadFileBuffer: Failed to open ") + path);
+  }
+  EXPECT_EQ(Thrown([&] { WriteBuffer(bytes, "no/file"); }),
+            "-997 WriteBuffer: Failed to open no/file");
+  WriteFile("long", std::string(100, 'x'));
+  WriteBuffer({'a', 'b'}, "long");
+  EXPECT_EQ(ReadFile("long"), "ab");
+  WriteBuffer({}, "long");
+  EXPECT_EQ(ReadFile("long"), "");
+  const Handle stream = MakeStream();
+  WriteStream(stream.Get(), "stream");
+  EXPECT_EQ(ReadFile("stream"), "");
+  MustBeOk(zStream_Write(stream.Get(), "whole", 5));  // leaves the position at the end
+  WriteStream(stream.Get(), "stream");
+  EXPECT_EQ(ReadFile("stream"), "whole");
+  if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "no full device";
+  EXPECT_EQ(Thrown([&] { WriteStream(stream.Get(), "/dev/full"); }),
+            "-997 WriteStream: Failed to write /dev/full");
+  EXPECT_TRUE(zFile_Exists("/dev/full"));
+}
+
+}  // namespace
