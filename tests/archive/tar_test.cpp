@@ -1,26 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 
-#include "sdk/archive.h"
-#include "support/scans.h"
+#include "support/archives.h"
 
 namespace {
 
 zAlloc Alloc() { return &zAllocator::Default(); }
-
-zBytes MakeArchive(const std::vector<std::pair<std::string, std::string>>& files) {
-  const Handle stream = MakeStream();
-  Handle tar;
-  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, Alloc()));
-  for (const auto& [name, content] : files) {
-    const bool directory = name.ends_with('/');
-    MustBeOk(zTar_BeginWrite(tar.Get(), name.c_str(), directory ? zTAR_DIRECTORY : zTAR_FILE,
-                             content.size()));
-    MustBeOk(zStream_Write(tar.Get(), content.data(), content.size()));
-  }
-  MustBeOk(tar.Release());
-  return BytesOf(stream.Get());
-}
 
 // Members as "name type size content", up to where the walk ends.
 std::vector<std::string> List(const zBytes& archive, zSize capacity = 512) {
@@ -42,8 +27,10 @@ std::vector<std::string> List(const zBytes& archive, zSize capacity = 512) {
 }
 
 TEST(Tar, ReadsBackItsOwnMembersAndWritesTheSameBytes) {
-  const std::vector<std::pair<std::string, std::string>> files = {
-      {"a.json", "{}"}, {"jobs/", ""}, {"empty", ""}, {std::string(150, 'n') + "/x", "long name"}};
+  const std::vector<Member> files = {{"a.json", "{}"},
+                                     {"jobs", "", zTAR_DIRECTORY},
+                                     {"empty", ""},
+                                     {std::string(150, 'n') + "/x", "long name"}};
   const zBytes archive = MakeArchive(files);
   EXPECT_EQ(MakeArchive(files), archive);
   EXPECT_THAT(List(archive), testing::ElementsAre("a.json 0 2 {}", "jobs/ 1 0 ", "empty 0 0 ",

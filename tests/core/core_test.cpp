@@ -4,8 +4,6 @@
 #include <filesystem>
 #include <limits>
 
-#include "sdk/geometry.h"
-#include "sdk/pipeline.h"
 #include "support/scans.h"
 
 namespace {
@@ -214,21 +212,6 @@ TEST(Directory, ListsTheNamesOfItsFilesInOrder) {
   EXPECT_FALSE(zDirectory_Exists(tooLong.c_str()));
   EXPECT_EQ(zDirectory_ListFiles(tooLong.c_str(), names.Get()), zERROR_NOT_FOUND);
   EXPECT_EQ(zDirectory_ListFiles(".", nullptr), zERROR_PARAMETER);
-}
-
-TEST(Libraries, StartAndHelp) {
-  Handle library;
-  EXPECT_EQ(zCoreLib_Construct(library.Out()), zOK);
-  EXPECT_EQ(MxLib_Construct(library.Out()), zOK);
-  EXPECT_EQ(PloviaLib_Construct(library.Out()), zOK);
-  EXPECT_EQ(zCoreLib_Construct(nullptr), zERROR_PARAMETER);
-  zTransform3d transform{};
-  EXPECT_EQ(zL3dTransform3d_Identity(&transform), zOK);
-  EXPECT_THAT(transform.elements, testing::ElementsAre(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0));
-  EXPECT_EQ(zL3dTransform3d_Identity(nullptr), zERROR_PARAMETER);
-  EXPECT_EQ(zStrCompare("a", "a"), 0);
-  EXPECT_LT(zStrCompare("a", "ab"), 0);
-  EXPECT_GT(zStrCompare("b", "ab"), 0);
 }
 
 }  // namespace

@@ -113,6 +113,17 @@ TEST_F(Program, ConvertsAndReports) {
                 "[INFO] Successfully exported 'd.rep'.\n");
 }
 
+TEST_F(Program, ConvertsTheExamples) {
+  std::filesystem::copy(EXAMPLES_DIR, ".", std::filesystem::copy_options::recursive);
+  EXPECT_EQ(RunProgram({"-i", "part.sur", "-o", "part.rep"}).exitCode, 0);
+  EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).exitCode, 0);
+  EXPECT_EQ(RunProgram({"-i", "scans.ovrec", "-f", "1", "-o", "frame.sur"}).exitCode, 0);
+  for (const char* side : {"Left", "Right"}) {
+    const std::string file = std::string("Frame-0001_") + side + ".sur";
+    EXPECT_EQ(ReadFile("frame-" + file), ReadFile("scans/scan-" + file));
+  }
+}
+
 // The last line of a run that fails.
 TEST_F(Program, SaysWhatIsWrong) {
   const std::string notRecording =

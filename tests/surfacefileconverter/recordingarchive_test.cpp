@@ -5,8 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sdk/archive.h"
-#include "support/scans.h"
+#include "support/archives.h"
 
 namespace {
 
@@ -17,24 +16,6 @@ zAlloc Alloc() { return &zAllocator::Default(); }
 zBytes Bytes(std::string_view text) {
   const auto* bytes = reinterpret_cast<const z8u*>(text.data());
   return {bytes, bytes + text.size()};
-}
-
-struct Member {
-  std::string name;
-  std::string content;
-  z32s type = zTAR_FILE;
-};
-
-zBytes MakeArchive(const std::vector<Member>& members) {
-  const Handle stream = MakeStream();
-  Handle tar;
-  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, Alloc()));
-  for (const Member& member : members) {
-    MustBeOk(zTar_BeginWrite(tar.Get(), member.name.c_str(), member.type, member.content.size()));
-    MustBeOk(zStream_Write(tar.Get(), member.content.data(), member.content.size()));
-  }
-  MustBeOk(tar.Release());
-  return BytesOf(stream.Get());
 }
 
 TEST(RecordingArchive, GivesTheLastReplayStream) {

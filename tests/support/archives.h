@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// Tar archives in memory.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sdk/archive.h"
+#include "support/scans.h"
+
+struct Member {
+  std::string name;
+  std::string content;
+  z32s type = zTAR_FILE;
+};
+
+inline zBytes MakeArchive(const std::vector<Member>& members) {
+  const Handle stream = MakeStream();
+  Handle tar;
+  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, &zAllocator::Default()));
+  for (const Member& member : members) {
+    MustBeOk(zTar_BeginWrite(tar.Get(), member.name.c_str(), member.type, member.content.size()));
+    MustBeOk(zStream_Write(tar.Get(), member.content.data(), member.content.size()));
+  }
+  MustBeOk(tar.Release());
+  return BytesOf(stream.Get());
+}
