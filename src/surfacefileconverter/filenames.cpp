@@ -58,6 +58,7 @@ std::vector<std::string> GetAppendedFileNames(const std::string& basePath,
   if (appendices.empty()) return {};
   const SplitPath base(basePath, "GetAppendedFileNames");
   std::vector<std::string> names;
+  names.reserve(appendices.size());
   for (const std::string& appendix : appendices) {
     names.push_back(base.stem + "_" + appendix + base.extension);
   }

@@ -90,7 +90,7 @@ class FrameFiles {
       found.push_back(entry->file);
     }
     std::ranges::sort(found);
-    found.erase(std::ranges::unique(found).begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     return found;
   }
 

@@ -21,7 +21,7 @@ class File : public sdk::Stream {
  public:
   File(std::FILE* file, zAlloc alloc) noexcept : file_(file), alloc_(alloc) {}
   ~File() override {
-    if (file_ != nullptr) std::fclose(file_);
+    if (file_ != nullptr) static_cast<void>(std::fclose(file_));
   }
 
   zStatus Finish() noexcept override {
@@ -100,7 +100,7 @@ zStatus zFile_Construct(zFile* file, const char* path, z32s mode, zAlloc alloc) 
   std::FILE* opened = std::fopen(path, mode == zFILE_READ ? "rb" : "wb");
   if (opened == nullptr) return zERROR_NOT_FOUND;
   auto made = sdk::Make<File>(opened, alloc);
-  if (made == nullptr) std::fclose(opened);
+  if (made == nullptr) static_cast<void>(std::fclose(opened));
   return sdk::HandOut(file, std::move(made));
 }
 

@@ -178,7 +178,7 @@ class Formatter {
     const int size = std::snprintf(nullptr, 0, format.c_str(), value);
     if (size <= 0) return;
     std::string printed(static_cast<std::size_t>(size) + 1, '\0');
-    std::snprintf(printed.data(), printed.size(), format.c_str(), value);
+    static_cast<void>(std::snprintf(printed.data(), printed.size(), format.c_str(), value));
     printed.pop_back();
     text_ += printed;
   }
