@@ -50,12 +50,11 @@ void SurfaceFileConverter::importFile(std::string fileName) {
       break;
     case REC:
     case REP:
-      // The file is the replay stream; moved, because recordings can be as large as the memory.
-      replayBuffer = std::move(fileBuffer);
+      replayBuffer = fileBuffer;
       importRecording();
       break;
     case OVREC:
-      GetReplayData(fileBuffer, replayBuffer, allocator);
+      replayBuffer = GetReplayData(fileBuffer, allocator);
       importRecording();
       break;
     default:

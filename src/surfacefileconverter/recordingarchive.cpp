@@ -37,11 +37,13 @@ zStatus CopyIntoMember(zTar tar, const char* memberName, const std::string& sour
   return status == zOK ? released : status;
 }
 
-// Walks a whole archive in memory for the last file member of a name; `failedRead` says what to
-// report when its content cannot be read. `content` is empty when there is no such member.
+// Walks a whole archive in memory for the last file member of a name and gives its content where it
+// lies in the archive, empty when there is no such member. `failedRead` reports what cannot be
+// read.
 template <class FailedRead>
-void ReadLastMember(const zBytes& archive, const std::string& memberName, zBytes& content,
-                    zAlloc alloc, const Require& require, const FailedRead& failedRead) {
+std::span<const z8u> FindLastMember(const zBytes& archive, const std::string& memberName,
+                                    zAlloc alloc, const Require& require,
+                                    const FailedRead& failedRead) {
   Handle stream;
   Handle tar;
   require(__LINE__, zMemory_Construct(stream.Out(), alloc), "Failed to construct zMemory");
@@ -49,17 +51,18 @@ void ReadLastMember(const zBytes& archive, const std::string& memberName, zBytes
           "Failed to attach a buffer to a stream");
   require(__LINE__, zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, alloc),
           "Failed to construct zTar");
-  content.clear();
+  std::span<const z8u> found;
   char name[kNameCapacity];
   z32s type = zTAR_OTHER;
   z64u size = 0;
   while (zTar_BeginRead(tar.Get(), name, sizeof name, &type, &size) == zOK) {
     if (type != zTAR_FILE || zStrCompare(name, memberName.c_str()) != 0) continue;
-    if (size > archive.size()) failedRead(zERROR_FORMAT);  // before memory is taken for it
-    content.resize(static_cast<zSize>(size));
-    const zStatus status = zStream_Read(tar.Get(), content.data(), content.size());
+    const void* content = nullptr;
+    const zStatus status = zTar_View(tar.Get(), &content, size);
     if (status != zOK) failedRead(status);
+    found = {static_cast<const z8u*>(content), size};
   }
+  return found;
 }
 
 }  // namespace
@@ -101,20 +104,23 @@ void WriteReplayData(const zBytes& replay, const std::string& configPath,
   }
 }
 
-void GetReplayData(const zBytes& recording, zBytes& replay, zAlloc alloc) {
+std::span<const z8u> GetReplayData(const zBytes& recording, zAlloc alloc) {
   const Require require{"GetReplayData"};
-  ReadLastMember(recording, "replay/buffer", replay, alloc, require, [&](zStatus status) {
-    require(__LINE__, status, "Failed to read the replay buffer");
-  });
+  const std::span<const z8u> replay = FindLastMember(
+      recording, "replay/buffer", alloc, require,
+      [&](zStatus status) { require(__LINE__, status, "Failed to read the replay buffer"); });
   if (replay.empty()) require(__LINE__, kBadInput, "The replay buffer is empty");
+  return replay;
 }
 
 void GetResourceData(const zBytes& recording, const std::string& memberName, zBytes& content,
                      zAlloc alloc) {
   const Require require{"GetResourceData"};
-  ReadLastMember(recording, memberName, content, alloc, require, [&](zStatus status) {
-    require(__LINE__, status, "Failed to read the resource buffer (%s)", memberName);
-  });
+  const std::span<const z8u> found =
+      FindLastMember(recording, memberName, alloc, require, [&](zStatus status) {
+        require(__LINE__, status, "Failed to read the resource buffer (%s)", memberName);
+      });
+  content.assign(found.begin(), found.end());
 }
 
 bool GetScannerConfig(const zBytes& job, const std::string& scannerId, nlohmann::json& scanner,

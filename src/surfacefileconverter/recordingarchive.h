@@ -5,6 +5,7 @@
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
+#include <span>
 #include <string>
 
 #include "sdk/object.h"
@@ -16,9 +17,9 @@ void WriteReplayData(const zBytes& replay, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc);
 
-// The replay stream of a recording. Of several the last one counts; none, or an empty one, is an
-// error.
-void GetReplayData(const zBytes& recording, zBytes& replay, zAlloc alloc);
+// The replay stream of a recording, where it lies in the recording. Of several the last one counts;
+// none, or an empty one, is an error.
+std::span<const z8u> GetReplayData(const zBytes& recording, zAlloc alloc);
 
 // The content of any file member, empty when there is none. Of several the last one counts.
 void GetResourceData(const zBytes& recording, const std::string& memberName, zBytes& content,

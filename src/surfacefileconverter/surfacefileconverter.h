@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -79,8 +80,8 @@ class SurfaceFileConverter {
   bool imported = false;
   bool recording = false;
   FileType fileType = SRF;
-  zBytes fileBuffer;    // the whole imported file
-  zBytes replayBuffer;  // the recording's replay stream
+  zBytes fileBuffer;                  // the whole imported file
+  std::span<const z8u> replayBuffer;  // the recording's replay stream, a part of fileBuffer
   std::vector<ReplaySourceInfo> scannerInfos;
   std::vector<std::string> scannerFileTags;  // one per entry of scannerInfos
   DataSourceType dataSourceType = UNKNOWN_DATA_SOURCE;

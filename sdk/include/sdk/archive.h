@@ -25,6 +25,9 @@ zStatus zTar_Construct(zTar* tar, zStream stream, z32s mode, zAlloc alloc) noexc
 // it. A name that does not fit into `capacity` bytes with its final zero is cut, and its member is
 // announced as zTAR_OTHER. Fails at the end of the archive and where it is damaged.
 zStatus zTar_BeginRead(zTar tar, char* name, zSize capacity, z32s* type, z64u* size) noexcept;
+// Gives the current member's content where it lies in the memory stream, before any of it is read;
+// fails unless all `size` bytes are there in one piece.
+zStatus zTar_View(zTar tar, const void** content, zSize size) noexcept;
 // Starts a member of `size` bytes; a directory has 0.
 zStatus zTar_BeginWrite(zTar tar, const char* name, z32s type, z64u size) noexcept;
 // Writes a whole file member of `size` bytes from `source`, which is open for reading.

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -62,7 +63,7 @@ class ReplaySerializer {
 
   // Checks the stream's structure and checksums. The bytes must stay in place until the last
   // read; the messages that were read do not depend on them.
-  void LoadBuffer(const zBytes& replay);
+  void LoadBuffer(std::span<const z8u> replay);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
 

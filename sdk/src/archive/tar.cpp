@@ -57,6 +57,18 @@ class TarReader : public Tar {
     return zOK;
   }
 
+  zStatus View(const void** content, zSize size) noexcept {
+    const void* block = nullptr;
+    size_t blockSize = 0;
+    la_int64_t offset = 0;
+    if (size > 0) {
+      const int result = archive_read_data_block(archive_.get(), &block, &blockSize, &offset);
+      if (result != ARCHIVE_OK || offset != 0 || blockSize != size) return zERROR_STREAM;
+    }
+    *content = block;
+    return zOK;
+  }
+
   zStatus Write(const void*, zSize) noexcept override { return zERROR_STREAM; }
 
  private:
@@ -159,6 +171,11 @@ zStatus zTar_BeginRead(zTar tar, char* name, zSize capacity, z32s* type, z64u* s
   if (reader == nullptr || name == nullptr || capacity == 0) return zERROR_PARAMETER;
   if (type == nullptr || size == nullptr) return zERROR_PARAMETER;
   return reader->Begin(name, capacity, *type, *size);
+}
+
+zStatus zTar_View(zTar tar, const void** content, zSize size) noexcept {
+  TarReader* reader = sdk::As<TarReader>(tar);
+  return reader == nullptr || content == nullptr ? zERROR_PARAMETER : reader->View(content, size);
 }
 
 zStatus zTar_BeginWrite(zTar tar, const char* name, z32s type, z64u size) noexcept {

@@ -61,7 +61,7 @@ ReplaySerializer::Reader& ReplaySerializer::Loaded(const char* function) const {
   return *reader_;
 }
 
-void ReplaySerializer::LoadBuffer(const zBytes& replay) {
+void ReplaySerializer::LoadBuffer(std::span<const z8u> replay) {
   reader_ = Guarded("Plovia::ReplaySerializer::LoadBuffer",
                     [&] { return std::make_unique<Reader>(replay); });
 }
