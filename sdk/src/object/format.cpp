@@ -148,8 +148,11 @@ class Formatter {
 
   bool PrintCharacter(const Conversion& conversion, const FormatArgument& argument) {
     const auto* code = std::get_if<long long>(&argument);
-    if (code == nullptr) return false;
-    const char character = static_cast<char>(static_cast<unsigned char>(*code));
+    const auto* natural = std::get_if<unsigned long long>(&argument);  // where char is unsigned
+    if (code == nullptr && natural == nullptr) return false;
+    const auto byte = static_cast<unsigned char>(
+        code != nullptr ? static_cast<unsigned long long>(*code) : *natural);
+    const char character = static_cast<char>(byte);
     Pad(conversion, {&character, 1});
     return true;
   }
