@@ -3,8 +3,8 @@
 #include <stdexcept>
 
 #include "commandargsoperator/commandargsoperator.h"
-#include "commandargsoperator/numbers.h"
 #include "console.h"
+#include "numbers.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <map>
 
-#include "commandargsoperator/numbers.h"
 #include "getfilestream/getfilestream.h"
+#include "numbers.h"
 #include "surfacefileconverter/failure.h"
 #include "surfacefileconverter/surfacefileconverter.h"
 #include "surfacefileconverter/wholefile.h"

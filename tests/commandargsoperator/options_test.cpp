@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "commandargsoperator/commandargsoperator.h"
-#include "commandargsoperator/numbers.h"
+#include "numbers.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commandargsoperator/numbers.h"
+#include "numbers.h"
 
 #include <cerrno>
 #include <cstdlib>

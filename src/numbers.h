@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Numbers from option values.
+// Numbers from texts: option values, indexes in file names.
 #pragma once
 
 #include <string>
