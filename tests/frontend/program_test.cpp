@@ -124,6 +124,26 @@ TEST_F(Program, ConvertsTheExamples) {
   }
 }
 
+TEST_F(Program, ExchangesArchivesWithTar) {
+  if (std::system("tar --version >tar.txt 2>&1") != 0) GTEST_SKIP() << "no tar";
+  const std::string longName = std::string(150, 'd') + "/" + std::string(150, 'f');
+  std::filesystem::create_directories("replay/" + std::string(150, 'd'));
+  WriteFile("replay/" + longName, "long name");
+  std::filesystem::create_symlink("buffer", "replay/a link");
+  std::filesystem::copy_file("a.rep", "replay/buffer");
+  for (const char* format : {"gnu", "posix"}) {
+    const std::string command = std::string("tar --format=") + format + " -cf x.ovrec replay";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(RunProgram({"-i", "x.ovrec", "-o", "b.sur"}).exitCode, 0) << format;
+  }
+  std::filesystem::copy(EXAMPLES_DIR "/config", "config", std::filesystem::copy_options::recursive);
+  EXPECT_EQ(RunProgram({"-i", "a.sur", "-o", "y.ovrec"}).exitCode, 0);
+  ASSERT_EQ(std::system("tar -tf y.ovrec >tar.txt"), 0);
+  EXPECT_EQ(ReadFile("tar.txt"),
+            "config.json\njobs/\njobs/config.json\njobs/live/\n"
+            "jobs/live/_live.ovjob\nreplay/\nreplay/buffer\n");
+}
+
 // The last line of a run that fails.
 TEST_F(Program, SaysWhatIsWrong) {
   const std::string notRecording =
