@@ -37,7 +37,8 @@ function describe(payload) {
     highest = Math.max(highest, raw);
   }
   const real = (raw) => Number((raw * scaleZ + offsetZ).toPrecision(6));
-  return `${size.join(" x ")}, ${count} valid heights from ${real(lowest)} to ${real(highest)}`;
+  const extent = count > 0 ? ` from ${real(lowest)} to ${real(highest)}` : "";
+  return `${size.join(" x ")}, ${count} valid heights${extent}`;
 }
 
 const reader = new McapStreamReader({ validateCrcs: true });

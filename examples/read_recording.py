@@ -67,5 +67,8 @@ for opcode, content in records(stream[8:]):
     heights = [h for h in struct.unpack_from(f"<{count}h", payload, start) if h != -32768]
     offset_z = surface.Get(Float64Flags, field(surface, 5) + 16)
     scale_z = surface.Get(Float64Flags, field(surface, 6) + 16)
-    print(f"{topics[channel]} {width} x {rows}, {len(heights)} valid heights from "
-          f"{min(heights) * scale_z + offset_z:g} to {max(heights) * scale_z + offset_z:g}")
+    extent = ""
+    if heights:
+        lowest, highest = (h * scale_z + offset_z for h in (min(heights), max(heights)))
+        extent = f" from {lowest:g} to {highest:g}"
+    print(f"{topics[channel]} {width} x {rows}, {len(heights)} valid heights{extent}")

@@ -3,6 +3,7 @@
 import { crc32 } from "@foxglove/crc";
 import zstd from "@foxglove/wasm-zstd";
 import { McapIndexedReader, McapStreamReader, McapWriter, TempBuffer } from "@mcap/core";
+import lz4 from "lz4js";
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { copyFileSync, mkdtempSync, readFileSync, rmSync, symlinkSync, writeFileSync } from "node:fs";
@@ -14,6 +15,7 @@ import { decodeScanMessage } from "./scan_message.mjs";
 
 const tool = process.env.TRELVANE_REPLAY;
 const bfbs = readFileSync(process.env.TRELVANE_BFBS);
+const examples = path.resolve("../../examples");
 const folder = mkdtempSync(path.join(tmpdir(), "trelvane-interop-"));
 const decompressHandlers = { zstd: (data, size) => zstd.decompress(data, Number(size)) };
 
@@ -36,6 +38,12 @@ function streamRecords(bytes) {
   return records;
 }
 
+async function all(items) {
+  const list = [];
+  for await (const item of items) list.push(item);
+  return list;
+}
+
 const ofType = (records, type) => records.filter((record) => record.type === type);
 
 before(async () => {
@@ -51,12 +59,16 @@ after(() => rmSync(folder, { recursive: true }));
 
 describe("the public library reads our recordings", () => {
   const sources = [
-    ["Top", "Top side", "14", "0", "0"],
-    ["Cloud", "Cloud", "15", "0", "1"],
-    ["Line", "Line", "12", "0", "18446744073709551615"],
-    ["Trace", "Trace ä", "13", "0", "0"],
-    ["Many", "Many", "14", "1", "0"],
+    ["0", "Top", "Top side", "14", "0", "0"],
+    ["0", "Cloud", "Cloud", "15", "0", "1"],
+    ["0", "Line", "Line", "12", "0", "18446744073709551615"],
+    ["0", "Trace", "Trace ä", "13", "0", "0"],
+    ["0", "Many", "Many", "14", "1", "0"],
+    ["1", "Left", "Left", "14", "0", "2"],
   ];
+  const scannerIds = ["Scanner-0", "Scanner-ü"];
+  // Of the 8 messages of a frame; the second scanner's source takes the surplus one too.
+  const channelOf = (message) => Math.min(message % 8, 6);
 
   for (const layout of layouts) {
     test(`record by record, ${layout}`, () => {
@@ -67,6 +79,7 @@ describe("the public library reads our recordings", () => {
         [
           ["recording", [["layout", layout], ["version", "1"]]],
           ["scanner", [["family", "r4xxx"], ["id", "Scanner-0"], ["name", "Scanner 0"]]],
+          ["scanner", [["family", "r4xxx"], ["id", "Scanner-ü"], ["name", "Scanner ü"]]],
         ],
       );
       const schemas = ofType(records, "Schema");
@@ -80,22 +93,22 @@ describe("the public library reads our recordings", () => {
       ]);
       const expected = [
         [0, 0, "/frame_index", "json", []],
-        ...sources.map(([name, display, type, arrayed, reserved], i) => [
-          i + 1, 1, `/Scanner-0/${name}`, "flatbuffer",
-          [["scanner", "0"], ["name", name], ["display_name", display], ["data_type", type],
+        ...sources.map(([scanner, name, display, type, arrayed, reserved], i) => [
+          i + 1, 1, `/${scannerIds[scanner]}/${name}`, "flatbuffer",
+          [["scanner", scanner], ["name", name], ["display_name", display], ["data_type", type],
            ["arrayed", arrayed], ["reserved", reserved]],
         ]),
       ];
       assert.deepEqual(channels, [...expected, ...expected]);
 
       const messages = ofType(records, "Message");
-      assert.equal(messages.length, 18);
+      assert.equal(messages.length, 24);
       messages.forEach((message, i) => {
-        const frame = Math.floor(i / 6);
-        assert.equal(message.channelId, i % 6);
+        const frame = Math.floor(i / 8);
+        assert.equal(message.channelId, channelOf(i));
         assert.equal(message.sequence, frame);
         assert.equal(message.logTime, BigInt(frame) * 100_000_000n);
-        if (i % 6 === 0) {
+        if (i % 8 === 0) {
           assert.equal(Buffer.from(message.data).toString(), `{"index":${40 + frame}}`);
           assert.equal(message.publishTime, 0n);
         } else {
@@ -120,30 +133,52 @@ describe("the public library reads our recordings", () => {
   }
 
   test("through its index", async () => {
-    const reader = await McapIndexedReader.Initialize({ readable: new TempBuffer(recordings.segmented) });
-    assert.equal(reader.chunkIndexes.length, 1);
-    assert.equal(reader.metadataIndexes.length, 2);
+    const bytes = recordings.segmented;
+    const reader = await McapIndexedReader.Initialize({ readable: new TempBuffer(bytes) });
+    // Each offset leads to a record of its kind, and the groups of the summary leave no gap.
+    let position = reader.footer.summaryStart;
+    for (const { groupOpcode, groupStart, groupLength } of reader.summaryOffsetsByOpcode.values()) {
+      assert.deepEqual([groupStart, bytes[groupStart]], [position, groupOpcode]);
+      position += groupLength;
+    }
+    assert.equal(position, reader.footer.summaryOffsetStart);
     assert.deepEqual([...reader.summaryOffsetsByOpcode.keys()], [0x03, 0x04, 0x0b, 0x0d, 0x08]);
+    assert.deepEqual(reader.metadataIndexes.map(({ offset }) => bytes[offset]), [0x0c, 0x0c, 0x0c]);
+
+    assert.equal(reader.chunkIndexes.length, 1);
+    const [chunk] = reader.chunkIndexes;
+    const indexes = [...chunk.messageIndexOffsets.values()];
+    const afterChunk = chunk.chunkStartOffset + chunk.chunkLength;
+    assert.deepEqual([bytes[chunk.chunkStartOffset], indexes[0]], [0x06, afterChunk]);
+    assert.deepEqual(indexes.map((offset) => bytes[offset]), Array(7).fill(0x07));
+    assert.equal(bytes[afterChunk + chunk.messageIndexLength], 0x0f);
+    assert.deepEqual(
+      [chunk.messageStartTime, chunk.messageEndTime, chunk.compression, chunk.compressedSize],
+      [0n, 200_000_000n, "", chunk.uncompressedSize],
+    );
     const { statistics } = reader;
     assert.deepEqual(
       [statistics.messageCount, statistics.schemaCount, statistics.channelCount,
        statistics.metadataCount, statistics.chunkCount, statistics.messageStartTime,
        statistics.messageEndTime, [...statistics.channelMessageCounts]],
-      [18n, 1, 6, 2, 1, 0n, 200_000_000n, [0, 1, 2, 3, 4, 5].map((channel) => [channel, 3n])],
+      [24n, 1, 7, 3, 1, 0n, 200_000_000n,
+       [3n, 3n, 3n, 3n, 3n, 3n, 6n].map((count, channel) => [channel, count])],
     );
-    const topics = [];
-    for await (const message of reader.readMessages({ validateCrcs: true, topics: ["/Scanner-0/Line"] })) {
-      topics.push([message.channelId, message.sequence, decodeScanMessage(message.data).kind]);
+
+    const messages = ofType(streamRecords(bytes), "Message");
+    assert.deepEqual(await all(reader.readMessages({ validateCrcs: true })), messages);
+    for (const [id, { topic }] of reader.channelsById) {
+      const ofChannel = messages.filter(({ channelId }) => channelId === id);
+      assert.deepEqual(await all(reader.readMessages({ validateCrcs: true, topics: [topic] })), ofChannel);
     }
-    assert.deepEqual(topics, [[3, 0, "profile"], [3, 1, "profile"], [3, 2, "profile"]]);
-    for await (const metadata of reader.readMetadata({ name: "scanner" })) {
-      assert.equal(metadata.metadata.get("id"), "Scanner-0");
-    }
+    const scanners = await all(reader.readMetadata({ name: "scanner" }));
+    assert.deepEqual(scanners.map(({ metadata }) => metadata.get("id")), scannerIds);
   });
 
   test("and a payload holds the scan", () => {
-    const [, surface, cloud, profile, trace, array] = ofType(streamRecords(recordings.classic), "Message")
-      .map((message, i) => (i % 6 === 0 ? null : decodeScanMessage(message.data)));
+    const messages = ofType(streamRecords(recordings.classic), "Message");
+    const [, surface, cloud, profile, trace, array, empty, invalid] = messages
+      .map((message, i) => (i % 8 === 0 ? null : decodeScanMessage(message.data)));
     assert.deepEqual(surface, {
       kind: "surface", width: 5, length: 3, pointType: "height",
       points: Array.from({ length: 15 }, (_, i) => 1000 + i),
@@ -158,23 +193,33 @@ describe("the public library reads our recordings", () => {
     assert.equal(profile.intensities.length, 7);
     assert.deepEqual([trace.pointType, trace.points.length], ["point2d", 14]);
     assert.deepEqual(array.items.map((item) => item.pointType), ["height", "point3d"]);
+    assert.deepEqual([empty.width, empty.length, empty.points], [0, 4, []]);
+    assert.deepEqual(invalid.points, [-32768, -32768]);
   });
 
-  test("and finds a changed byte", () => {
+  test("and finds a changed byte", async () => {
     const changed = Uint8Array.from(recordings.segmented);
-    const { summaryStart } = ofType(streamRecords(changed), "Footer")[0];
-    changed[Number(summaryStart) / 2] ^= 1;
+    const sound = await McapIndexedReader.Initialize({ readable: new TempBuffer(changed) });
+    const [chunk] = sound.chunkIndexes;
+    changed[chunk.chunkStartOffset + chunk.chunkLength - 1n] ^= 1; // the last point's
     assert.throws(() => streamRecords(changed), /CRC/);
+    const reader = await McapIndexedReader.Initialize({ readable: new TempBuffer(changed) });
+    await assert.rejects(all(reader.readMessages({ validateCrcs: true })), /CRC/);
     assert.throws(() => list(changed), /checksum of the chunk/);
+
+    const classic = Uint8Array.from(recordings.classic);
+    const { summaryStart } = ofType(streamRecords(classic), "Footer")[0];
+    classic[summaryStart - 14n] ^= 1; // in front of the data section's end
+    assert.throws(() => list(classic), /checksum of the data section/);
   });
 });
 
 describe("the example programs read our recordings", () => {
-  const examples = path.resolve("../../examples");
   const expected = [40, 41, 42].map((frame) =>
     [`frame ${frame}`, "/Scanner-0/Top 5 x 3, 15 valid heights from 3 to 3",
      "/Scanner-0/Cloud 2 x 3 point cloud", "/Scanner-0/Line holds no surface",
-     "/Scanner-0/Trace holds no surface", "/Scanner-0/Many holds no surface\n"].join("\n"),
+     "/Scanner-0/Trace holds no surface", "/Scanner-0/Many holds no surface",
+     "/Scanner-ü/Left 0 x 4, 0 valid heights", "/Scanner-ü/Left 2 x 1, 0 valid heights\n"].join("\n"),
   ).join("");
 
   for (const layout of layouts) {
@@ -230,8 +275,23 @@ async function rewrite(layout, options, { shifted = false, extra = false } = {})
   return buffer.get();
 }
 
+test("the page on recordings shows the example programs as they are", () => {
+  const unindented = (text) => text.replace(/^ +/gm, "");
+  const page = readFileSync("../../docs/recordings.md", "utf8");
+  const excerpts = [...page.matchAll(/^```(python|js)\n([^]*?)^```/gm)];
+  assert.deepEqual(excerpts.map(([, language]) => language), ["python", "js"]);
+  excerpts.forEach(([, , excerpt], i) => {
+    const name = ["read_recording.py", "read_recording.mjs"][i];
+    const example = readFileSync(path.join(examples, name), "utf8");
+    assert.ok(unindented(example).includes(unindented(excerpt)), name);
+  });
+});
+
 describe("we read what the public library writes", () => {
-  const compressChunk = (data) => ({ compression: "zstd", compressedData: zstd.compress(data) });
+  const compressors = {
+    zstd: { compressChunk: (data) => ({ compression: "zstd", compressedData: zstd.compress(data) }) },
+    lz4: { compressChunk: (data) => ({ compression: "lz4", compressedData: lz4.compress(data) }) },
+  };
   const bare = {
     useStatistics: false, useSummaryOffsets: false, repeatSchemas: false, repeatChannels: false,
     useMessageIndex: false, useChunkIndex: false, useMetadataIndex: false, useAttachmentIndex: false,
@@ -240,12 +300,13 @@ describe("we read what the public library writes", () => {
     ["one chunk", "segmented", { chunkSize: 100_000_000 }, {}],
     ["a chunk for every few messages", "segmented", { chunkSize: 600 }, {}],
     ["a chunk for every message", "segmented", { chunkSize: 1 }, {}],
-    ["compressed chunks", "segmented", { chunkSize: 1000, compressChunk }, {}],
+    ["zstd chunks", "segmented", { chunkSize: 1000, ...compressors.zstd }, {}],
+    ["lz4 chunks", "segmented", { chunkSize: 1000, ...compressors.lz4 }, {}],
     ["other ids and strange records", "segmented", { chunkSize: 500 }, { shifted: true, extra: true }],
     ["no summary", "segmented", { chunkSize: 500, ...bare }, {}],
     ["no chunks", "classic", { useChunks: false }, {}],
     ["no chunks, no summary, other ids", "classic", { useChunks: false, ...bare }, { shifted: true }],
-    ["chunks", "classic", { chunkSize: 700, compressChunk }, { extra: true }],
+    ["chunks", "classic", { chunkSize: 700, ...compressors.zstd }, { extra: true }],
   ];
   for (const [name, layout, options, changes] of cases) {
     test(`${name} (${layout})`, async () => {

@@ -10,9 +10,20 @@
 
 namespace {
 
+// Two scanners and three frames. The second scanner has one source for the frame's last two
+// messages, an empty surface and one without a valid point.
 int Make(bool classic, const char* path) {
-  const zBytes stream =
-      WriteRecording(MakeScanner(), {MakeFrame(1), MakeFrame(2), MakeFrame(3)}, classic);
+  Plovia::ReplaySerializer serializer;
+  serializer.WriteScannerInfo(
+      {MakeScanner(),
+       {"r4xxx", "Scanner-\xC3\xBC", "Scanner \xC3\xBC", {{"Left", "Left", 14, 0, 2}}}});
+  for (const int seed : {1, 2, 3}) {
+    serializer.WriteIndexInfo(static_cast<z32u>(39 + seed));
+    for (const Handle& message : MakeFrame(seed)) serializer.WriteData(message);
+    serializer.WriteData(MakeSurface(0, 4, {}));
+    serializer.WriteData(MakeSurface(2, 1, {kInvalidRaw, kInvalidRaw}));
+  }
+  const zBytes stream = serializer.GetReplayFile(classic);
   std::ofstream file(path, std::ios::binary);
   file.write(reinterpret_cast<const char*>(stream.data()), std::ssize(stream));
   return file.flush() ? 0 : 1;
