@@ -39,6 +39,7 @@ void SurfaceFileConverter::importFile(std::string fileName) {
   inputBaseName = fileName.substr(0, dot);
   imported = false;
   frameIndex = 0;
+  replayBuffer = {};  // a part of the bytes that are read over now
   ReadFileBuffer(fileName, fileBuffer);
   switch (fileType) {
     case SRF:

@@ -109,6 +109,7 @@ void SurfaceFileConverter::importFiles(std::string directory) {
   multiFrameCount = -1;
   scannerFileTags.clear();
   inputFiles.clear();
+  replayBuffer = {};  // the export reads over the bytes it is a part of
   const std::string extension = ExtensionOf(names.front());
   const std::size_t markerPosition = names.front().find(kFrameMarker);
   for (const std::string& name : names) {

@@ -16,7 +16,9 @@ void RemoveTruncatedFile(const std::string& path) {
 }
 
 void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  std::ofstream file;
+  // A name with a zero in it, as a recording may suggest, would be cut there.
+  if (path.find('\0') == std::string::npos) file.open(path, std::ios::binary | std::ios::trunc);
   if (!file.is_open()) {
     throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to open " + path);
   }

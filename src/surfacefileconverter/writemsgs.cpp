@@ -63,7 +63,8 @@ void SurfaceFileConverter::writeMsgs(const std::vector<Plovia::ReplayFrame>& fra
     if (!IsWritten(scannerInfos[j])) continue;
     // A frame may be shorter than the first one; what is missing is an empty handle.
     const Orv::Object<void*> message = j < frame.size() ? frame[j] : Orv::Object<void*>();
-    const std::string& tag = scannerFileTags[j];
+    // A directory import that failed may have emptied the tags.
+    const std::string tag = j < scannerFileTags.size() ? scannerFileTags[j] : "";
     if (scannerInfos[j].arrayed == 0) {
       write(message, onlyFile ? exportName : GetIndexFileName(exportName, "Frame", index, tag));
       continue;

@@ -126,6 +126,7 @@ class TarWriter : public Tar {
   zStatus Read(void*, zSize) noexcept override { return zERROR_STREAM; }
 
   zStatus Finish() noexcept override {
+    if (archive_ == nullptr) return zOK;  // never opened
     const bool whole = left_ == 0;
     const zStatus status = Check(archive_write_close(archive_.get()));
     return whole ? status : zERROR_STREAM;
