@@ -68,7 +68,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   const bool startAnew = getFileSize(kLogName) > kLongestLog;
-  std::ofstream log(kLogName, startAnew ? std::ios::trunc : std::ios::app);
+  std::ofstream log(kLogName, std::ios::binary | (startAnew ? std::ios::trunc : std::ios::app));
   if (!log.is_open()) {
     consoleStatus("[ERROR] ", "Failed to open the log file");
     return 1;

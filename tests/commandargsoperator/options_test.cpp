@@ -64,7 +64,7 @@ TEST(Numbers, AreReadLikeTheStandardConversions) {
   for (const char* text : {"", "(1", ".", "+-1", "e5"}) {
     EXPECT_EQ(Failure([&] { parseReal(text); }), "invalid stod argument") << text;
   }
-  for (const char* text : {"1e999", "-1e999"}) {
+  for (const char* text : {"1e999", "-1e999", "1e-400"}) {
     EXPECT_EQ(Failure([&] { parseReal(text); }), "stod argument out of range") << text;
   }
 }

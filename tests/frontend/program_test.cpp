@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The program as an operator runs it.
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
+#include <map>
 
 #include "support/recordings.h"
+#include "support/run_program.h"
 #include "support/sur_file.h"
 #include "support/temp_directory.h"
 
@@ -16,30 +16,11 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// Runs the program in the current directory; gives its exit code and its standard output, and fails
-// when there is standard error.
-struct Outcome {
-  int exitCode;
-  std::string output;
-};
-
-Outcome RunProgram(std::vector<std::string> args) {
-  args.insert(args.begin(), TRELVANE_PROGRAM);
-  std::vector<char*> argv;
-  for (std::string& arg : args) argv.push_back(arg.data());
-  argv.push_back(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    if (std::freopen("stdout.txt", "w", stdout) != nullptr &&
-        std::freopen("stderr.txt", "w", stderr) != nullptr) {
-      execv(argv[0], argv.data());
-    }
-    std::_Exit(99);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(ReadFile("stderr.txt"), "");
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile("stdout.txt")};
+// Runs the program, which never writes to standard error.
+Outcome RunProgram(const std::vector<std::string>& args) {
+  Outcome outcome = ::RunProgram(TRELVANE_PROGRAM, args);
+  EXPECT_EQ(outcome.errors, "");
+  return outcome;
 }
 
 const std::string kBanner = "Trelvane 1.0.0.4\n";
@@ -142,6 +123,16 @@ TEST_F(Program, ExchangesArchivesWithTar) {
   EXPECT_EQ(ReadFile("tar.txt"),
             "config.json\njobs/\njobs/config.json\njobs/live/\n"
             "jobs/live/_live.ovjob\nreplay/\nreplay/buffer\n");
+}
+
+TEST_F(Program, TakesANameForAFormat) {
+  for (const auto& [name, shown] : std::map<std::string, std::string>{
+           {"a%%b", "a%b"}, {"50% - 60%", "50% - 60%"}, {"%s%n", "%s%n"}}) {
+    const std::string file = name + ".rep";
+    EXPECT_THAT(RunProgram({"-i", "a.sur", "-o", file}).output,
+                EndsWith("[INFO] Successfully exported '" + shown + ".rep'.\n"));
+    EXPECT_TRUE(std::filesystem::exists(file));
+  }
 }
 
 // The last line of a run that fails.

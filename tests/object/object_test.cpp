@@ -26,6 +26,9 @@ TEST(Format, PrintsAsItStandsWhatHasNoArgument) {
                            "%5", "%l", "%*d", "%.*f", "%y", "%-", "%.", "a%sb%fc%n"}) {
     EXPECT_EQ(Format(text), text);
   }
+  for (const char* text : {"%.-5d", "%lhd", "%hhhd", "%5%", "from 50% - 60%."}) {
+    EXPECT_EQ(Format(text, 1), text);
+  }
   EXPECT_EQ(Format("%n%y%d", 1), "%n%y1");
   EXPECT_EQ(Format("%s %d", 1, "text"), "%s 1");
   EXPECT_EQ(Format("%d %s", "text", 1), "%d text");

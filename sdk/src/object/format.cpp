@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <optional>
@@ -44,6 +45,11 @@ class Formatter {
   // Replaces the conversion at the start of what is left; false, with nothing used, for one that
   // is malformed or has no argument of its kind.
   bool Convert() {
+    if (left_.starts_with("%%")) {
+      text_ += '%';
+      left_.remove_prefix(2);
+      return true;
+    }
     const std::string_view leftBefore = left_;
     const FormatArgument* const nextBefore = next_;
     left_.remove_prefix(1);
@@ -70,7 +76,7 @@ class Formatter {
       if (!conversion.precision) return {};
       if (*conversion.precision < 0) conversion.precision.reset();  // as if there were none
     }
-    while (!left_.empty() && IsOneOf(left_.front(), "hljztL")) left_.remove_prefix(1);
+    SkipLength();
     if (left_.empty()) return {};
     conversion.kind = TakeCharacter();
     return conversion;
@@ -80,6 +86,16 @@ class Formatter {
     const char first = left_.front();
     left_.remove_prefix(1);
     return first;
+  }
+
+  // An argument knows its own length.
+  void SkipLength() {
+    for (const std::string_view length : {"hh", "h", "ll", "l", "j", "z", "t", "L"}) {
+      if (left_.starts_with(length)) {
+        left_.remove_prefix(length.size());
+        return;
+      }
+    }
   }
 
   // Digits (none count as 0), or "*" for the next argument; nothing when it is no useful number.
@@ -92,19 +108,17 @@ class Formatter {
       if (argument == nullptr) return {};
       number = *argument;
     } else {
-      const auto [stop, error] = std::from_chars(left_.data(), left_.data() + left_.size(), number);
+      unsigned digits = 0;  // has no sign to read
+      const auto [stop, error] = std::from_chars(left_.data(), left_.data() + left_.size(), digits);
       if (error == std::errc::result_out_of_range) return {};
       left_.remove_prefix(static_cast<std::size_t>(stop - left_.data()));
+      number = digits;
     }
     if (number < -kLongestField || number > kLongestField) return {};
     return static_cast<int>(number);
   }
 
   bool Print(const Conversion& conversion) {
-    if (conversion.kind == '%') {
-      text_ += '%';
-      return true;
-    }
     if (next_ == end_) return false;
     const FormatArgument& argument = *next_++;
     if (IsOneOf(conversion.kind, "diouxX")) return PrintInteger(conversion, argument);
