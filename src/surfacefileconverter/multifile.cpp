@@ -19,6 +19,7 @@ constexpr zStatus kMissing = -999;  // no directory, or an empty one
 constexpr std::string_view kFrameMarker = "-Frame-";
 constexpr std::string_view kArrayMarker = "-Array-";
 constexpr std::size_t kIndexDigits = 4;
+constexpr char kSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
 
 template <class... Values>
 [[noreturn]] void Fail(int line, zStatus status, std::string_view format, const Values&... values) {
@@ -60,6 +61,12 @@ std::string TagOf(const std::string& name, std::size_t digits) {
   if (begin > name.size()) return {};
   const std::size_t dot = name.rfind('.');
   return name.substr(begin, dot < begin ? std::string::npos : dot - begin);
+}
+
+// "scans" for "scans/", so that what is named after the directory stands beside it.
+std::string WithoutEndingSeparators(std::string path) {
+  while (path.size() > 1 && (path.back() == '/' || path.back() == kSeparator)) path.pop_back();
+  return path;
 }
 
 // Finds the files whose names hold "-Frame-<index>_<tag>" anywhere, without searching all names for
@@ -145,6 +152,7 @@ void SurfaceFileConverter::importFiles(std::string directory) {
   fileType = SUR;
   imported = true;
   recording = false;
+  inputBaseName = WithoutEndingSeparators(directory);
   inputDirectory = std::move(directory);
 }
 
@@ -155,13 +163,13 @@ std::vector<Plovia::ReplayFrame>& SurfaceFileConverter::GenerateSurfaceMsgsFromM
                          "SurfaceFileConverter::GenerateSurfaceMsgsFromMultiFiles",
                          "Fail to import the input directory.");
   }
-  constexpr char kSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
   const FrameFiles files(inputFiles);
   frameList.clear();
   for (z32s frame = 0; frame < multiFrameCount; ++frame) {
     Plovia::ReplayFrame& messages = frameList.emplace_back();
     for (const std::string& tag : scannerFileTags) {
       for (const std::size_t file : files.Find(frame, tag)) {
+        if (fileType != SUR) continue;  // a file of another kind was imported since
         ReadFileBuffer(inputDirectory + kSeparator + inputFiles[file], fileBuffer);
         GenerateSurfaceMsgFromBuffer(messages.emplace_back(), fileBuffer, SUR, allocator);
       }

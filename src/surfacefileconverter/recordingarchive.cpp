@@ -44,6 +44,7 @@ template <class FailedRead>
 std::span<const z8u> FindLastMember(const zBytes& archive, const std::string& memberName,
                                     zAlloc alloc, const Require& require,
                                     const FailedRead& failedRead) {
+  if (archive.empty()) return {};
   Handle stream;
   Handle tar;
   require(__LINE__, zMemory_Construct(stream.Out(), alloc), "Failed to construct zMemory");

@@ -99,6 +99,8 @@ TEST_F(Program, ConvertsTheExamples) {
   EXPECT_EQ(RunProgram({"-i", "part.sur", "-o", "part.rep"}).exitCode, 0);
   EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).exitCode, 0);
   EXPECT_EQ(RunProgram({"-i", "scans.ovrec", "-f", "1", "-o", "frame.sur"}).exitCode, 0);
+  EXPECT_THAT(RunProgram({"-i", "scans/", "-o", ""}).output,
+              EndsWith("Successfully exported 'scans.ovrec'.\n"));
   for (const char* side : {"Left", "Right"}) {
     const std::string file = std::string("Frame-0001_") + side + ".sur";
     EXPECT_EQ(ReadFile("frame-" + file), ReadFile("scans/scan-" + file));

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <span>
 
 #include "core/block.h"
 #include "core/stream.h"
@@ -21,11 +23,12 @@ class Tar : public sdk::Stream {
 class TarReader : public Tar {
  public:
   zStatus Open(zStream memory) noexcept {
-    const void* bytes = zMemory_At(memory, 0);
     if (archive_ == nullptr) return zERROR_MEMORY;
+    const auto* bytes = static_cast<const std::byte*>(zMemory_At(memory, 0));
     if (bytes == nullptr) return zERROR_PARAMETER;
+    bytes_ = {bytes, zMemory_Length(memory)};
     archive_read_support_format_tar(archive_.get());
-    const int opened = archive_read_open_memory(archive_.get(), bytes, zMemory_Length(memory));
+    const int opened = archive_read_open_memory(archive_.get(), bytes_.data(), bytes_.size());
     return opened == ARCHIVE_OK ? zOK : zERROR_FORMAT;
   }
 
@@ -64,6 +67,7 @@ class TarReader : public Tar {
     if (size > 0) {
       const int result = archive_read_data_block(archive_.get(), &block, &blockSize, &offset);
       if (result != ARCHIVE_OK || offset != 0 || blockSize != size) return zERROR_STREAM;
+      if (!InMemory(static_cast<const std::byte*>(block), blockSize)) return zERROR_STREAM;
     }
     *content = block;
     return zOK;
@@ -79,6 +83,13 @@ class TarReader : public Tar {
     return archive_entry_sparse_count(entry) > 0 ? zTAR_OTHER : zTAR_FILE;
   }
 
+  // The library may have copied a block, and takes the copy back when it likes.
+  bool InMemory(const std::byte* block, zSize size) const noexcept {
+    const std::less_equal<> inOrder;
+    return inOrder(bytes_.data(), block) && inOrder(block + size, bytes_.data() + bytes_.size());
+  }
+
+  std::span<const std::byte> bytes_;  // the whole archive
   std::unique_ptr<archive, decltype(&archive_read_free)> archive_{archive_read_new(),
                                                                   archive_read_free};
 };
