@@ -32,7 +32,7 @@ std::vector<std::string> splitString(const std::string& text, char delimiter) {
 
 // A point "(x, y, z)". The brackets are hardly checked: the first and the last character go,
 // whatever they are.
-SurfaceFileConverter::Point ParsePoint(const std::string& text) {
+zPoint3d64f ParsePoint(const std::string& text) {
   constexpr const char* kMessage = "The input invalid point is not right";
   if (text.size() < 7 && !text.starts_with('(') && !text.ends_with(')')) Fail(316, kMessage);
   const std::string inner = text.size() < 2 ? "" : text.substr(1, text.size() - 2);

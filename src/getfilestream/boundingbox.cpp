@@ -6,11 +6,15 @@
 
 namespace {
 
-constexpr const char* kFunction = "GetSurfaceBoundingBox";
+constexpr const char* kSurface = "GetSurfaceBoundingBox";
+constexpr const char* kProfile = "GetProfileBoundingBox";
 constexpr const char* kFile = "getfilestream";
 
 Orv::Exception EmptySurface(int line) {
-  return {line, kFile, -997, kFunction, "The input surface is empty"};
+  return {line, kFile, -997, kSurface, "The input surface is empty"};
+}
+Orv::Exception EmptyProfile(int line) {
+  return {line, kFile, -997, kProfile, "The input profile is empty"};
 }
 
 struct Extent {
@@ -29,6 +33,17 @@ Extent GridExtent(z32u count, double scale, double offset) {
   return {offset + size / 2, size};
 }
 
+// Smallest and largest raw value of one axis.
+struct RawRange {
+  z16s lowest = 32767;
+  z16s highest = -32768;
+
+  void Include(z16s raw) {
+    lowest = std::min(lowest, raw);
+    highest = std::max(highest, raw);
+  }
+};
+
 BoundingBox6 MakeBox(const Extent& x, const Extent& y, const Extent& z) {
   return {{x.center, y.center, z.center}, {x.size, y.size, z.size}};
 }
@@ -44,23 +59,40 @@ BoundingBox6 UniformBox(const SurfaceBuffer& record) {
 }
 
 BoundingBox6 PointCloudBox(const SurfaceBuffer& record) {
-  zPoint3d16s lowest{32767, 32767, 32767};
-  zPoint3d16s highest{-32768, -32768, -32768};
+  RawRange x, y, z;
   for (const zPoint3d16s& point : zArray_Items<zPoint3d16s>(record.points.Get())) {
     if (point.x == kInvalidRaw || point.y == kInvalidRaw || point.z == kInvalidRaw) continue;
-    lowest.x = std::min(lowest.x, point.x);
-    lowest.y = std::min(lowest.y, point.y);
-    lowest.z = std::min(lowest.z, point.z);
-    highest.x = std::max(highest.x, point.x);
-    highest.y = std::max(highest.y, point.y);
-    highest.z = std::max(highest.z, point.z);
+    x.Include(point.x);
+    y.Include(point.y);
+    z.Include(point.z);
   }
-  if (lowest.x == 32767 || lowest.y == 32767 || lowest.z == 32767) throw EmptySurface(__LINE__);
+  if (x.lowest == 32767 || y.lowest == 32767 || z.lowest == 32767) throw EmptySurface(__LINE__);
   const zPoint3d64f& scale = record.scale;
   const zPoint3d64f& offset = record.offset;
-  return MakeBox(RawExtent(lowest.x, highest.x, scale.x, offset.x),
-                 RawExtent(lowest.y, highest.y, scale.y, offset.y),
-                 RawExtent(lowest.z, highest.z, scale.z, offset.z));
+  return MakeBox(RawExtent(x.lowest, x.highest, scale.x, offset.x),
+                 RawExtent(y.lowest, y.highest, scale.y, offset.y),
+                 RawExtent(z.lowest, z.highest, scale.z, offset.z));
+}
+
+BoundingBox6 UniformProfileBox(const ProfileBuffer& record) {
+  const HeightRange range = FindHeightRange(zArray_Items<z16s>(record.points.Get()));
+  if (range.highest == kInvalidRaw) throw EmptyProfile(__LINE__);
+  // The centre of x is the offset alone, unlike a surface's.
+  return MakeBox({record.offset.x, record.count * record.scale.x}, {},
+                 RawExtent(range.lowest, range.highest, record.scale.z, record.offset.z));
+}
+
+BoundingBox6 PointProfileBox(const ProfileBuffer& record) {
+  RawRange x, z;
+  for (const zPoint16s& point : zArray_Items<zPoint16s>(record.points.Get())) {
+    if (point.x == kInvalidRaw || point.z == kInvalidRaw) continue;
+    x.Include(point.x);
+    z.Include(point.z);
+  }
+  // Only x is asked: one without any valid point has the same z.
+  if (x.lowest == 32767) throw EmptyProfile(__LINE__);
+  return MakeBox(RawExtent(x.lowest, x.highest, record.scale.x, record.offset.x), {},
+                 RawExtent(z.lowest, z.highest, record.scale.z, record.offset.z));
 }
 
 }  // namespace
@@ -73,6 +105,18 @@ BoundingBox6 GetSurfaceBoundingBox(const SurfaceBuffer& record) {
     case zType::zPoint3d16s:
       return PointCloudBox(record);
     default:
-      throw Orv::Exception(__LINE__, kFile, -996, kFunction, "Unsupported surface type");
+      throw Orv::Exception(__LINE__, kFile, -996, kSurface, "Unsupported surface type");
+  }
+}
+
+BoundingBox6 GetProfileBoundingBox(const ProfileBuffer& record) {
+  if (record.count == 0) throw EmptyProfile(__LINE__);
+  switch (zArray_ItemType(record.points.Get())) {
+    case zType::z16s:
+      return UniformProfileBox(record);
+    case zType::zPoint16s:
+      return PointProfileBox(record);
+    default:
+      throw Orv::Exception(__LINE__, kFile, -996, kProfile, "Unsupported profile type");
   }
 }

@@ -1,24 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "loadfilestream/digitalsurf_fold.h"
 
-#include <cmath>
+#include "loadfilestream/rounding.h"
 
 namespace {
 
 constexpr z32u kWidestRange = 65532;
 
-// Rounds half away from zero and keeps the low 16 bits.
-z16s RoundToRaw(z32f height) {
-  const auto wide = static_cast<z64f>(height);
-  const z64f rounded = wide + std::copysign(0.5, wide);
-  if (!(std::abs(rounded) < 0x1p63)) return 0;  // no 64-bit integer, or not a number
-  return static_cast<z16s>(static_cast<z64s>(rounded));
-}
-
 }  // namespace
 
 z16s DigitalSurfFold::operator()(z32s sample) const {
-  return RoundToRaw(static_cast<z32f>(sample) * gain + shift);
+  const z32f height = static_cast<z32f>(sample) * gain + shift;
+  return RoundToRaw(static_cast<z64f>(height));
 }
 
 DigitalSurfFold MakeDigitalSurfFold(z32s lowest, z32s highest, z32f spacing, z32f offset) {

@@ -9,6 +9,14 @@
 #include "loadfilestream/loadfilestream.h"
 #include "sdk/message.h"
 
+namespace {
+
+zPoint3d64f Widen(z32f x, z32f y, z32f z) {
+  return {static_cast<z64f>(x), static_cast<z64f>(y), static_cast<z64f>(z)};
+}
+
+}  // namespace
+
 zStatus DigitalSurfReader::Open(const zBytes& bytes, zAlloc alloc) {
   if (bytes.empty()) return kEmptyInput;
   zStatus status = zMemory_Construct(stream_.Out(), alloc);
@@ -21,6 +29,14 @@ zStatus DigitalSurfReader::Open(const zBytes& bytes, zAlloc alloc) {
   InitSurHeader(header_);
   status = ReadSurHeader(serializer_.Get(), header_);
   return status == zOK ? SkipZones() : status;
+}
+
+zPoint3d64f DigitalSurfReader::Scale() const {
+  return Widen(header_.xSpacing, header_.ySpacing, header_.zSpacing);
+}
+
+zPoint3d64f DigitalSurfReader::Offset() const {
+  return Widen(header_.xOffset, header_.yOffset, header_.zOffset);
 }
 
 zStatus DigitalSurfReader::SkipZones() {

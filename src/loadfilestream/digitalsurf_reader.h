@@ -19,6 +19,9 @@ class DigitalSurfReader {
   zStatus Open(const zBytes& bytes, zAlloc alloc);
 
   const SurHeader& Header() const { return header_; }
+  // Of the heights, so different before and after the samples are read.
+  zPoint3d64f Scale() const;
+  zPoint3d64f Offset() const;
 
   // Fails unless the file holds that many samples, so that what is allocated for them is bounded by
   // the file. A sample size that ReadSamples refuses counts as one byte.

@@ -2,14 +2,6 @@
 #include "loadfilestream/digitalsurf_reader.h"
 #include "loadfilestream/loadfilestream.h"
 
-namespace {
-
-zPoint3d64f Widen(z32f x, z32f y, z32f z) {
-  return {static_cast<z64f>(x), static_cast<z64f>(y), static_cast<z64f>(z)};
-}
-
-}  // namespace
-
 zStatus LoadSurFileBuffer(const zBytes& bytes, SurfaceBuffer& record, zAlloc alloc) {
   DigitalSurfReader file;
   zStatus status = file.Open(bytes, alloc);
@@ -26,8 +18,8 @@ zStatus LoadSurFileBuffer(const zBytes& bytes, SurfaceBuffer& record, zAlloc all
 
   record.width = static_cast<z32u>(header.pointsPerLine);
   record.length = static_cast<z32u>(header.lineCount);
-  record.scale = Widen(header.xSpacing, header.ySpacing, header.zSpacing);
-  record.offset = Widen(header.xOffset, header.yOffset, header.zOffset);
+  record.scale = file.Scale();
+  record.offset = file.Offset();
   record.hasIntensity = 0;
   return zOK;
 }

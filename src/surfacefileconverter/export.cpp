@@ -87,7 +87,7 @@ void SurfaceFileConverter::exportScan(const std::string& exportName, FileType ex
     Fail(__LINE__, kBadInput, "Only .rep and .ovrec file extension are supported");
   }
   Plovia::ReplaySerializer serializer;
-  if (multiFileMode) {
+  if (multiFileMode && fileType != PRO) {
     writeDirectory(serializer);
   } else {
     writeScan(serializer);
@@ -104,8 +104,25 @@ void SurfaceFileConverter::exportScan(const std::string& exportName, FileType ex
 
 void SurfaceFileConverter::writeScan(Plovia::ReplaySerializer& serializer) {
   Orv::Object<void*> message;
-  GenerateSurfaceMsgFromBuffer(message, fileBuffer, fileType, allocator);
-  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", UNIFORM_SURFACE)})});
+  DataSourceType dataType = UNIFORM_SURFACE;
+  switch (fileType) {
+    case SRF:
+    case SUR:
+      GenerateSurfaceMsgFromBuffer(message, fileBuffer, fileType, allocator);
+      break;
+    case PRO:
+      GenerateProfileMsgFromBuffer(message, fileBuffer, fileType, allocator);
+      dataType = UNIFORM_PROFILE;
+      break;
+    case PCD:
+      GenerateSurfaceMsgFromBuffer(message, fileBuffer, pcdWidth, pcdHeight, pcdFlipXZ != 0,
+                                   invalidPoint.get(), pcdZoom.get(), allocator);
+      dataType = SURFACE_POINT_CLOUD;
+      break;
+    default:
+      Fail(__LINE__, kNotImplemented, "Unimplemented export file extension");
+  }
+  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
   serializer.WriteIndexInfo(0);
   serializer.WriteData(std::move(message));
 }

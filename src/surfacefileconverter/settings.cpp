@@ -89,15 +89,15 @@ void SurfaceFileConverter::setPcdFlipXZEnabled(z32u enabled) {
   pcdFlipXZ = enabled;
 }
 
-void SurfaceFileConverter::setInvalidPoint(const Point& point) {
+void SurfaceFileConverter::setInvalidPoint(const zPoint3d64f& point) {
   constexpr const char* kFunction = "SurfaceFileConverter::setInvalidPoint";
   if (!imported) Fail(457, kNotValidHere, kFunction, "No files have been imported yet.");
   requirePcd(458, kFunction,
              "Configuring the invalid point is only valid for the pcd file imports.");
-  if (invalidPoint == nullptr) invalidPoint = std::make_unique<Point>();
+  if (invalidPoint == nullptr) invalidPoint = std::make_unique<zPoint3d64f>();
   *invalidPoint = point;
-  consoleStatus("[INFO] ", "The point (%f, %f, %f) is configured as the invalid point", point[0],
-                point[1], point[2]);
+  consoleStatus("[INFO] ", "The point (%f, %f, %f) is configured as the invalid point", point.x,
+                point.y, point.z);
 }
 
 void SurfaceFileConverter::setPcdZoom(const double& zoom) {

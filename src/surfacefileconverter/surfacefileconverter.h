@@ -2,7 +2,6 @@
 // The converter: what was imported, what was configured, and the export.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <span>
@@ -20,9 +19,6 @@ struct CsvInfoFields {
 // Holds one import and exports it. Every failure is an Orv::Exception.
 class SurfaceFileConverter {
  public:
-  // A point in real units: x, y, z.
-  using Point = std::array<double, 3>;
-
   // Loads one file; its extension tells its kind.
   void importFile(std::string fileName);
   // Loads a directory of surfaces as one recording.
@@ -47,7 +43,7 @@ class SurfaceFileConverter {
   // Whether x and z of a point cloud change places: 0 or 1.
   void setPcdFlipXZEnabled(z32u enabled);
   // The point of a point cloud that means "nothing was seen".
-  void setInvalidPoint(const Point& point);
+  void setInvalidPoint(const zPoint3d64f& point);
   void setPcdZoom(const double& zoom);
 
   bool isRecordingData() const;
@@ -90,7 +86,7 @@ class SurfaceFileConverter {
   z32u pcdWidth = 0;  // 0: not set
   z32u pcdHeight = 0;
   z32u pcdFlipXZ = 0;
-  std::unique_ptr<Point> invalidPoint;
+  std::unique_ptr<zPoint3d64f> invalidPoint;
   std::unique_ptr<double> pcdZoom;
   zAlloc allocator = &zAllocator::Default();
   std::vector<Plovia::ReplayFrame> frames;

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <iomanip>
 #include <limits>
-#include <sstream>
 
 #include "loadfilestream/loadfilestream.h"
-#include "support/field_data.h"
 #include "support/scans.h"
-#include "support/sha256.h"
 #include "support/sur_file.h"
 
 namespace {
@@ -324,75 +320,6 @@ TEST(LoadSur, SurvivesAnyFieldAtItsExtremes) {
       }
     }
   }
-}
-
-// Files from the field ------------------------------------------------------------------------
-
-struct FieldCase {
-  const char* name;
-  const char* summary;
-  const char* sha256;
-};
-
-std::ostream& operator<<(std::ostream& text, const zPoint3d64f& point) {
-  return text << '(' << point.x << ", " << point.y << ", " << point.z << ')';
-}
-
-std::string Summary(const SurfaceBuffer& record) {
-  Heights heights = ItemsOf<z16s>(record.points.Get());
-  const Heights first(heights.begin(), heights.begin() + 4);
-  const zSize invalid = std::erase(heights, -32768);
-  std::ostringstream text;
-  text << std::setprecision(9);  // enough to tell any 32-bit float
-  text << record.width << " x " << record.length << "; scale " << record.scale << ", offset "
-       << record.offset << "; " << invalid << " invalid; valid raw " << std::ranges::min(heights)
-       << ".." << std::ranges::max(heights) << "; first raw " << testing::PrintToString(first);
-  return text.str();
-}
-
-class LoadSurField : public testing::TestWithParam<FieldCase> {};
-
-TEST_P(LoadSurField, GivesTheValuesOfAnotherDecoder) {
-  const auto bytes = ReadFieldFile(GetParam().name);
-  if (!bytes) GTEST_SKIP() << "no field data";
-  const Loaded loaded = Load(*bytes);
-  ASSERT_EQ(loaded.status, zOK);
-  EXPECT_EQ(Summary(loaded.record), GetParam().summary);
-  const auto* points = static_cast<const z8u*>(zArray_Data(loaded.record.points.Get()));
-  EXPECT_EQ(Sha256({points, 2 * loaded.Heights().size()}), GetParam().sha256);
-}
-
-const FieldCase kFieldCases[] = {
-    {"accepted/nm_steps_special_points.sur",
-     "512 x 512; scale (295546, 295546, 1.06701307e-07), offset (0, 0, 8.18448607e-05); 233009 "
-     "invalid; valid raw -32766..32766; first raw { -32768, -32768, -32768, -32768 }",
-     "1b66f6803b98d154aa242b625b31ce95b1c0719214117f93657924968d388dd7"},
-    {"accepted/dvd_comment21.sur",
-     "512 x 512; scale (1.95709163e-05, 1.95802095e-05, 9.56014201e-09), offset (0, 0, "
-     "1.24466806e-06); 0 invalid; valid raw -32766..32766; "
-     "first raw { -18602, -18564, -18255, -18040 }",
-     "5fc3c4df2f5b2ccf594d92f0011759107eab27a6282372701680f3c0e1b53923"},
-    {"accepted/gwyddion_export.sur",
-     "257 x 257; scale (9756097, 9756097, 13.3978367), offset (0, 0, -163976.344); 0 invalid; "
-     "valid raw -32766..32766; first raw { 9345, 13874, 11725, 14447 }",
-     "c86d6838433559fc6cdfe156497eaa2a5e421f60b51f8f7876d9ad888d5c0303"},
-    {"accepted/hyperspectral_16bit.sur",
-     "10 x 12; scale (8.25219759e-05, 8.25219759e-05, 1), offset (0.00701436773, 0.00305331312, "
-     "0); 0 invalid; valid raw 32..5157; first raw { 301, 314, 293, 324 }",
-     "a6367e5596eb4faa7b2cffadec0f1282428b194a4460eb3e47d17c59449d8ff2"},
-    {"made/rsciio_surface_int16.sur",
-     "128 x 128; scale (8.25219759e-05, 8.25219759e-05, 1), offset (0, 0, -13444); 0 invalid; "
-     "valid raw -13444..13928; first raw { 4589, 7825, 7921, 7876 }",
-     "24f413d3a8dff424a2db4f81b334b5d66c2395e6b87a385326445546896c515e"},
-};
-INSTANTIATE_TEST_SUITE_P(Files, LoadSurField, testing::ValuesIn(kFieldCases), [](const auto& test) {
-  return std::filesystem::path(test.param.name).stem().string();
-});
-
-TEST(LoadSur, RefusesACompressedFileFromTheField) {
-  const auto bytes = ReadFieldFile("refused/compressed_surface.sur");
-  if (!bytes) GTEST_SKIP() << "no field data";
-  EXPECT_EQ(Load(*bytes).status, kRefused);
 }
 
 }  // namespace

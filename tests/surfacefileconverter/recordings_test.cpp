@@ -3,8 +3,6 @@
 // recordings.
 #include <gmock/gmock.h>
 
-#include "getfilestream/getfilestream.h"
-#include "support/field_data.h"
 #include "support/recordings.h"
 #include "support/sur_file.h"
 #include "support/temp_directory.h"
@@ -150,28 +148,6 @@ TEST(FrameExport, FailsForFramesThatDoNotFitTheirSources) {
             writer + "The data source count is not equal to the message count in the first frame.");
   EXPECT_EQ(Export(two, {{kTop, kTop}, {kTop}}, 1, false, true),
             "out-Frame-0001_Top.sur -997 WriteMsg: The inputted msg is Null");
-}
-
-TEST(FieldFiles, ReadBackTheSameFromARecording) {
-  const char* names[] = {"accepted/nm_steps_special_points.sur", "accepted/dvd_comment21.sur",
-                         "accepted/gwyddion_export.sur", "accepted/hyperspectral_16bit.sur",
-                         "made/rsciio_surface_int16.sur"};
-  const TempDirectory directory;
-  for (const char* name : names) {
-    const auto bytes = ReadFieldFile(name);
-    if (!bytes) GTEST_SKIP() << "no field data";
-    WriteFile("in.sur", *bytes);
-    SurfaceFileConverter converter;
-    converter.importFile("in.sur");
-    converter.exportFile("out.rep");
-    Handle expected;
-    GenerateSurfaceMsgFromBuffer(expected, *bytes, SUR, &zAllocator::Default());
-    const std::string written = ReadFile("out.rep");
-    const auto* stream = reinterpret_cast<const z8u*>(written.data());
-    EXPECT_TRUE(ReadRecording({stream, stream + written.size()})
-                    .ends_with("frame 0\n" + Describe(expected.Get()) + "\n"))
-        << name;
-  }
 }
 
 // Imports a directory that holds files of these names and makes a recording of it; gives its frames
