@@ -19,14 +19,26 @@ SurfaceBuffer MakeRecord(z32u width, z32u length, const std::vector<Item>& items
   return record;
 }
 
-void ExpectBox(const SurfaceBuffer& record, const zPoint3d64f& center, const zPoint3d64f& size) {
-  const BoundingBox6 box = GetSurfaceBoundingBox(record);
+template <class Item>
+ProfileBuffer MakeProfileRecord(const std::vector<Item>& items) {
+  ProfileBuffer record;
+  record.count = static_cast<z32u>(items.size());
+  record.scale = {0.1, 0.2, 0.01};
+  record.offset = {1, 2, 3};
+  record.points = MakeArray2(static_cast<z64s>(items.size()), 1, items);
+  return record;
+}
+
+void ExpectBox(const BoundingBox6& box, const zPoint3d64f& center, const zPoint3d64f& size) {
   EXPECT_DOUBLE_EQ(box.center.x, center.x);
   EXPECT_DOUBLE_EQ(box.center.y, center.y);
   EXPECT_DOUBLE_EQ(box.center.z, center.z);
   EXPECT_DOUBLE_EQ(box.size.x, size.x);
   EXPECT_DOUBLE_EQ(box.size.y, size.y);
   EXPECT_DOUBLE_EQ(box.size.z, size.z);
+}
+void ExpectBox(const SurfaceBuffer& record, const zPoint3d64f& center, const zPoint3d64f& size) {
+  ExpectBox(GetSurfaceBoundingBox(record), center, size);
 }
 
 TEST(SurfaceBoundingBox, CountsWholeCellsOfAUniformSurface) {
@@ -63,6 +75,34 @@ TEST(SurfaceBoundingBox, RefusesASurfaceWithoutAValidPoint) {
 TEST(SurfaceBoundingBox, RefusesOtherPoints) {
   EXPECT_EQ(Thrown([] { GetSurfaceBoundingBox(MakeRecord<z8u>(1, 1, {0})); }),
             "-996 GetSurfaceBoundingBox: Unsupported surface type");
+}
+
+TEST(ProfileBoundingBox, IsCentredOnTheOffsetAlongAUniformProfile) {
+  const ProfileBuffer record = MakeProfileRecord<z16s>({150, -32768, 100, 199});
+  ExpectBox(GetProfileBoundingBox(record), {1, 0, 4.5}, {0.4, 0, 1});
+  const ProfileBuffer high = MakeProfileRecord<z16s>({32767});
+  ExpectBox(GetProfileBoundingBox(high), {1, 0, 330.675}, {0.1, 0, 0.01});
+}
+
+TEST(ProfileBoundingBox, TakesTheValidPoints) {
+  const ProfileBuffer record = MakeProfileRecord<zPoint16s>(
+      {{-10, 300}, {-32768, 5000}, {9, 399}, {5000, -32768}, {0, 350}});
+  ExpectBox(GetProfileBoundingBox(record), {1, 0, 6.5}, {2, 0, 1});
+}
+
+TEST(ProfileBoundingBox, RefusesAProfileWithoutAValidPoint) {
+  const ProfileBuffer records[] = {
+      MakeProfileRecord<z16s>({-32768, -32768}),
+      MakeProfileRecord<zPoint16s>({{-32768, 0}, {0, -32768}}),
+      MakeProfileRecord<zPoint16s>({{32767, 0}}),
+      ProfileBuffer{},
+  };
+  for (const ProfileBuffer& record : records) {
+    EXPECT_EQ(Thrown([&] { GetProfileBoundingBox(record); }),
+              "-997 GetProfileBoundingBox: The input profile is empty");
+  }
+  EXPECT_EQ(Thrown([] { GetProfileBoundingBox(MakeProfileRecord<z8u>({0})); }),
+            "-996 GetProfileBoundingBox: Unsupported profile type");
 }
 
 }  // namespace

@@ -13,6 +13,12 @@ Handle Generate(const zBytes& bytes, FileType fileType = SUR) {
   return message;
 }
 
+Handle GenerateProfile(const zBytes& bytes, FileType fileType = PRO) {
+  Handle message;
+  GenerateProfileMsgFromBuffer(message, bytes, fileType, &zAllocator::Default());
+  return message;
+}
+
 std::string GenerateError(const zBytes& bytes, FileType fileType = SUR) {
   return Thrown([&] { Generate(bytes, fileType); });
 }
@@ -63,11 +69,51 @@ TEST(GenerateSurfaceMsg, RefusesKindsThatAreNoUniformSurface) {
   }
 }
 
+TEST(GenerateProfileMsg, BuildsACompleteMessage) {
+  const Handle message = GenerateProfile(SurRow({10, 11, 30}).Bytes());
+  const MxMsg profile = message.Get();
+  EXPECT_EQ(MxProfileMsg_PointCount(profile), 3U);
+  EXPECT_EQ(ItemsOf<z16s>(MxProfileMsg_PointsArray(profile, 0)), (std::vector<z16s>{10, 11, 30}));
+  EXPECT_EQ(MxProfileMsg_Scale(profile)->x, 0.5);
+  EXPECT_EQ(MxProfileMsg_Offset(profile)->z, 3);
+  EXPECT_EQ(MxDataMsg_Stamp(profile)->time, 0U);
+  const BoundingBox6& box = *MxProfileMsg_BoundingBox(profile);
+  EXPECT_EQ(box.center.x, 1);
+  EXPECT_EQ(box.size.x, 1.5);
+  EXPECT_EQ(box.size.z, 21 * 0.125);
+}
+
+TEST(GenerateProfileMsg, RefusesWhatIsNoProfile) {
+  const std::string generator = " GenerateProfileMsgFromBuffer: ";
+  EXPECT_EQ(Thrown([] { GenerateProfile(SurRow({1}).Bytes(), SUR); }),
+            "-996" + generator + "Unimplemented file extension");
+  EXPECT_EQ(Thrown([] { GenerateProfile({}); }),
+            "-999" + generator + "Failed to load pro file buffer");
+  EXPECT_EQ(Thrown([] { GenerateProfile(SurRow({}).Bytes()); }),
+            "-997 GetProfileBoundingBox: The input profile is empty");
+}
+
+TEST(GenerateSurfaceMsg, ReportsACloudThatFails) {
+  const auto error = [](const zBytes& bytes) {
+    return Thrown([&] {
+      Handle message;
+      GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr,
+                                   &zAllocator::Default());
+    });
+  };
+  const std::string text = " GenerateSurfaceMsgFromBuffer: Failed to load pcd file buffer";
+  EXPECT_EQ(error({}), "0" + text);
+  EXPECT_EQ(error({'#', '\n'}), "-984" + text);
+}
+
 TEST(WriteMsg, WritesASurface) {
   const Handle message = Generate(SurFile{}.Bytes());
-  const Handle stream = MakeStream();
-  GetMsgDataFileStream(message.Get(), SUR, stream.Get(), &zAllocator::Default());
-  EXPECT_EQ(HeightsOf(Generate(BytesOf(stream.Get())).Get()), HeightsOf(message.Get()));
+  for (const FileType fileType : {SUR, SRF}) {
+    const Handle stream = MakeStream();
+    GetMsgDataFileStream(message.Get(), fileType, stream.Get(), &zAllocator::Default());
+    const Handle again = Generate(BytesOf(stream.Get()), fileType);
+    EXPECT_EQ(HeightsOf(again.Get()), HeightsOf(message.Get()));
+  }
 }
 
 TEST(WriteMsg, ReportsWhatCannotBeWritten) {
@@ -79,7 +125,11 @@ TEST(WriteMsg, ReportsWhatCannotBeWritten) {
   };
   EXPECT_EQ(error(MakeSurface(1, 1, {32767}), SUR),
             "0 GetMsgDataFileStream: Failed to get sur file stream");
-  EXPECT_EQ(error(Handle(), SUR), "0 GetMsgDataFileStream: Failed to get sur file stream");
+  for (const auto& [fileType, name] :
+       {std::pair{SRF, "srf"}, {SUR, "sur"}, {PRO, "pro"}, {PCD, "pcd"}}) {
+    EXPECT_EQ(error(Handle(), fileType),
+              std::string("0 GetMsgDataFileStream: Failed to get ") + name + " file stream");
+  }
   for (const FileType fileType : {CSV, REC, REP, OVREC}) {
     EXPECT_EQ(error(MakeSurface(1, 1, {0}), fileType),
               "-996 GetMsgDataFileStream: Unimplemented file type");

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sdk/message.h"
@@ -49,6 +50,11 @@ inline Handle MakeStream() {
   Handle stream;
   MustBeOk(zMemory_Construct(stream.Out(), &zAllocator::Default()));
   return stream;
+}
+
+inline zBytes ToBytes(std::string_view text) {
+  const auto* bytes = reinterpret_cast<const z8u*>(text.data());
+  return {bytes, bytes + text.size()};
 }
 
 inline zBytes BytesOf(zMemory stream) {

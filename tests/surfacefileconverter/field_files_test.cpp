@@ -70,10 +70,8 @@ struct Scan {
 
 // The first scan of a recording.
 Handle FirstScan(const std::string& file) {
-  const std::string text = ReadFile(file);
-  const auto* bytes = reinterpret_cast<const z8u*>(text.data());
+  const zBytes stream = ToBytes(ReadFile(file));
   Plovia::ReplaySerializer reader;
-  const zBytes stream(bytes, bytes + text.size());
   reader.LoadBuffer(stream);
   reader.LoadDataIndexFiles();
   return reader.ReadData(0).at(0);
@@ -85,10 +83,7 @@ void Convert(const std::string& input, const std::string& output) {
   converter.exportFile(output);
 }
 
-std::string Sha256OfFile(const std::string& file) {
-  const std::string text = ReadFile(file);
-  return Sha256({reinterpret_cast<const z8u*>(text.data()), text.size()});
-}
+std::string Sha256OfFile(const std::string& file) { return Sha256(ToBytes(ReadFile(file))); }
 
 class FieldFiles : public testing::TestWithParam<FieldFile> {};
 

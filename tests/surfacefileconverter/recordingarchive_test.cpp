@@ -13,11 +13,6 @@ using testing::HasSubstr;
 
 zAlloc Alloc() { return &zAllocator::Default(); }
 
-zBytes Bytes(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const z8u*>(text.data());
-  return {bytes, bytes + text.size()};
-}
-
 TEST(RecordingArchive, GivesTheLastReplayStream) {
   const struct {
     std::vector<Member> members;
@@ -36,7 +31,7 @@ TEST(RecordingArchive, GivesTheLastReplayStream) {
     std::span<const z8u> replay;
     const std::string thrown = Thrown([&] { replay = GetReplayData(archive, Alloc()); });
     if (thrown.empty()) {
-      EXPECT_EQ(zBytes(replay.begin(), replay.end()), Bytes(row.expected));
+      EXPECT_EQ(zBytes(replay.begin(), replay.end()), ToBytes(row.expected));
     } else {
       EXPECT_EQ(thrown, "-997 GetReplayData: " + row.expected);
     }
@@ -50,7 +45,7 @@ TEST(RecordingArchive, SaysWhatIsWrongWithADamagedArchive) {
     const std::string thrown = Thrown([&] { GetReplayData(cut, Alloc()); });
     EXPECT_EQ(thrown.empty(), size >= 512 + 5000) << size << ' ' << thrown;
   }
-  EXPECT_EQ(Thrown([] { GetReplayData(Bytes("no archive"), Alloc()); }),
+  EXPECT_EQ(Thrown([] { GetReplayData(ToBytes("no archive"), Alloc()); }),
             std::to_string(zERROR_FORMAT) + " GetReplayData: Failed to construct zTar");
   EXPECT_EQ(Thrown([] { GetReplayData(zBytes(), Alloc()); }),
             "-997 GetReplayData: The replay buffer is empty");
@@ -102,7 +97,7 @@ TEST(RecordingArchive, FindsAScannersConfiguration) {
   EXPECT_FALSE(GetScannerConfig(zBytes(), "r4xxx", scanner, Alloc()));
   EXPECT_EQ(scanner, "untouched");
   for (const zBytes& archive : {MakeArchive({{"a", ""}}), zBytes()}) {
-    zBytes content = Bytes("old");
+    zBytes content = ToBytes("old");
     GetResourceData(archive, "b", content, Alloc());
     EXPECT_TRUE(content.empty());
   }

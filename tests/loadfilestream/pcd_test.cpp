@@ -1,0 +1,317 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "getfilestream/getfilestream.h"
+#include "support/scans.h"
+
+namespace {
+
+constexpr z32f kNaN = std::numeric_limits<z32f>::quiet_NaN();
+constexpr z32f kInfinity = std::numeric_limits<z32f>::infinity();
+
+using Points = std::vector<zPoint3d32f>;
+
+// A header with lines that cases replace, add or leave out.
+struct Header {
+  std::string version = "# comment\n\n# another\nVERSION 0.7\n";
+  std::string fields = "FIELDS x y z\n";
+  std::string size = "SIZE 4 4 4\n";
+  std::string type = "TYPE F F F\n";
+  std::string count = "COUNT 1 1 1\n";
+  std::string width = "WIDTH 2\n";
+  std::string height = "HEIGHT 2\n";
+  std::string viewpoint = "VIEWPOINT 0 0 0 1 0 0 0\n";
+  std::string points = "POINTS 4\n";
+  std::string data = "DATA binary\n";
+
+  std::string Text() const {
+    return version + fields + size + type + count + width + height + viewpoint + points + data;
+  }
+};
+
+struct Options {
+  z32u width = 0, length = 0;
+  bool swap = false;
+  const zPoint3d64f* invalid = nullptr;
+  const z64f* zoom = nullptr;
+};
+
+struct Loaded {
+  zStatus status;
+  SurfaceBuffer record;
+  std::string warning;
+
+  // "x y z, ..." of each cell.
+  std::string Raws() const {
+    std::string text;
+    for (const zPoint3d16s& p : zArray_Items<zPoint3d16s>(record.points.Get())) {
+      text += Orv::Format(text.empty() ? "%d %d %d" : ", %d %d %d", p.x, p.y, p.z);
+    }
+    return text;
+  }
+  std::vector<z8u> Intensities() const { return ItemsOf<z8u>(record.intensities.Get()); }
+};
+
+Loaded Load(const zBytes& bytes, const Options& options = {}) {
+  Loaded loaded;
+  loaded.record.width = options.width;
+  loaded.record.length = options.length;
+  testing::internal::CaptureStdout();
+  loaded.status = LoadPcdFileBuffer(bytes, loaded.record, options.swap, options.invalid,
+                                    options.zoom, &zAllocator::Default());
+  loaded.warning = testing::internal::GetCapturedStdout();
+  return loaded;
+}
+
+std::string Records(const Points& points) {
+  return {reinterpret_cast<const char*>(points.data()), points.size() * sizeof(zPoint3d32f)};
+}
+
+// Points as one row, or as rows of `width`.
+zBytes Cloud(const Points& points, zSize width = 0) {
+  Header header;
+  if (width == 0) width = points.size();
+  header.width = "WIDTH " + std::to_string(width) + "\n";
+  header.height = "HEIGHT " + std::to_string(points.size() / width) + "\n";
+  header.points = "POINTS " + std::to_string(points.size()) + "\n";
+  return ToBytes(header.Text() + Records(points));
+}
+
+const Points kSquare{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 8}};
+
+TEST(PcdHeader, IsParsedLineByLine) {
+  const std::string plain = Header{}.Text();
+  const struct {
+    const char* what;
+    Header header;
+    bool accepted;
+  } cases[] = {
+      {"plain", {}, true},
+      {"short version", {.version = "VERSION .7\n"}, true},
+      {"blank after the version", {.version = "VERSION 0.7 \n"}, false},
+      {"older version", {.version = "VERSION 0.6\n"}, false},
+      {"comment after the version", {.version = "VERSION 0.7\n# x\n"}, false},
+      {"no count", {.count = ""}, true},
+      {"count of another name", {.count = "xCOUNT1 1 1\n"}, true},
+      {"count without numbers", {.count = "COUNT\n"}, false},
+      {"too few counts", {.count = "COUNT 1 1\n"}, false},
+      {"too many counts", {.count = "COUNT 1 1 1 1\n"}, false},
+      {"count that is no number", {.count = "COUNT 1 1 x\n"}, false},
+      {"blank at the end", {.fields = "FIELDS x y z \n", .size = "SIZE 4 4 4 \n"}, true},
+      {"two blanks", {.fields = "FIELDS x  y z\n"}, false},
+      {"no fields", {.fields = "FIELDS \n", .size = "SIZE 4\n"}, false},
+      {"no z", {.fields = "FIELDS x y Z\n"}, false},
+      {"too few sizes", {.size = "SIZE 4 4\n"}, false},
+      {"too many sizes", {.size = "SIZE 4 4 4 4\n"}, false},
+      {"negative size", {.size = "SIZE 4 4 -4\n"}, false},
+      {"size beyond 32 bits", {.size = "SIZE 4 4 4294967296\n"}, false},
+      {"record beyond 32 bits", {.size = "SIZE 4294967295 4 4\n"}, false},
+      {"count beyond 64 bits", {.count = "COUNT 1 4294967295 4294967295\n"}, false},
+      {"last field cut", {.size = "SIZE 4 4 3\n"}, false},
+      {"no type", {.type = ""}, false},
+      {"any type", {.type = "TYPE \n"}, true},
+      {"type alone", {.type = "TYPE\n"}, false},
+      {"width 0", {.width = "WIDTH 0\n", .points = "POINTS 0\n"}, false},
+      {"height 0", {.height = "HEIGHT 0\n", .points = "POINTS 0\n"}, false},
+      {"negative width", {.width = "WIDTH -2\n"}, false},
+      {"width without a number", {.width = "WIDTH\n"}, false},
+      {"width with more", {.width = "WIDTH 2x\n"}, false},
+      {"blank after the width", {.width = "WIDTH 2 \n"}, true},
+      {"width beyond 32 bits", {.width = "WIDTH 4294967298\n"}, false},
+      {"width and height exchanged", {.width = "HEIGHT 2\n", .height = "WIDTH 2\n"}, false},
+      {"no viewpoint", {.viewpoint = ""}, false},
+      {"empty viewpoint", {.viewpoint = "VIEWPOINT\n"}, true},
+      {"other number of points", {.points = "POINTS 5\n"}, false},
+      {"points of a wrapped product",
+       {.width = "WIDTH 65536\n", .height = "HEIGHT 65536\n", .points = "POINTS 0\n"},
+       false},
+      {"more points than data",
+       {.width = "WIDTH 4294967295\n",
+        .height = "HEIGHT 4294967295\n",
+        .points = "POINTS 18446744065119617025\n"},
+       false},
+      {"compressed", {.data = "DATA binary_compressed\n"}, false},
+      {"data with a blank", {.data = "DATA binary \n"}, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Load(ToBytes(c.header.Text() + Records(kSquare))).status,
+              c.accepted ? zOK : kMalformed)
+        << c.what;
+  }
+  EXPECT_EQ(Load({}).status, kRefused);
+  for (zSize size = 1; size < plain.size(); ++size) {
+    EXPECT_EQ(Load(ToBytes(plain.substr(0, size))).status, kMalformed) << size;
+  }
+  const std::string records = Records(kSquare);
+  EXPECT_EQ(Load(ToBytes(plain + records.substr(1))).status, kMalformed);
+  EXPECT_EQ(Load(ToBytes(plain + records + "padding")).status, zOK);
+  std::string windows;
+  for (const char c : plain) windows += c == '\n' ? "\r\n" : std::string(1, c);
+  EXPECT_EQ(Load(ToBytes(windows + records)).Raws(), Load(ToBytes(plain + records)).Raws());
+  Header text;
+  text.data = "DATA ascii\n";
+  EXPECT_EQ(Load(ToBytes(text.Text() + "0 0 0\n")).status, -996);
+}
+
+TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
+  const zPoint3d64f origin{0, 0, 0};
+  const zPoint3d64f away{9, 9, 8};
+  const z64f zoom = 2;
+  const z64f notANumber = kNaN;
+  const struct {
+    const char* what;
+    zBytes file;
+    Options options;
+    const char* raws;
+    zPoint3d64f scale, offset;
+  } cases[] = {
+      {"plain",
+       Cloud(kSquare, 2),
+       {},
+       "-32767 -32767 -32767, 32767 -32767 -32767, -32767 32767 -32767, 32767 32767 32767",
+       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
+       {0.5, 0.5, 4}},
+      {"swapped",
+       Cloud(kSquare, 2),
+       {.swap = true},
+       "-32767 -32767 -32767, -32767 -32767 32767, -32767 32767 -32767, 32767 32767 32767",
+       {4.0 / 32767, 0.5 / 32767, 0.5 / 32767},
+       {4, 0.5, 0.5}},
+      {"zoomed",
+       Cloud(kSquare, 2),
+       {.zoom = &zoom},
+       "-32767 -32767 -32767, 32767 -32767 -32767, -32767 32767 -32767, 32767 32767 32767",
+       {1.0 / 32767, 1.0 / 32767, 8.0 / 32767},
+       {1, 1, 8}},
+      {"one component invalid, after the swap and before the zoom",
+       Cloud(kSquare, 2),
+       {.swap = true, .invalid = &away, .zoom = &zoom},
+       "-32767 -32767 -32767, -32767 -32767 32767, -32767 32767 -32767, 32767 32767 32767",
+       {8.0 / 32767, 1.0 / 32767, 1.0 / 32767},
+       {8, 1, 1}},
+      {"any zero invalid",
+       Cloud(kSquare, 2),
+       {.invalid = &origin},
+       "-32768 -32768 -32768, -32768 -32768 -32768, -32768 -32768 -32768, 32767 32767 32767",
+       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
+       {0.5, 0.5, 4}},
+      {"halves round away from zero",
+       Cloud({{-65534, 5, 0}, {1, 5, 0}, {-1, 5, 0}, {65534, 5, 0}}, 2),
+       {},
+       "-32767 0 0, 1 0 0, -1 0 0, 32767 0 0",
+       {2, 0, 0},
+       {0, 5, 0}},
+      {"not finite",
+       Cloud({{kNaN, 1, 1}, {1, kInfinity, 1}, {1, 1, -kInfinity}, {3, 4, 5}}, 2),
+       {},
+       "-32768 -32768 -32768, -32768 -32768 -32768, -32768 -32768 -32768, 0 0 0",
+       {0, 0, 0},
+       {3, 4, 5}},
+      {"zoom that is no number",
+       Cloud({{1, 2, 3}}),
+       {.zoom = &notANumber},
+       "0 0 0",
+       {kNaN, kNaN, kNaN},
+       {kNaN, kNaN, kNaN}},
+      {"range beyond 32-bit floats",
+       Cloud({{-3e38F, 0, 0}, {3e38F, 0, 0}, {0, 0, 0}, {0, 0, 0}}, 2),
+       {},
+       "0 0 0, 0 0 0, 0 0 0, 0 0 0",
+       {kInfinity, 0, 0},
+       {0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const Loaded loaded = Load(c.file, c.options);
+    ASSERT_EQ(loaded.status, zOK);
+    EXPECT_EQ(loaded.Raws(), c.raws);
+    EXPECT_EQ(loaded.warning, "");
+    EXPECT_EQ(loaded.record.hasIntensity, 0U);
+    const auto text = [](const zPoint3d64f& p) {
+      return Orv::Format("%.17g %.17g %.17g", p.x, p.y, p.z);
+    };
+    EXPECT_EQ(text(loaded.record.scale), text(c.scale));
+    EXPECT_EQ(text(loaded.record.offset), text(c.offset));
+  }
+}
+
+TEST(PcdSurface, TakesTheWishedSizeOrASquare) {
+  const std::string invalid = "-32768 -32768 -32768";
+  const std::string low = "-32767 0 0";
+  const std::string high = "32767 0 0";
+  const Points row{{-1, 0, 0}, {1, 0, 0}, {-1, 0, 0}};
+  const struct {
+    zBytes file;
+    Options options;
+    std::string raws, sizes;  // sizes of the warning
+  } cases[] = {
+      {
+          Cloud(row),
+          {},
+          low + ", " + high + ", " + low + ", " + invalid,
+          "[2, 2]",
+      },
+      {Cloud(row, 1), {}, low + ", " + high + ", " + low + ", " + invalid, "[2, 2]"},
+      {Cloud(row), {.width = 3}, low + ", " + high + ", " + low + ", " + invalid, "[2, 2]"},
+      {Cloud(row), {.width = 1, .length = 2}, low + ", " + high, "[1, 2]"},
+      {Cloud(row),
+       {.width = 1, .length = 4},
+       low + ", " + high + ", " + low + ", " + invalid,
+       "[1, 4]"},
+      {Cloud(row), {.width = 1, .length = 3}, low + ", " + high + ", " + low, ""},
+      {Cloud({row[0]}), {}, "0 0 0", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sizes);
+    const Loaded loaded = Load(c.file, c.options);
+    ASSERT_EQ(loaded.status, zOK);
+    EXPECT_EQ(loaded.Raws(), c.raws);
+    EXPECT_EQ(loaded.warning.empty(), c.sizes.empty());
+    EXPECT_EQ(loaded.warning.rfind("[WARNING] The export surface's size is " + c.sizes +
+                                       " and the input surface's size is [",
+                                   0),
+              c.sizes.empty() ? std::string::npos : 0);
+  }
+  EXPECT_EQ(Load(Cloud(Points(1000, row[0]))).warning,
+            "[WARNING] The export surface's size is [32, 32] and the input surface's size is "
+            "[1000, 1].\n");
+  for (const z32u side : {z32u{20000}, z32u{1} << 31, ~z32u{0}}) {
+    EXPECT_EQ(Load(Cloud(row), {.width = side, .length = side}).status, zERROR_MEMORY) << side;
+  }
+}
+
+TEST(PcdSurface, TakesIntensitiesFromIntensityAndColor) {
+  struct Record {
+    zPoint3d32f point;
+    z32f intensity;
+    z8u color[4];
+  };
+  const Record records[] = {{{0, 0, 0}, 0.5F, {255, 0, 0, 9}},
+                            {{1, 1, 1}, 1, {0, 255, 0, 9}},
+                            {{kNaN, 0, 0}, 1.5F, {255, 255, 255, 9}},
+                            {{0, 0, 0}, kNaN, {0, 0, 255, 9}}};
+  const std::string data(reinterpret_cast<const char*>(records), sizeof records);
+  const auto load = [&](const char* fields, const Options& options = {}) {
+    Header header;
+    header.fields = std::string("FIELDS x y z ") + fields + "\n";
+    header.size = "SIZE 4 4 4 4 1\n";
+    header.type = "TYPE F F F F U\n";
+    header.count = "COUNT 1 1 1 1 4\n";
+    return Load(ToBytes(header.Text() + data), options).Intensities();
+  };
+  using Bytes = std::vector<z8u>;
+  EXPECT_EQ(load("_ _"), Bytes{});
+  EXPECT_EQ(load("intensity _"), (Bytes{127, 255, 126, 0}));  // 382 keeps its low byte
+  EXPECT_EQ(load("_ rgb"), (Bytes{76, 149, 255, 29}));
+  EXPECT_EQ(load("_ rgba"), (Bytes{76, 149, 255, 29}));
+  EXPECT_EQ(load("intensity rgb"), (Bytes{127, 76, 255, 149}));  // two bytes a point
+  EXPECT_EQ(load("intensity _", {.width = 2, .length = 3}), (Bytes{127, 255, 126, 0, 255, 255}));
+  EXPECT_EQ(load("intensity rgb", {.width = 5, .length = 2}),
+            (Bytes{127, 76, 255, 149, 126, 255, 0, 29, 255, 255}));
+  EXPECT_EQ(load("intensity _", {.width = 1, .length = 1}), (Bytes{127}));
+}
+
+}  // namespace
