@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Makes the example data beside this file: a small machined part on a table, as a laser scanner
-sees it (part.sur); the part on its way under two scanners (scans/); a scanner's configuration
+sees it (part.sur), as a line of it (part.pro), as a small surface with intensities (part.srf) and as
+a point cloud (part.pcd); the part on its way under two scanners (scans/); a scanner's configuration
 (config/).
 
 With --check it only tells, by its exit code, whether the data is what it would make.
@@ -11,13 +12,14 @@ import io
 import json
 import math
 import random
+import struct
 import sys
 import tarfile
 import tempfile
 from array import array
 from pathlib import Path
 
-from sur_file import INVALID, write_sur
+from sur_file import INVALID, PROFILE, write_sur
 
 Z_STEP = 0.001  # mm for each raw height
 TOP = 4.0  # mm from the table to the top of the plate
@@ -94,6 +96,55 @@ def write_scan(path, width, length, step, centre=(0.0, 0.0)):
     write_sur(path, width, rows, (step, step, Z_STEP), corner)
 
 
+def write_profile(path):
+    """The line along y = 0, through the pocket and past the bore."""
+    width, step = 640, 0.025
+    write_sur(path, width, scan(width, 1, step), (step, 1.0, Z_STEP),
+              (-(width - 1) / 2 * step, 0.0, 0.0), PROFILE)
+
+
+def brightness(rows, j, i):
+    """From 0 to 255; darker on a slope, 0 where nothing was seen."""
+    raw, beside = rows[j][i], rows[j][max(i - 1, 0)]
+    if INVALID in (raw, beside):
+        return 0
+    return max(40, 220 - abs(raw - beside) // 2)
+
+
+def write_srf(path):
+    """A coarse scan with intensities."""
+    width, length, step = 80, 60, 0.2
+    rows = scan(width, length, step)
+    with open(path, "wb") as file:
+        file.write(struct.pack("<3I6d", 1, width, length, step, step, Z_STEP,
+                               -(width - 1) / 2 * step, -(length - 1) / 2 * step, 0.0))
+        for row in rows:
+            file.write(struct.pack(f"<{width}h", *row))
+        file.write(b"\x01")
+        file.write(bytes(brightness(rows, j, i) for j in range(length) for i in range(width)))
+
+
+def write_pcd(path):
+    """The part as a depth camera above it sees it: organised, NaN where nothing came back."""
+    width, length, step, camera = 80, 60, 0.2, 60.0  # the camera is 60 mm above the table
+    rows = scan(width, length, step)
+    header = ("# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\nFIELDS x y z intensity\n"
+              "SIZE 4 4 4 4\nTYPE F F F F\nCOUNT 1 1 1 1\n"
+              f"WIDTH {width}\nHEIGHT {length}\nVIEWPOINT 0 0 0 1 0 0 0\n"
+              f"POINTS {width * length}\nDATA binary\n")
+    with open(path, "wb") as file:
+        file.write(header.encode())
+        for j, row in enumerate(rows):
+            for i, raw in enumerate(row):
+                point = (math.nan,) * 3
+                if raw != INVALID:
+                    z = raw * Z_STEP
+                    nearer = (camera - z) / camera  # rays spread from the camera
+                    point = ((i - (width - 1) / 2) * step * nearer,
+                             (j - (length - 1) / 2) * step * nearer, z)
+                file.write(struct.pack("<4f", *point, brightness(rows, j, i) / 255))
+
+
 def make_scans(folder):
     """Three frames of two scanners that look at the left and the right half of the part, while it
     moves by 1 mm from frame to frame."""
@@ -143,6 +194,9 @@ def make_config(folder):
 
 def make(folder):
     write_scan(folder / "part.sur", 320, 240, 0.05)
+    write_profile(folder / "part.pro")
+    write_srf(folder / "part.srf")
+    write_pcd(folder / "part.pcd")
     make_scans(folder / "scans")
     make_config(folder / "config")
 

@@ -105,6 +105,37 @@ TEST_F(Program, ConvertsTheExamples) {
     const std::string file = std::string("Frame-0001_") + side + ".sur";
     EXPECT_EQ(ReadFile("frame-" + file), ReadFile("scans/scan-" + file));
   }
+  for (const std::string kind : {".pro", ".srf"}) {
+    EXPECT_EQ(RunProgram({"-i", "part" + kind, "-o", "b.rep"}).exitCode, 0);
+    EXPECT_EQ(RunProgram({"-i", "b.rep", "-o", "back" + kind}).exitCode, 0);
+    EXPECT_EQ(ReadFile("back" + kind), ReadFile("part" + kind));
+  }
+}
+
+// The bytes of a cloud after its header.
+std::string PointsOf(const std::string& file) {
+  const std::string text = ReadFile(file);
+  const std::string last = "DATA binary\n";
+  return text.substr(text.find(last) + last.size());
+}
+
+TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
+  const std::string tool = "pcl_convert_pcd_ascii_binary";
+  if (std::system(("command -v " + tool + " >tool.txt").c_str()) != 0) {
+    GTEST_SKIP() << "no " << tool << " (Debian's pcl-tools)";
+  }
+  for (const char* scan : {"part.sur", "part.srf", "part.pcd"}) {
+    SCOPED_TRACE(scan);
+    EXPECT_EQ(RunProgram({"-i", std::string(EXAMPLES_DIR "/") + scan, "-o", "b.rep"}).exitCode, 0);
+    EXPECT_EQ(RunProgram({"-i", "b.rep", "-o", "ours.pcd"}).exitCode, 0);
+    ASSERT_EQ(std::system((tool + " ours.pcd theirs.pcd 1 >tool.txt 2>&1").c_str()), 0);
+    const std::string points = PointsOf("ours.pcd");
+    ASSERT_FALSE(points.empty());
+    EXPECT_EQ(PointsOf("theirs.pcd").substr(0, points.size()), points);  // theirs are padded
+    EXPECT_EQ(RunProgram({"-i", "ours.pcd", "-o", "ours.rep"}).exitCode, 0);
+    EXPECT_EQ(RunProgram({"-i", "theirs.pcd", "-o", "theirs.rep"}).exitCode, 0);
+    EXPECT_EQ(ReadFile("theirs.rep"), ReadFile("ours.rep"));
+  }
 }
 
 TEST_F(Program, ExchangesArchivesWithTar) {
