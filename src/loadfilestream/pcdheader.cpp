@@ -53,10 +53,10 @@ class RecordLayout {
     cloud_.x = *x_;
     cloud_.y = *y_;
     cloud_.z = *z_;
-    return std::ranges::all_of(std::initializer_list{x_, y_, z_, cloud_.intensity, cloud_.color},
-                               [&](const std::optional<z32u>& offset) {
-                                 return !offset || *offset + kFieldSize <= stride_;
-                               });
+    const std::optional<z32u> used[] = {x_, y_, z_, cloud_.intensity, cloud_.color};
+    return std::ranges::all_of(used, [&](const std::optional<z32u>& offset) {
+      return !offset || *offset + kFieldSize <= stride_;
+    });
   }
 
  private:

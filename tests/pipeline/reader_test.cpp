@@ -107,6 +107,8 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
   const auto payload = [](const std::string& data) {
     return mcap::File(mcap::Chunk(mcap::FrameIndex() + mcap::Message(1, data)));
   };
+  // A frame of no bytes that asks for a window of 128 MiB.
+  const std::string greedy("\x28\xB5\x2F\xFD\x00\x88\x01\x00\x00", 9);
   const std::string half(std::string(mcap::Chunk(frame, "zstd")).substr(0, 60));
   const struct {
     const char* complaint;
@@ -140,6 +142,10 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"chunk declares", mcap::File(mcap::Chunk(frame, "zstd", z64s{1} << 60))},
       {"longer than", mcap::File(mcap::Chunk(frame, "lz4", -1))},
       {"longer than", mcap::File(mcap::Chunk(std::string(3000000, 0), "zstd", -1))},
+      {"too much memory",
+       mcap::File(mcap::Record(0x06, mcap::Raw(z64u{0}) + mcap::Raw(z64u{0}) + mcap::Raw(z64u{0}) +
+                                         mcap::Raw(z32u{0}) + mcap::Text("zstd") +
+                                         mcap::Raw(z64u{9}) + greedy))},
       {"unknown compression \"bz2\"", mcap::File(mcap::Chunk(frame, "bz2"))},
       {"record content takes", mcap::File(half)},
       {"records of the compressed chunk", mcap::File(mcap::Chunk("\x05", "lz4"))},

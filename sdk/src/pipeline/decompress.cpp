@@ -37,7 +37,12 @@ struct Zstd {
   std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context{ZSTD_createDCtx(), ZSTD_freeDCtx};
 
   Zstd() {
+    // A frame may ask for a window of many times its size. Chunks of recordings need less: the
+    // largest that zstd itself makes for contents of up to 32 MiB.
+    constexpr int kWindowLogMax = 25;
     if (context == nullptr) throw std::bad_alloc();
+    const zSize set = ZSTD_DCtx_setParameter(context.get(), ZSTD_d_windowLogMax, kWindowLogMax);
+    if (ZSTD_isError(set) != 0) throw std::string_view(ZSTD_getErrorName(set));
   }
 
   bool Step(const z8u* input, zSize& inputSize, z8u* output, zSize& outputSize) {

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// Point clouds with options, through a message and back. The options stand at the end of the input.
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <bit>
+
+#include "fuzz.h"
+#include "getfilestream/getfilestream.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedDataProvider input(data, size);
+  const auto width = input.ConsumeIntegral<std::uint8_t>();
+  const auto height = input.ConsumeIntegral<std::uint8_t>();
+  const auto switches = input.ConsumeIntegral<std::uint8_t>();
+  const auto real = [&] {
+    const std::int64_t bits = input.ConsumeIntegral<std::int64_t>();
+    return (switches & 8) != 0 ? std::bit_cast<z64f>(bits) : static_cast<z64f>(bits % 1000) / 8;
+  };
+  const zPoint3d64f invalid{real(), real(), real()};
+  const z64f zoom = real();
+  const auto bytes = input.ConsumeRemainingBytes<std::uint8_t>();
+  Attempt([&] {
+    Handle message;
+    GenerateSurfaceMsgFromBuffer(message, zBytes(bytes.begin(), bytes.end()), width, height,
+                                 (switches & 1) != 0, (switches & 2) != 0 ? &invalid : nullptr,
+                                 (switches & 4) != 0 ? &zoom : nullptr, Alloc());
+    const Handle cloud = MakeStream();
+    GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), Alloc());
+    Handle again;
+    GenerateSurfaceMsgFromBuffer(again, BytesOf(cloud.Get()), 0, 0, false, nullptr, nullptr,
+                                 Alloc());
+  });
+  return 0;
+}
