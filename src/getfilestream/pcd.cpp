@@ -23,9 +23,10 @@ void ForEachPoint(MxMsg message, Use use) {
     throw Orv::Exception(__LINE__, "getfilestream", -996, "GetAllPointsPcd", "");
   }
   const z32u width = MxSurfaceMsg_Width(message);
+  const z32u length = width == 0 ? 0 : MxSurfaceMsg_Length(message);  // rows of nothing are many
   const zPoint3d64f scale = *MxSurfaceMsg_Scale(message);
   const zPoint3d64f offset = *MxSurfaceMsg_Offset(message);
-  for (z32u row = 0; row < MxSurfaceMsg_Length(message); ++row) {
+  for (z32u row = 0; row < length; ++row) {
     const void* const points = MxSurfaceMsg_Points(message, row);
     if (type == zType::z16s) {
       const auto* heights = static_cast<const z16s*>(points);
@@ -123,6 +124,8 @@ zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc) {
   if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
   const std::string header = MakeHeader(message);
   const bool hasIntensity = MxSurfaceMsg_HasIntensity(message);
+  const zObject intensities = MxSurfaceMsg_Intensities(message, 0);
+  if (hasIntensity && intensities == nullptr) return zERROR_MEMORY;
   const zSize cells = zArray_Count(MxSurfaceMsg_PointsArray(message, 0));
   const zSize size = cells * (hasIntensity ? sizeof(IntensePoint) : sizeof(zPoint3d32f));
   zStatus status = zMemory_Reserve(stream, zMemory_Position(stream) + header.size() + size);

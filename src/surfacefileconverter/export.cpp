@@ -108,14 +108,14 @@ void SurfaceFileConverter::writeScan(Plovia::ReplaySerializer& serializer) {
   switch (fileType) {
     case SRF:
     case SUR:
-      GenerateSurfaceMsgFromBuffer(message, fileBuffer, fileType, allocator);
+      GenerateSurfaceMsgFromBuffer(message, *fileBuffer, fileType, allocator);
       break;
     case PRO:
-      GenerateProfileMsgFromBuffer(message, fileBuffer, fileType, allocator);
+      GenerateProfileMsgFromBuffer(message, *fileBuffer, fileType, allocator);
       dataType = UNIFORM_PROFILE;
       break;
     case PCD:
-      GenerateSurfaceMsgFromBuffer(message, fileBuffer, pcdWidth, pcdHeight, pcdFlipXZ != 0,
+      GenerateSurfaceMsgFromBuffer(message, *fileBuffer, pcdWidth, pcdHeight, pcdFlipXZ != 0,
                                    invalidPoint.get(), pcdZoom.get(), allocator);
       dataType = SURFACE_POINT_CLOUD;
       break;

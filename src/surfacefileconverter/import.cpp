@@ -39,8 +39,10 @@ void SurfaceFileConverter::importFile(std::string fileName) {
   inputBaseName = fileName.substr(0, dot);
   imported = false;
   frameIndex = 0;
-  replayBuffer = {};  // a part of the bytes that are read over now
-  ReadFileBuffer(fileName, fileBuffer);
+  replayBuffer = {};
+  frames.clear();
+  fileBuffer = std::make_shared<zBytes>();
+  ReadFileBuffer(fileName, *fileBuffer);
   switch (fileType) {
     case SRF:
     case SUR:
@@ -51,11 +53,11 @@ void SurfaceFileConverter::importFile(std::string fileName) {
       break;
     case REC:
     case REP:
-      replayBuffer = fileBuffer;
+      replayBuffer = *fileBuffer;
       importRecording();
       break;
     case OVREC:
-      replayBuffer = GetReplayData(fileBuffer, allocator);
+      replayBuffer = GetReplayData(*fileBuffer, allocator);
       importRecording();
       break;
     default:
@@ -65,7 +67,7 @@ void SurfaceFileConverter::importFile(std::string fileName) {
 
 void SurfaceFileConverter::importRecording() {
   Plovia::ReplaySerializer serializer;
-  serializer.LoadBuffer(replayBuffer);
+  serializer.LoadBuffer(replayBuffer, fileBuffer);
   GetCloudsInfoFromRecordingData(serializer, scannerInfos, dataSourceType, arrayed, frames);
   sanitizeScannerNames();
   imported = true;

@@ -116,7 +116,8 @@ void SurfaceFileConverter::importFiles(std::string directory) {
   multiFrameCount = -1;
   scannerFileTags.clear();
   inputFiles.clear();
-  replayBuffer = {};  // the export reads over the bytes it is a part of
+  replayBuffer = {};
+  fileBuffer = std::make_shared<zBytes>();  // the export reads each file into it
   const std::string extension = ExtensionOf(names.front());
   const std::size_t markerPosition = names.front().find(kFrameMarker);
   for (const std::string& name : names) {
@@ -170,8 +171,8 @@ std::vector<Plovia::ReplayFrame>& SurfaceFileConverter::GenerateSurfaceMsgsFromM
     for (const std::string& tag : scannerFileTags) {
       for (const std::size_t file : files.Find(frame, tag)) {
         if (fileType != SUR) continue;  // a file of another kind was imported since
-        ReadFileBuffer(inputDirectory + kSeparator + inputFiles[file], fileBuffer);
-        GenerateSurfaceMsgFromBuffer(messages.emplace_back(), fileBuffer, SUR, allocator);
+        ReadFileBuffer(inputDirectory + kSeparator + inputFiles[file], *fileBuffer);
+        GenerateSurfaceMsgFromBuffer(messages.emplace_back(), *fileBuffer, SUR, allocator);
       }
     }
   }

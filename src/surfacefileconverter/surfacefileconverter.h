@@ -76,7 +76,8 @@ class SurfaceFileConverter {
   bool imported = false;
   bool recording = false;
   FileType fileType = SRF;
-  zBytes fileBuffer;                  // the whole imported file
+  // The whole imported file. Messages of a recording share it, so an import makes a new one.
+  std::shared_ptr<zBytes> fileBuffer = std::make_shared<zBytes>();
   std::span<const z8u> replayBuffer;  // the recording's replay stream, a part of fileBuffer
   std::vector<ReplaySourceInfo> scannerInfos;
   std::vector<std::string> scannerFileTags;  // one per entry of scannerInfos

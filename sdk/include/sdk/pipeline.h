@@ -62,8 +62,10 @@ class ReplaySerializer {
   ReplaySerializer& operator=(ReplaySerializer&&) noexcept;
 
   // Checks the stream's structure and checksums. The bytes must stay in place until the last
-  // read; the messages that were read do not depend on them.
-  void LoadBuffer(std::span<const z8u> replay);
+  // read. The messages that were read do not depend on them: with an owner of the bytes, they
+  // share it and copy their points out of the stream when these are first needed, without one at
+  // once.
+  void LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner = nullptr);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
 

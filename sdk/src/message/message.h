@@ -77,7 +77,8 @@ const Value* ValueOf(MxMsg message, Value Scan::*field) noexcept {
 template <class Kind>
 zObject ArrayOf(MxMsg message, Owned<Array> Scan::*field) noexcept {
   const Kind* scan = As<Kind>(message);
-  return scan == nullptr ? nullptr : ToHandle((scan->*field).get());
+  if (scan == nullptr || scan->*field == nullptr || !(scan->*field)->Load()) return nullptr;
+  return ToHandle((scan->*field).get());
 }
 
 // The message's array takes the items of one of its own shape and type.
@@ -87,6 +88,7 @@ zStatus CopyArray(MxMsg message, Owned<Array> Scan::*field, zObject source) noex
   const Array* items = As<Array>(source);
   if (scan == nullptr || items == nullptr || scan->*field == nullptr) return zERROR_PARAMETER;
   if (!(scan->*field)->SameShape(*items)) return zERROR_PARAMETER;
+  if (!items->Load()) return zERROR_MEMORY;
   (scan->*field)->ShareItemsOf(*items);
   return zOK;
 }

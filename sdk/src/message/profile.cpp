@@ -29,7 +29,8 @@ zArray1 MxProfileMsg_PointsArray(MxMsg message, z64u /*index*/) noexcept {
 }
 
 bool MxProfileMsg_HasIntensity(MxMsg message) noexcept {
-  return MxProfileMsg_IntensityArray(message, 0) != nullptr;
+  const Profile* profile = As<Profile>(message);
+  return profile != nullptr && profile->intensities != nullptr;
 }
 
 zArray1 MxProfileMsg_IntensityArray(MxMsg message, z64u /*index*/) noexcept {

@@ -39,8 +39,18 @@ class PayloadBuilder {
   std::vector<Hole> holes_;  // from the end of the buffer to its start
 };
 
-// The message in a payload that stands at `place`. The payload is copied once, into aligned
-// memory, and the message's arrays look into that copy. Throws Orv::Exception for damage.
-Orv::Object<void*> ReadPayload(Bytes payload, const Place& place);
+// Reads payloads, one after the other. Each is copied into aligned memory and verified there.
+class PayloadReader {
+ public:
+  // The message in a payload that stands at `place`. Its arrays look into the copy; with an owner
+  // of the payload, they share that instead and the copy makes room for the next one. Throws
+  // Orv::Exception for damage.
+  Orv::Object<void*> Read(Bytes payload, const std::shared_ptr<const void>& owner,
+                          const Place& place);
+
+ private:
+  Block copy_;
+  zSize capacity_ = 0;
+};
 
 }  // namespace sdk::replay

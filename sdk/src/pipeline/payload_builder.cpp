@@ -77,6 +77,10 @@ PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSi
 
 template <class Item>
 flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const Array& array) {
+  if (!array.Load()) {
+    throw Orv::Exception(__LINE__, "pipeline", zERROR_MEMORY, "Plovia::ReplaySerializer",
+                         "There is not enough memory for a message of the recording");
+  }
   // Points are runs of 16-bit coordinates.
   Item* items = nullptr;
   const flatbuffers::Offset<flatbuffers::Vector<Item>> vector =

@@ -31,11 +31,16 @@ MxStamp ToStamp(const fb::Stamp* stamp) {
           stamp->inputs(),  {stamp->reserved0(), stamp->reserved1(), stamp->reserved2()}};
 }
 
-// Turns one verified payload into messages whose arrays look into it.
-class PayloadReader {
+// Turns one verified payload into messages. Their arrays look into its aligned copy or, where the
+// payload has an owner, into the payload.
+class MessageReader {
  public:
-  PayloadReader(Block payload, zSize size, const Place& place)
-      : payload_(std::move(payload)), bytesLeft_(size), place_(place) {}
+  MessageReader(Block copy, Bytes payload, std::shared_ptr<const void> owner, const Place& place)
+      : copy_(std::move(copy)),
+        payload_(payload),
+        owner_(std::move(owner)),
+        bytesLeft_(payload.size()),
+        place_(place) {}
 
   Owned<sdk::Message> Read(const fb::ScanMessage& message) {
     if (message.data_type() == fb::ScanData::Array && message.data() != nullptr) {
@@ -110,12 +115,16 @@ class PayloadReader {
                   length1, zType_Size(type), items);
     }
     Spend(items);
-    std::byte* start = payload_.get();
+    zSize start = 0;
     if (vector != nullptr) {
-      start += reinterpret_cast<const std::byte*>(vector->data()) - payload_.get();
+      start = static_cast<zSize>(reinterpret_cast<const std::byte*>(vector->data()) - copy_.get());
     }
-    return Checked(
-        Make<Array>(type, length0, length1, Block(payload_, start), &zAllocator::Default()));
+    zAlloc alloc = &zAllocator::Default();
+    if (owner_ == nullptr) {
+      return Checked(Make<Array>(type, length0, length1, Block(copy_, copy_.get() + start), alloc));
+    }
+    return Checked(Make<Array>(type, length0, length1,
+                               std::shared_ptr<const z8u>(owner_, payload_.data() + start), alloc));
   }
 
   // A FlatBuffer may refer to the same table or vector many times. What the messages hold together
@@ -139,31 +148,38 @@ class PayloadReader {
     return object;
   }
 
-  Block payload_;
+  Block copy_;
+  Bytes payload_;
+  std::shared_ptr<const void> owner_;  // of the payload; null: it may go
   z64u bytesLeft_;
   Place place_;
 };
 
 }  // namespace
 
-Orv::Object<void*> ReadPayload(Bytes payload, const Place& place) {
+Orv::Object<void*> PayloadReader::Read(Bytes payload, const std::shared_ptr<const void>& owner,
+                                       const Place& place) {
   if (payload.size() >= FLATBUFFERS_MAX_BUFFER_SIZE) {
     ThrowDamage(place, "a message of %zu bytes is larger than a FlatBuffer can be", payload.size());
   }
-  Block copy = AllocateBlock(&zAllocator::Default(), payload.size(), Fill::none);
-  if (copy == nullptr) ThrowNoMemory();
-  std::ranges::copy(payload, reinterpret_cast<z8u*>(copy.get()));
+  if (copy_ == nullptr || copy_.use_count() > 1 || payload.size() > capacity_) {
+    copy_.reset();
+    copy_ = AllocateBlock(&zAllocator::Default(), payload.size(), Fill::none);
+    if (copy_ == nullptr) ThrowNoMemory();
+    capacity_ = payload.size();
+  }
+  std::ranges::copy(payload, reinterpret_cast<z8u*>(copy_.get()));
 
   constexpr flatbuffers::uoffset_t kMaxDepth = 8;  // message, array, item, scan
   const auto maxTables = static_cast<flatbuffers::uoffset_t>(payload.size() / 4 + 1);
-  flatbuffers::Verifier verifier(reinterpret_cast<const z8u*>(copy.get()), payload.size(),
+  flatbuffers::Verifier verifier(reinterpret_cast<const z8u*>(copy_.get()), payload.size(),
                                  kMaxDepth, maxTables);
   if (!fb::VerifyScanMessageBuffer(verifier)) {
     ThrowDamage(place, "the message of %zu bytes is no intact FlatBuffer of a scan",
                 payload.size());
   }
-  const fb::ScanMessage& message = *fb::GetScanMessage(copy.get());
-  PayloadReader reader(copy, payload.size(), place);
+  const fb::ScanMessage& message = *fb::GetScanMessage(copy_.get());
+  MessageReader reader(copy_, payload, owner, place);
   return Orv::Object<void*>(ToHandle(reader.Read(message).release()));
 }
 

@@ -2,7 +2,6 @@
 #include "pipeline/replay_reader.h"
 
 #include "pipeline/decompress.h"
-#include "pipeline/payload.h"
 
 namespace sdk::replay {
 
@@ -62,9 +61,9 @@ Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame) {
     const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
     Place place{message.offset};
     if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
-    messages.push_back(ReadPayload(
+    messages.push_back(payloads_.Read(
         records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
-        place));
+        compressed ? nullptr : owner_, place));
   }
   return messages;
 }

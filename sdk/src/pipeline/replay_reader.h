@@ -2,14 +2,16 @@
 // Reads the frames of an indexed recording stream.
 #pragma once
 
+#include "pipeline/payload.h"
 #include "pipeline/replay_index.h"
 
 namespace sdk::replay {
 
 class ReplayReader {
  public:
-  // The stream must outlive the reader.
-  explicit ReplayReader(Bytes stream) : stream_(stream), index_(IndexReplay(stream)) {}
+  // The stream must outlive the reader. Messages share its owner, where there is one.
+  ReplayReader(Bytes stream, std::shared_ptr<const void> owner)
+      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream)) {}
 
   const ReplayIndex& Index() const { return index_; }
 
@@ -29,11 +31,13 @@ class ReplayReader {
   Bytes CompressedRecords(z32u chunk);
 
   Bytes stream_;
+  std::shared_ptr<const void> owner_;
   ReplayIndex index_;
   zSize segmentsBegun_ = 0;
   zSize framesRead_ = 0;  // of the current segment
   z32u cachedChunk_ = kNoChunk;
   zBytes cachedRecords_;  // of that chunk: frames come in order, so one is enough
+  PayloadReader payloads_;
 };
 
 }  // namespace sdk::replay

@@ -61,9 +61,9 @@ ReplaySerializer::Reader& ReplaySerializer::Loaded(const char* function) const {
   return *reader_;
 }
 
-void ReplaySerializer::LoadBuffer(std::span<const z8u> replay) {
+void ReplaySerializer::LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner) {
   reader_ = Guarded("Plovia::ReplaySerializer::LoadBuffer",
-                    [&] { return std::make_unique<Reader>(replay); });
+                    [&] { return std::make_unique<Reader>(replay, std::move(owner)); });
 }
 
 ReplayInfo ReplaySerializer::GetReplayInfo() const {
