@@ -15,10 +15,12 @@ void consolePrint(std::string_view format, const Values&... values) {
   consoleWrite(Orv::Format(format, values...));
 }
 
-// One status line: a prefix such as "[INFO] ", the message (a format), and a full stop.
+// One status line: a prefix such as "[INFO] ", the message (a format), and a full stop. The whole
+// line is written, or nothing when there is no memory for the message.
 template <class... Values>
 void consoleStatus(std::string_view prefix, std::string_view format, const Values&... values) {
-  consolePrint(prefix);
-  consolePrint(format, values...);
-  consolePrint(".\n");
+  const std::string message = Orv::Format(format, values...);
+  consoleWrite(prefix);
+  consoleWrite(message);
+  consoleWrite(".\n");
 }

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Entry: the banner, the log file, the libraries, and the one place where errors are caught.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <string>
 
@@ -35,33 +38,42 @@ void StartLibraries() {
 
 int ReportFailure(const Orv::Exception& failure, std::ofstream& log) {
   consoleStatus("[ERROR] ", failure.what());
-  log << failure.to_string(0) << std::endl;
+  try {
+    log << failure.to_string(0) << std::endl;
+  } catch (const std::exception&) {
+    // The console has the report.
+  }
   return 1;
 }
 
 int Run(int argc, char** argv, std::ofstream& log) {
   try {
     StartLibraries();
-  } catch (const Orv::Exception& failure) {
-    return ReportFailure(failure, log);
-  }
-  CommandArgsOperator commandArgs;
-  try {
+    CommandArgsOperator commandArgs;
     std::string line;
     for (int i = 1; i < argc; ++i) line.append(argv[i]).append(" ");
     commandArgs.process(parseCommandLine(line, commandArgs.getKnownOptions()));
   } catch (const Orv::Exception& failure) {
     return ReportFailure(failure, log);
-  } catch (const std::exception& failure) {
-    consoleStatus("[ERROR] ", "std::exception - %s", failure.what());
-    return 1;
   }
   return 0;
 }
 
-}  // namespace
+// Takes no memory: there may be none.
+void ReportWithoutMemory(const char* message) {
+  consoleWrite("[ERROR] std::exception - ");
+  consoleWrite(message);
+  consoleWrite(".\n");
+}
 
-int main(int argc, char** argv) {
+// Some operations of the libraries promise not to fail and end the program where memory does.
+[[noreturn]] void ReportTermination() {
+  ReportWithoutMemory("std::bad_alloc");
+  static_cast<void>(std::fflush(stdout));
+  std::_Exit(1);
+}
+
+int OpenLogAndRun(int argc, char** argv) {
   consoleWrite("Trelvane " TRELVANE_VERSION "\n");
   if (argc < 2) {
     printUsage();
@@ -74,4 +86,16 @@ int main(int argc, char** argv) {
     return 1;
   }
   return Run(argc, argv, log);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::set_terminate(ReportTermination);
+  try {
+    return OpenLogAndRun(argc, argv);
+  } catch (const std::exception& failure) {
+    ReportWithoutMemory(failure.what());
+  }
+  return 1;
 }

@@ -35,6 +35,7 @@ class CommandArgsOperator {
   void reportRecording();
   void configure(const ParsedArgs& args);
   void reportFrames(const std::string& output);
+  void reportExports() const;
 
   SurfaceFileConverter converter;
   std::vector<std::string> knownOptions;

@@ -69,9 +69,16 @@ void CommandArgsOperator::process(const ParsedArgs& args) {
     Fail(358, "No file was exported because the export file name wasn't specified");
   }
   converter.exportFile(exportName);
+  reportExports();
+}
+
+// All lines or, when there is no memory for them, none: what is reported is the last thing done.
+void CommandArgsOperator::reportExports() const {
+  std::string report;
   for (const std::string& name : converter.getExportedFileNames()) {
-    consoleStatus(kInfo, "Successfully exported '" + name + "'");
+    report += kInfo + Orv::Format("Successfully exported '" + name + "'") + ".\n";
   }
+  consoleWrite(report);
 }
 
 // A name that does not exist is no error here: the first question to the converter is.

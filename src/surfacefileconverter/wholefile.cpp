@@ -9,25 +9,45 @@
 
 namespace {
 
-// A device keeps its place in the file system, whatever went wrong.
-void RemoveTruncatedFile(const std::string& path) {
-  std::error_code ignored;
-  if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
-}
+// Removes the file that is being written, unless it is finished. A device keeps its place in the
+// file system, whatever went wrong.
+class UnfinishedFile {
+ public:
+  explicit UnfinishedFile(const std::filesystem::path& path) : path_(path) {}
+  ~UnfinishedFile() {
+    std::error_code ignored;
+    if (begun_ && std::filesystem::is_regular_file(path_, ignored)) {
+      std::filesystem::remove(path_, ignored);
+    }
+  }
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+  void Begin() { begun_ = true; }
+  void Finish() { begun_ = false; }
+
+ private:
+  std::filesystem::path path_;
+  bool begun_ = false;
+};
 
 void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path) {
-  std::ofstream file;
+  const auto require = [&](int line, bool done, const char* failure) {
+    if (!done) throw Orv::Exception(line, kSourceFile, kBadInput, function, failure + path);
+  };
+  UnfinishedFile unfinished(path);
+  Orv::Object<void*> file;
   // A name with a zero in it, as a recording may suggest, would be cut there.
-  if (path.find('\0') == std::string::npos) file.open(path, std::ios::binary | std::ios::trunc);
-  if (!file.is_open()) {
-    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to open " + path);
-  }
-  file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-  file.close();
-  if (file.fail()) {
-    RemoveTruncatedFile(path);
-    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to write " + path);
-  }
+  const bool whole = path.find('\0') == std::string::npos;
+  require(__LINE__,
+          whole &&
+              zFile_Construct(file.Out(), path.c_str(), zFILE_WRITE, &zAllocator::Default()) == zOK,
+          "Failed to open ");
+  unfinished.Begin();
+  const zStatus written = zStream_Write(file.Get(), bytes, size);
+  const zStatus closed = file.Release();
+  require(__LINE__, written == zOK && closed == zOK, "Failed to write ");
+  unfinished.Finish();
 }
 
 }  // namespace

@@ -19,12 +19,18 @@ z64s TellFile(std::FILE* file) { return ftello(file); }
 
 class File : public sdk::Stream {
  public:
-  File(std::FILE* file, zAlloc alloc) noexcept : file_(file), alloc_(alloc) {}
+  explicit File(zAlloc alloc) noexcept : alloc_(alloc) {}
   ~File() override {
     if (file_ != nullptr) static_cast<void>(std::fclose(file_));
   }
 
+  bool Open(const char* path, z32s mode) noexcept {
+    file_ = std::fopen(path, mode == zFILE_READ ? "rb" : "wb");
+    return file_ != nullptr;
+  }
+
   zStatus Finish() noexcept override {
+    if (file_ == nullptr) return zOK;  // never opened
     const bool closed = std::fclose(std::exchange(file_, nullptr)) == 0;
     return closed ? zOK : zERROR_STREAM;
   }
@@ -55,7 +61,7 @@ class File : public sdk::Stream {
 
  private:
   sdk::Block buffer_;  // outlives the file that uses it
-  std::FILE* file_;
+  std::FILE* file_ = nullptr;
   zAlloc alloc_;
 };
 
@@ -97,11 +103,9 @@ zStatus zFile_Construct(zFile* file, const char* path, z32s mode, zAlloc alloc) 
   if (file == nullptr || path == nullptr || alloc == nullptr) return zERROR_PARAMETER;
   if (mode != zFILE_READ && mode != zFILE_WRITE) return zERROR_PARAMETER;
   if (zDirectory_Exists(path)) return zERROR_NOT_FOUND;  // some systems open one for reading
-  std::FILE* opened = std::fopen(path, mode == zFILE_READ ? "rb" : "wb");
-  if (opened == nullptr) return zERROR_NOT_FOUND;
-  auto made = sdk::Make<File>(opened, alloc);
-  if (made == nullptr) static_cast<void>(std::fclose(opened));
-  return sdk::HandOut(file, std::move(made));
+  auto made = sdk::Make<File>(alloc);
+  if (made == nullptr) return zERROR_MEMORY;  // before a file that is there is truncated
+  return made->Open(path, mode) ? sdk::HandOut(file, std::move(made)) : zERROR_NOT_FOUND;
 }
 
 zStatus zFile_SetWriteBuffer(zFile file, zSize size) noexcept {
