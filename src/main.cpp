@@ -10,6 +10,7 @@
 #include "console.h"
 #include "sdk/message.h"
 #include "sdk/pipeline.h"
+#include "statuses.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ void StartLibraries() {
   static MxLib messageLibrary = nullptr;
   static PloviaLib pipelineLibrary = nullptr;
   const auto require = [](zStatus status, int line, const char* message) {
-    if (status != zOK) throw Orv::Exception(line, "main", -990, "OrvLibInit", message);
+    if (status != zOK) throw Orv::Exception(line, "main", kNotStarted, "OrvLibInit", message);
   };
   require(zCoreLib_Construct(&coreLibrary), 76, "Failed to initialize zCoreLib");
   require(MxLib_Construct(&messageLibrary), 77, "Failed to initialize MxLib");

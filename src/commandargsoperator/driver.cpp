@@ -5,12 +5,13 @@
 #include "commandargsoperator/commandargsoperator.h"
 #include "console.h"
 #include "numbers.h"
+#include "statuses.h"
 
 namespace {
 
 constexpr const char* kInfo = "[INFO] ";
 
-[[noreturn]] void Fail(int line, const char* message, zStatus status = -997) {
+[[noreturn]] void Fail(int line, const char* message, zStatus status = kBadInput) {
   throw Orv::Exception(line, "commandargsoperator", status, "CommandArgsOperator::process",
                        message);
 }
@@ -55,7 +56,7 @@ void CommandArgsOperator::process(const ParsedArgs& args) {
     if (input == nullptr && output == nullptr && Find(args, "-f", "--frame") == nullptr) return;
   }
   if (input == nullptr) {
-    Fail(274, "No file was exported because no file has been imported yet", -990);
+    Fail(274, "No file was exported because no file has been imported yet", kNotStarted);
   }
   if (input->empty()) {
     Fail(236, "No file was exported because the input file/directory name wasn't specified.");

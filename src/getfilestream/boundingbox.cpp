@@ -11,10 +11,10 @@ constexpr const char* kProfile = "GetProfileBoundingBox";
 constexpr const char* kFile = "getfilestream";
 
 Orv::Exception EmptySurface(int line) {
-  return {line, kFile, -997, kSurface, "The input surface is empty"};
+  return {line, kFile, kBadInput, kSurface, "The input surface is empty"};
 }
 Orv::Exception EmptyProfile(int line) {
-  return {line, kFile, -997, kProfile, "The input profile is empty"};
+  return {line, kFile, kBadInput, kProfile, "The input profile is empty"};
 }
 
 struct Extent {
@@ -105,7 +105,7 @@ BoundingBox6 GetSurfaceBoundingBox(const SurfaceBuffer& record) {
     case zType::zPoint3d16s:
       return PointCloudBox(record);
     default:
-      throw Orv::Exception(__LINE__, kFile, -996, kSurface, "Unsupported surface type");
+      throw Orv::Exception(__LINE__, kFile, kNotImplemented, kSurface, "Unsupported surface type");
   }
 }
 
@@ -117,6 +117,6 @@ BoundingBox6 GetProfileBoundingBox(const ProfileBuffer& record) {
     case zType::zPoint16s:
       return PointProfileBox(record);
     default:
-      throw Orv::Exception(__LINE__, kFile, -996, kProfile, "Unsupported profile type");
+      throw Orv::Exception(__LINE__, kFile, kNotImplemented, kProfile, "Unsupported profile type");
   }
 }

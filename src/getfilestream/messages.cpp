@@ -4,8 +4,6 @@
 namespace {
 
 constexpr const char* kFile = "getfilestream";
-constexpr zStatus kBadInput = -997;
-constexpr zStatus kNotImplemented = -996;
 
 // Turns a status other than 1 into an exception of one operation.
 struct Require {

@@ -15,13 +15,23 @@ constexpr zPoint3d32f kInvalidPoint{kNaN, kNaN, kNaN};
 
 z32f ToReal(z64f raw, z64f scale, z64f offset) { return static_cast<z32f>(raw * scale + offset); }
 
-// Gives the point of each cell to `use`, row by row. Throws for points of an unknown type.
+// Throws an exception without a text unless the status is 1.
+void Require(int line, zStatus status) {
+  if (status != zOK) throw Orv::Exception(line, "getfilestream", status, "GetAllPointsPcd", "");
+}
+
+// The type of a surface's points. Throws for one that is not known.
+zType RequirePointType(MxMsg message) {
+  const zType type = MxSurfaceMsg_PointType(message);
+  const bool known = type == zType::z16s || type == zType::zPoint3d16s;
+  Require(__LINE__, known ? zOK : kNotImplemented);
+  return type;
+}
+
+// Gives the point of each cell to `use`, row by row.
 template <class Use>
 void ForEachPoint(MxMsg message, Use use) {
-  const zType type = MxSurfaceMsg_PointType(message);
-  if (type != zType::z16s && type != zType::zPoint3d16s) {
-    throw Orv::Exception(__LINE__, "getfilestream", -996, "GetAllPointsPcd", "");
-  }
+  const zType type = RequirePointType(message);
   const z32u width = MxSurfaceMsg_Width(message);
   const z32u length = width == 0 ? 0 : MxSurfaceMsg_Length(message);  // rows of nothing are many
   const zPoint3d64f scale = *MxSurfaceMsg_Scale(message);
@@ -135,16 +145,14 @@ zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc) {
 }
 
 void GetAllPointsPcd(MxMsg message, Orv::Object<void*>& list, zAlloc alloc) {
-  const auto require = [](int line, zStatus status) {
-    if (status != zOK) throw Orv::Exception(line, "getfilestream", status, "GetAllPointsPcd", "");
-  };
+  RequirePointType(message);
   if (!list) {
     const zSize cells = zArray_Count(MxSurfaceMsg_PointsArray(message, 0));
-    require(__LINE__, zArrayList_Construct(list.Out(), zType::zPoint3d32f, cells, alloc));
+    Require(__LINE__, zArrayList_Construct(list.Out(), zType::zPoint3d32f, cells, alloc));
   } else if (zArrayList_ItemType(list.Get()) != zType::zPoint3d32f) {
-    require(__LINE__, kMalformed);
+    Require(__LINE__, kMalformed);
   }
   ForEachPoint(message, [&](const zPoint3d32f& point) {
-    require(__LINE__, zArrayList_Add(list.Get(), &point));
+    Require(__LINE__, zArrayList_Add(list.Get(), &point));
   });
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "loadfilestream/srfheader.h"
+#include <utility>
 
 #include "getfilestream/getfilestream.h"
+#include "loadfilestream/srfheader.h"
 
 zStatus GetSrfFileStream(MxMsg message, zMemory stream) {
   if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;

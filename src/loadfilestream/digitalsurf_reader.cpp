@@ -18,16 +18,11 @@ zPoint3d64f Widen(z32f x, z32f y, z32f z) {
 }  // namespace
 
 zStatus DigitalSurfReader::Open(const zBytes& bytes, zAlloc alloc) {
-  if (bytes.empty()) return kEmptyInput;
-  zStatus status = zMemory_Construct(stream_.Out(), alloc);
-  if (status != zOK) return status;
-  status = zMemory_Attach(stream_.Get(), bytes.data(), 0, bytes.size(), bytes.size());
-  if (status != zOK) return status;
-  status = zDat6Serializer_Construct(serializer_.Out(), stream_.Get(), alloc);
+  zStatus status = file_.Open(bytes, alloc);
   if (status != zOK) return status;
 
   InitSurHeader(header_);
-  status = ReadSurHeader(serializer_.Get(), header_);
+  status = ReadSurHeader(file_.Serializer(), header_);
   return status == zOK ? SkipZones() : status;
 }
 
@@ -41,20 +36,21 @@ zPoint3d64f DigitalSurfReader::Offset() const {
 
 zStatus DigitalSurfReader::SkipZones() {
   if (header_.commentSize <= 0 && header_.privateSize <= 0) return zOK;
-  const auto position = static_cast<z64s>(zMemory_Position(stream_.Get()));
-  return zStream_Seek(stream_.Get(), position + header_.commentSize + header_.privateSize);
+  return file_.Seek(static_cast<z64s>(file_.Position()) + header_.commentSize +
+                    header_.privateSize);
 }
 
 zStatus DigitalSurfReader::CheckSamples(z32s rows, z32s columns) const {
   if (rows < 0 || columns < 0) return zERROR_PARAMETER;
   const z64u count = static_cast<z64u>(rows) * static_cast<z64u>(columns);
-  const z64u left = zMemory_Length(stream_.Get()) - zMemory_Position(stream_.Get());
+  const z64u left = file_.Left();
   switch (header_.bitsPerPoint) {
     case 16:
       return count <= left / sizeof(z16s) ? zOK : zERROR_STREAM;
     case 32:
       return count <= left / sizeof(z32s) ? zOK : zERROR_STREAM;
     default:
+      // ReadSamples refuses it, once there is an array; a sample of no size bounds none.
       return count <= left ? zOK : kRefused;
   }
 }
@@ -71,8 +67,7 @@ zStatus DigitalSurfReader::ReadSamples(zObject points, InvalidBelow rule) {
 }
 
 zStatus DigitalSurfReader::Read16(zObject points) {
-  const zStatus status =
-      zSerializer_ReadPrimitives(serializer_.Get(), points, zArray_Count(points), 1);
+  const zStatus status = file_.ReadArray(points);
   if (status != zOK || header_.specialPoints != 1) return status;
   const auto threshold = static_cast<z16s>(header_.zMin);
   for (z16s& height : zArray_EditableItems<z16s>(points)) {
@@ -107,7 +102,7 @@ zStatus DigitalSurfReader::Read32(zObject points, InvalidBelow rule) {
 zStatus DigitalSurfReader::FindRange(zSize count, z32s& lowest, z32s& highest) {
   lowest = std::numeric_limits<z32s>::max();
   highest = std::numeric_limits<z32s>::min();
-  const auto start = static_cast<z64s>(zMemory_Position(stream_.Get()));
+  const auto start = static_cast<z64s>(file_.Position());
   const zStatus status = ForEachBlock(count, [&](std::span<const z32s> samples) {
     z32s least = lowest;  // in registers while the block is searched
     z32s greatest = highest;
@@ -118,7 +113,7 @@ zStatus DigitalSurfReader::FindRange(zSize count, z32s& lowest, z32s& highest) {
     lowest = least;
     highest = greatest;
   });
-  return status == zOK ? zStream_Seek(stream_.Get(), start) : status;
+  return status == zOK ? file_.Seek(start) : status;
 }
 
 // Gives the next `count` 32-bit samples to `use`, a block at a time.
@@ -127,7 +122,7 @@ zStatus DigitalSurfReader::ForEachBlock(zSize count, Use use) {
   std::array<z32s, 4096> block;
   for (zSize size = 0; count > 0; count -= size) {
     size = std::min(count, block.size());
-    const zStatus status = zSerializer_Read(serializer_.Get(), zType::z32s, block.data(), size);
+    const zStatus status = file_.Read(zType::z32s, block.data(), size);
     if (status != zOK) return status;
     use(std::span<const z32s>(block.data(), size));
   }

@@ -2,8 +2,8 @@
 // What the readers of Digital Surf surfaces and profiles share: the file's header and its samples.
 #pragma once
 
+#include "loadfilestream/filereader.h"
 #include "loadfilestream/surheader.h"
-#include "sdk/object.h"
 
 // Below which value a 32-bit sample is an invalid point.
 enum class InvalidBelow {
@@ -40,7 +40,6 @@ class DigitalSurfReader {
   template <class Use>
   zStatus ForEachBlock(zSize count, Use use);
 
-  Orv::Object<void*> stream_;      // the whole file
-  Orv::Object<void*> serializer_;  // over the stream; ends before it
+  FileReader file_;
   SurHeader header_;
 };

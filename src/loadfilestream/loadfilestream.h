@@ -4,11 +4,7 @@
 
 #include "sdk/message.h"
 #include "sdk/object.h"
-
-// Statuses of the readers and writers, beside those of the SDK calls that they make.
-inline constexpr zStatus kRefused = 0;        // a file or message that the format does not take
-inline constexpr zStatus kEmptyInput = -999;  // no bytes at all
-inline constexpr zStatus kMalformed = -984;   // a file that breaks its format's rules
+#include "statuses.h"
 
 // A decoded surface. Fresh records are zero and empty.
 struct SurfaceBuffer {

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <limits>
 #include <string>
+#include <system_error>
 
 namespace {
 

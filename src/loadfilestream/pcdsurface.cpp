@@ -11,12 +11,11 @@
 
 namespace {
 
-constexpr zStatus kNotImplemented = -996;
 constexpr zPoint3d16s kInvalidPoint{kInvalidRaw, kInvalidRaw, kInvalidRaw};
 constexpr z8u kPaddingIntensity = 255;
 
-// More cells than a message of a recording holds. A larger size fails before anything is filled.
-constexpr z64u kMostCells = std::numeric_limits<z32s>::max() / sizeof(zPoint3d16s);
+// A message of a recording holds 2 GiB. A larger surface fails here, before anything is filled.
+constexpr z64u kLargestSurface = (z64u{1} << 31) - 4096;  // bytes
 
 // The points as the file has them, after the swap.
 class PointReader {
@@ -161,7 +160,8 @@ zStatus PcdPointsToSurface(std::span<const z8u> data, const PcdCloud& cloud, Sur
                   record.width, record.length, cloud.width, cloud.height);
   }
   if (!cloud.binary) return kNotImplemented;
-  if (cellCount > kMostCells) return zERROR_MEMORY;
+  const zSize cellSize = sizeof(zPoint3d16s) + (record.hasIntensity != 0 ? sizeof(z8u) : 0);
+  if (cellCount > kLargestSurface / cellSize) return zERROR_MEMORY;
   zStatus status = zArray2_Construct(record.points.Out(), zType::zPoint3d16s, record.length,
                                      record.width, alloc);
   if (status != zOK) return status;

@@ -9,7 +9,7 @@ zStatus LoadProFileBuffer(const zBytes& bytes, ProfileBuffer& record, zAlloc all
 
   const SurHeader& header = file.Header();
   if (header.lineCount != 1) {
-    throw Orv::Exception(__LINE__, "loadfilestream", -997, "LoadProFileBuffer",
+    throw Orv::Exception(__LINE__, "loadfilestream", kBadInput, "LoadProFileBuffer",
                          "The pro file contains multiples profiles.");
   }
   status = file.CheckSamples(header.lineCount, header.pointsPerLine);

@@ -1,45 +1,22 @@
 // SPDX-License-Identifier: MIT
+#include "loadfilestream/filereader.h"
 #include "loadfilestream/srfheader.h"
 
 namespace {
 
-constexpr zStatus kUnsupportedVersion = -989;
-
-class SrfReader {
- public:
-  zStatus Open(const zBytes& bytes, zAlloc alloc) {
-    if (bytes.empty()) return kEmptyInput;
-    zStatus status = zMemory_Construct(stream_.Out(), alloc);
-    if (status != zOK) return status;
-    status = zMemory_Attach(stream_.Get(), bytes.data(), 0, bytes.size(), bytes.size());
-    if (status != zOK) return status;
-    return zDat6Serializer_Construct(serializer_.Out(), stream_.Get(), alloc);
-  }
-
-  zStatus Read(zType type, void* items, zSize count) {
-    return zSerializer_Read(serializer_.Get(), type, items, count);
-  }
-
-  // A new array of length x width items, filled from the file, which must hold them.
-  zStatus ReadGrid(Orv::Object<void*>& array, zType type, const SurfaceBuffer& record,
-                   zAlloc alloc) {
-    const z64u count = z64u{record.width} * record.length;
-    const zSize left = zMemory_Length(stream_.Get()) - zMemory_Position(stream_.Get());
-    if (count > left / zType_Size(type)) return zERROR_STREAM;
-    const zStatus status = zArray2_Construct(array.Out(), type, record.length, record.width, alloc);
-    if (status != zOK) return status;
-    return zSerializer_ReadPrimitives(serializer_.Get(), array.Get(), zArray_Count(array.Get()), 1);
-  }
-
- private:
-  Orv::Object<void*> stream_;      // the whole file
-  Orv::Object<void*> serializer_;  // over the stream; ends before it
-};
+// Makes an array of length x width items and fills it from the file, which must hold them.
+zStatus ReadGrid(FileReader& file, const SurfaceBuffer& record, zType type,
+                 Orv::Object<void*>& array, zAlloc alloc) {
+  const z64u count = z64u{record.width} * record.length;
+  if (count > file.Left() / zType_Size(type)) return zERROR_STREAM;
+  const zStatus status = zArray2_Construct(array.Out(), type, record.length, record.width, alloc);
+  return status == zOK ? file.ReadArray(array.Get()) : status;
+}
 
 }  // namespace
 
 zStatus LoadSrfFileBuffer(const zBytes& bytes, SurfaceBuffer& record, zAlloc alloc) {
-  SrfReader file;
+  FileReader file;
   zStatus status = file.Open(bytes, alloc);
   if (status != zOK) return status;
   z32u version = 0;
@@ -51,7 +28,7 @@ zStatus LoadSrfFileBuffer(const zBytes& bytes, SurfaceBuffer& record, zAlloc all
   status = ForEachSrfField(
       record, [&](zType type, void* items, zSize count) { return file.Read(type, items, count); });
   if (status != zOK) return status;
-  status = file.ReadGrid(record.points, zType::z16s, record, alloc);
+  status = ReadGrid(file, record, zType::z16s, record.points, alloc);
   if (status != zOK) return status;
 
   record.hasIntensity = 0;
@@ -60,5 +37,5 @@ zStatus LoadSrfFileBuffer(const zBytes& bytes, SurfaceBuffer& record, zAlloc all
   if (status != zOK || flag == 0) return status;
   if (flag != 1) return kMalformed;
   record.hasIntensity = 1;
-  return file.ReadGrid(record.intensities, zType::z8u, record, alloc);
+  return ReadGrid(file, record, zType::z8u, record.intensities, alloc);
 }

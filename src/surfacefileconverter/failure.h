@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Status codes of the converter's own errors.
+// What the converter's errors have in common.
 #pragma once
 
-#include "sdk/core.h"
+#include "statuses.h"
 
 inline constexpr const char* kSourceFile = "surfacefileconverter";
-
-inline constexpr zStatus kBadInput = -997;  // bad input, argument or state: the usual one
-inline constexpr zStatus kNotImplemented = -996;
-inline constexpr zStatus kNotValidHere = -988;   // nothing imported, or no option for this import
-inline constexpr zStatus kNotSupported = -1000;  // no such conversion

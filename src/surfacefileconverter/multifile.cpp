@@ -14,7 +14,6 @@
 namespace {
 
 constexpr const char* kImport = "SurfaceFileConverter::importFiles";
-constexpr zStatus kMissing = -999;  // no directory, or an empty one
 
 constexpr std::string_view kFrameMarker = "-Frame-";
 constexpr std::string_view kArrayMarker = "-Array-";

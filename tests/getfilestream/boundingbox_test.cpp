@@ -65,6 +65,7 @@ TEST(SurfaceBoundingBox, RefusesASurfaceWithoutAValidPoint) {
       MakeRecord<z16s>(3, 0, {}),
       MakeRecord<zPoint3d16s>(2, 1, {bad, bad}),
       MakeRecord<zPoint3d16s>(1, 1, {{0, 0, 32767}}),
+      MakeRecord<zPoint3d16s>(1, 1, {{0, 32767, 0}}),
       SurfaceBuffer{},
   };
   for (const SurfaceBuffer& record : records) {

@@ -103,6 +103,18 @@ TEST(WritePcd, RefusesWhatIsNoSurface) {
   }
   EXPECT_EQ(GetPcdFileStream(MakeCloud(1).Get(), nullptr, Alloc()), kRefused);
   EXPECT_EQ(zMemory_Length(stream.Get()), 0U);
+  const z8u buffer[1024]{};  // attached to memory, a stream cannot be written
+  MustBeOk(zMemory_Attach(stream.Get(), buffer, 0, sizeof buffer, sizeof buffer));
+  EXPECT_EQ(GetPcdFileStream(MakeCloud(1).Get(), stream.Get(), Alloc()), zERROR_STREAM);
+}
+
+TEST(WritePcd, DoesNotWalkRowsOfNoPoints) {
+  Handle surface;
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 0, 4294967295, Alloc()));
+  const zBytes bytes = WritePcd(surface.Get());
+  EXPECT_THAT(std::string(bytes.begin(), bytes.end()),
+              testing::EndsWith("WIDTH 0\nHEIGHT 4294967295\nVIEWPOINT 0 0 0 1 0 0 0\n"
+                                "POINTS 0\nDATA binary\n"));
 }
 
 TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
@@ -119,7 +131,8 @@ TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
   MustBeOk(zArrayList_Construct(texts.Out(), zType::zString, 1, Alloc()));
   EXPECT_EQ(Thrown([&] { GetAllPointsPcd(surface.Get(), texts, Alloc()); }),
             "-984 GetAllPointsPcd: ");
-  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(MakeProfile(zType::z16s, 1).Get(), list, Alloc()); }),
+  // The points are looked at before the list.
+  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(MakeProfile(zType::z16s, 1).Get(), texts, Alloc()); }),
             "-996 GetAllPointsPcd: ");
 }
 
@@ -158,6 +171,10 @@ TEST(WritePcd, KeepsACloudWithinHalfAStep) {
     const z64f rounding = 0x1p-24 * static_cast<z64f>(std::max(std::abs(a), std::abs(b)));
     return std::abs(static_cast<z64f>(a) - static_cast<z64f>(b)) <= scale / 2 + 2 * rounding;
   };
+  const zBytes written = WritePcd(cloud.Get());
+  const auto* records = reinterpret_cast<const z8u*>(back);
+  EXPECT_TRUE(std::equal(records, records + points.size() * sizeof(zPoint3d32f),
+                         written.end() - std::ssize(points) * 12));
   for (zSize i = 0; i < points.size(); ++i) {
     if (std::isnan(points[i].x)) {
       EXPECT_TRUE(std::isnan(back[i].x) && std::isnan(back[i].y) && std::isnan(back[i].z)) << i;

@@ -111,6 +111,12 @@ TEST(PcdHeader, IsParsedLineByLine) {
       {"record beyond 32 bits", {.size = "SIZE 4294967295 4 4\n"}, false},
       {"count beyond 64 bits", {.count = "COUNT 1 4294967295 4294967295\n"}, false},
       {"last field cut", {.size = "SIZE 4 4 3\n"}, false},
+      {"intensity outside of the record",
+       {.fields = "FIELDS x y z intensity\n", .size = "SIZE 4 4 4 0\n", .count = ""},
+       false},
+      {"last field of three bytes",
+       {.fields = "FIELDS x y z rgb\n", .size = "SIZE 4 4 4 3\n", .count = ""},
+       false},
       {"no type", {.type = ""}, false},
       {"any type", {.type = "TYPE \n"}, true},
       {"type alone", {.type = "TYPE\n"}, false},
@@ -124,6 +130,7 @@ TEST(PcdHeader, IsParsedLineByLine) {
       {"width and height exchanged", {.width = "HEIGHT 2\n", .height = "WIDTH 2\n"}, false},
       {"no viewpoint", {.viewpoint = ""}, false},
       {"empty viewpoint", {.viewpoint = "VIEWPOINT\n"}, true},
+      {"longer key", {.viewpoint = "VIEWPOINTS 0\n"}, false},
       {"other number of points", {.points = "POINTS 5\n"}, false},
       {"points of a wrapped product",
        {.width = "WIDTH 65536\n", .height = "HEIGHT 65536\n", .points = "POINTS 0\n"},
@@ -159,7 +166,10 @@ TEST(PcdHeader, IsParsedLineByLine) {
 TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
   const zPoint3d64f origin{0, 0, 0};
   const zPoint3d64f away{9, 9, 8};
+  const zPoint3d64f onlyY{9, 1, 9};
+  const zPoint3d64f tenth{0.1, 9, 9};
   const z64f zoom = 2;
+  const z64f odd = 1.7;
   const z64f notANumber = kNaN;
   const struct {
     const char* what;
@@ -204,6 +214,31 @@ TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
        "-32767 0 0, 1 0 0, -1 0 0, 32767 0 0",
        {2, 0, 0},
        {0, 5, 0}},
+      {"y alone invalid",
+       Cloud(kSquare, 2),
+       {.invalid = &onlyY},
+       "-32767 -32767 -32767, 32767 -32767 -32767, -32768 -32768 -32768, -32768 -32768 -32768",
+       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
+       {0.5, 0.5, 4}},
+      {"compared in 64 bits",  // no 32-bit float is 0.1
+       Cloud({{0.1F, 0, 0}, {0.1F, 0, 0}}, 1),
+       {.width = 1, .length = 2, .invalid = &tenth},
+       "0 0 0, 0 0 0",
+       {0, 0, 0},
+       {static_cast<z64f>(0.1F), 0, 0}},
+      {"zoomed in 32 bits",
+       Cloud({{0, 0, 0}, {3, 0, 0}, {1, 0, 0}, {2, 0, 0}}, 2),
+       {.zoom = &odd},
+       "-32767 0 0, 32767 0 0, -10922 0 0, 10922 0 0",
+       {7.782220498473657e-05, 0, 0},
+       {2.5500001907348633, 0, 0}},
+      {"few steps far from zero, whose middle is rounded in 32 bits",
+       Cloud({{1000000, 0, 0}, {1000000.0625F, 0, 0}, {1000000.125F, 0, 0}, {1000000.1875F, 0, 0}},
+             2),
+       {},
+       "21847 0 0, -21845 0 0, 0 0 0, 21845 0 0",
+       {2.8611102633747368e-06, 0, 0},
+       {1000000.125, 0, 0}},
       {"not finite",
        Cloud({{kNaN, 1, 1}, {1, kInfinity, 1}, {1, 1, -kInfinity}, {3, 4, 5}}, 2),
        {},
@@ -263,6 +298,10 @@ TEST(PcdSurface, TakesTheWishedSizeOrASquare) {
        "[1, 4]"},
       {Cloud(row), {.width = 1, .length = 3}, low + ", " + high + ", " + low, ""},
       {Cloud({row[0]}), {}, "0 0 0", ""},
+      {Cloud({row[0], row[1], row[0], row[1]}),
+       {},
+       low + ", " + high + ", " + low + ", " + high,
+       ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.sizes);
@@ -281,6 +320,19 @@ TEST(PcdSurface, TakesTheWishedSizeOrASquare) {
   for (const z32u side : {z32u{20000}, z32u{1} << 31, ~z32u{0}}) {
     EXPECT_EQ(Load(Cloud(row), {.width = side, .length = side}).status, zERROR_MEMORY) << side;
   }
+}
+
+TEST(PcdSurface, TakesTheLastOfRepeatedFields) {
+  Header header;
+  header.fields = "FIELDS x y z x\n";
+  header.size = "SIZE 4 4 4 4\n";
+  header.count = "";
+  header.width = "WIDTH 1\n";
+  header.points = "POINTS 2\n";
+  const z32f records[] = {9, 0, 0, 1, 9, 0, 0, 3};
+  const std::string data(reinterpret_cast<const char*>(records), sizeof records);
+  const Loaded loaded = Load(ToBytes(header.Text() + data), {.width = 2, .length = 1});
+  EXPECT_EQ(loaded.Raws(), "-32767 0 0, 32767 0 0");
 }
 
 TEST(PcdSurface, TakesIntensitiesFromIntensityAndColor) {

@@ -63,7 +63,7 @@ TEST(LoadPro, KeepsEveryLongSampleWithoutTheFlag) {
 }
 
 TEST(LoadPro, RefusesWhatIsNoSingleProfile) {
-  EXPECT_EQ(Load({}).status, kEmptyInput);
+  EXPECT_EQ(Load({}).status, kMissing);
   for (const z32s lines : {0, 2, -1}) {
     SurFile file = SurRow({1, 2});
     file.length = lines;

@@ -63,7 +63,7 @@ TEST(Srf, HoldsASurfaceExactly) {
 
 TEST(Srf, IsRefusedWhenItIsDamaged) {
   const zBytes bytes = WriteSrf(MakeScan(true).Get());
-  EXPECT_EQ(Load({}), kEmptyInput);
+  EXPECT_EQ(Load({}), kMissing);
   for (zSize size = 1; size < bytes.size(); ++size) {
     EXPECT_EQ(Load(zBytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size))),
               zERROR_STREAM)
@@ -85,6 +85,9 @@ TEST(Srf, IsRefusedWhenItIsDamaged) {
   }
   EXPECT_EQ(changed(4, z64u{kMost}), zOK);  // no rows: the first height, 1, is the flag
   SurfaceBuffer record;
+  record.hasIntensity = 1;
+  EXPECT_EQ(Load(WriteSrf(MakeScan(false).Get()), record), zOK);
+  EXPECT_EQ(record.hasIntensity, 0U);
   record.points = MakeArray2<z16s>(1, 1, {7});
   EXPECT_EQ(Load({2, 0, 0, 0}, record), -989);
   EXPECT_FALSE(record.points);

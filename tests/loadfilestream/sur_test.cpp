@@ -158,6 +158,12 @@ const FoldCase kFoldCases[] = {
      {10, -32768, -25536, 3, 1, 0},
      {1, 0}},
     {"MinimumCountsWithoutTheFlag", {4, 5, 9}, {0, 5, 0}, {1, 0}, {-32768, 5, 9}, {1, 0}},
+    {"AnotherFlag",
+     {-70000, 70000},
+     {2, -70000, 0},
+     {1, 0},
+     {-32766, 32766},
+     {140000.0F / 65532.0F, 0}},
     {"NoSamples", {}, {0, 5, 0}, {1, 2}, {}, {1, 2}},
     {"SpacingZero", {-70000, 5}, {0, kMin32, 0}, {0, 1}, {0, 0}, {0, 1}},
     {"SpacingInfinite", {1, 5}, {0, 0, 0}, {kInfinity, 1}, {0, 0}, {kInfinity, 1}},
@@ -235,7 +241,7 @@ TEST(LoadSur, RefusesAFileCutAtAnyPlace) {
       bytes.resize(size);
       ASSERT_EQ(Load(bytes).status, zERROR_STREAM) << size;
     }
-    EXPECT_EQ(Load(zBytes{}).status, kEmptyInput);
+    EXPECT_EQ(Load(zBytes{}).status, kMissing);
   }
 }
 

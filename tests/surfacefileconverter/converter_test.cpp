@@ -2,6 +2,7 @@
 // State, settings and conversion matrix of the converter; whole files.
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <functional>
 
 #include "support/recordings.h"
@@ -131,6 +132,49 @@ TEST_F(Converter, TellsKindsByTheLastDot) {
   converter.importFile("a.sur");
   EXPECT_THROW(converter.importFile("missing.sur"), Orv::Exception);
   EXPECT_THROW(converter.isRecordingData(), Orv::Exception);
+}
+
+TEST_F(Converter, DeclaresTheTypeOfAScan) {
+  for (const auto& [scan, dataType] : {std::pair{"part.sur", UNIFORM_SURFACE},
+                                       {"part.srf", UNIFORM_SURFACE},
+                                       {"part.pro", UNIFORM_PROFILE},
+                                       {"part.pcd", SURFACE_POINT_CLOUD}}) {
+    SurfaceFileConverter converter;
+    converter.importFile(std::string(EXAMPLES_DIR "/") + scan);
+    converter.exportFile("b.rep");
+    converter.importFile("b.rep");
+    EXPECT_EQ(converter.getDataSourceType(), dataType) << scan;
+  }
+}
+
+// Settings reach the cloud: a grid of 7 x 3, x and z exchanged and doubled, points with y = 0
+// removed.
+TEST_F(Converter, PutsACloudIntoTheGridThatWasSet) {
+  std::string cloud =
+      "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 2\nHEIGHT 2\n"
+      "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 4\nDATA binary\n";
+  const z32f points[] = {0, 1, 10, 1, 2, 20, 2, 0, 30, 3, 1, 40};
+  WriteFile("grid.pcd", cloud.append(reinterpret_cast<const char*>(points), sizeof points));
+  SurfaceFileConverter converter;
+  testing::internal::CaptureStdout();
+  converter.importFile("grid.pcd");
+  converter.setPcdWidth(7);
+  converter.setPcdHeight(3);
+  converter.setPcdFlipXZEnabled(1);
+  converter.setInvalidPoint({-1, 0, -1});
+  converter.setPcdZoom(2);
+  converter.exportFile("b.rep");
+  converter.importFile("b.rep");
+  converter.exportFile("b.pcd");
+  testing::internal::GetCapturedStdout();
+  const std::string written = ReadFile("b.pcd");
+  EXPECT_THAT(written, testing::HasSubstr("WIDTH 7\nHEIGHT 3\n"));
+  const zBytes data = ToBytes(written.substr(written.find("DATA binary\n") + 12));
+  EXPECT_EQ(sur::Get<z32f>(data, 0), 20);
+  EXPECT_EQ(sur::Get<z32f>(data, 8), 0);
+  EXPECT_TRUE(std::isnan(sur::Get<z32f>(data, 24)));
+  EXPECT_EQ(sur::Get<z32f>(data, 36), 80);
+  EXPECT_TRUE(std::isnan(sur::Get<z32f>(data, 48)));
 }
 
 TEST_F(Converter, KnowsWhichConversionsExist) {

@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <span>
@@ -37,6 +38,8 @@ inline constexpr zStatus zERROR_FORMAT = -6;     // the data is not what its for
 // Every format here is little-endian, and so is every machine the tool runs on: numbers are
 // copied as they stand.
 static_assert(std::endian::native == std::endian::little);
+// So are floats; one that is too large becomes infinite.
+static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559);
 
 // Handle of a reference-counted object. Construct operations hand out one reference;
 // zObject_Share adds one and zObject_DestroyImpl gives one back.
@@ -62,6 +65,7 @@ struct zPoint3d32f {
 struct zPoint3d64f {
   z64f x, y, z;
 };
+static_assert(sizeof(zPoint3d64f) == 3 * sizeof(z64f));
 using zString = std::string;
 
 // Item types of arrays, lists and serialized primitives.
