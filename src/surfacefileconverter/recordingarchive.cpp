@@ -66,6 +66,24 @@ std::span<const z8u> FindLastMember(const zBytes& archive, const std::string& me
   return found;
 }
 
+// A document takes up to 70 times its size in memory, and one that is nested as deeply as it is
+// long the stack of whoever walks it; a configuration needs neither.
+nlohmann::json ParseBounded(const zBytes& content, const Require& require) {
+  using nlohmann::json;
+  constexpr int kMostDepth = 100;
+  constexpr zSize kMostValues = zSize{1} << 20;
+  zSize values = 0;
+  return json::parse(content.begin(), content.end(), [&](int depth, json::parse_event_t, json&) {
+    if (depth > kMostDepth) {
+      require(__LINE__, kBadInput, "The scanner configuration is nested too deeply");
+    }
+    if (++values > kMostValues) {
+      require(__LINE__, kBadInput, "The scanner configuration holds too many values");
+    }
+    return true;
+  });
+}
+
 }  // namespace
 
 void WriteReplayData(const zBytes& replay, const std::string& configPath,
@@ -129,8 +147,8 @@ bool GetScannerConfig(const zBytes& job, const std::string& scannerId, nlohmann:
   zBytes content;
   GetResourceData(job, "scan/" + scannerId + "/config.json", content, alloc);
   if (content.empty()) return false;
-  nlohmann::json document = nlohmann::json::parse(content.begin(), content.end());
-  scanner = document["orv:scanner"];
+  nlohmann::json document = ParseBounded(content, {"GetScannerConfig"});
+  scanner = std::move(document["orv:scanner"]);
   return !scanner.empty();
 }
 

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "sdk/object.h"
 #include "surfacefileconverter/failure.h"
 
 namespace {
@@ -15,13 +14,16 @@ void RemoveTruncatedFile(const std::string& path) {
   if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
 }
 
-void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path) {
+Orv::Exception CannotOpen(int line, const char* function, const std::string& path) {
+  return {line, kSourceFile, kBadInput, function, "Failed to open " + path};
+}
+
+void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path,
+               const Orv::Exception& cannotOpen) {
   std::ofstream file;
   // A name with a zero in it, as a recording may suggest, would be cut there.
   if (path.find('\0') == std::string::npos) file.open(path, std::ios::binary | std::ios::trunc);
-  if (!file.is_open()) {
-    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to open " + path);
-  }
+  if (!file.is_open()) throw cannotOpen;
   file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
   file.close();
   if (file.fail()) {
@@ -37,7 +39,7 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes) {
   std::ifstream file(path, std::ios::binary);
   // Some systems open a directory like a file.
   if (!file.is_open() || zDirectory_Exists(path.c_str())) {
-    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "Failed to open " + path);
+    throw CannotOpen(__LINE__, kFunction, path);
   }
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
@@ -55,9 +57,15 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes) {
 }
 
 void WriteStream(zMemory stream, const std::string& path) {
-  WriteFile("WriteStream", zMemory_At(stream, 0), zMemory_Length(stream), path);
+  constexpr const char* kFunction = "WriteStream";
+  WriteFile(kFunction, zMemory_At(stream, 0), zMemory_Length(stream), path,
+            CannotOpen(__LINE__, kFunction, path));
 }
 
 void WriteBuffer(const zBytes& bytes, const std::string& path) {
-  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path);
+  WriteBuffer(bytes, path, CannotOpen(__LINE__, "WriteBuffer", path));
+}
+
+void WriteBuffer(const zBytes& bytes, const std::string& path, const Orv::Exception& cannotOpen) {
+  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path, cannotOpen);
 }
