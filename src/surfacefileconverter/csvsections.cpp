@@ -13,6 +13,8 @@ struct Column {
 
   void Write(CsvText& text, const Record& record) const { text << record.*value; }
 };
+template <class Record, class Value>
+Column(const char*, Value Record::*) -> Column<Record, Value>;
 
 template <class Record>
 struct PointColumn {

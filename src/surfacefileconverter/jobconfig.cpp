@@ -52,7 +52,7 @@ double ReadReal(const json& value) {
   return value.is_boolean() ? value.get<z32u>() : value.get<double>();
 }
 
-double ReadSinglePrecision(const json& value) { return value.get<float>(); }
+double ReadSinglePrecision(const json& value) { return static_cast<double>(value.get<float>()); }
 
 // The first member of an object, in the order of its keys, or the first element of an array; a
 // scalar stands for itself.

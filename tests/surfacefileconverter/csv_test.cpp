@@ -130,23 +130,23 @@ TEST(SurfaceCsv, WritesOddSizes) {
             "without points");
 }
 
-// Every raw value, and more text than one block of memory has at first.
+// Every raw value: texts of all lengths, and nothing but the longest ones there are.
 TEST(SurfaceCsv, WritesEachRawValueAsItsOwnText) {
-  const TempDirectory directory;
-  std::vector<z16s> heights;
-  std::string expected;
-  const double scale = 0.0123;
-  for (int i = 0; i < 4 * 65536; ++i) {
-    const auto raw = static_cast<z16s>(i * 7);
-    heights.push_back(raw);
-    if (i % 512 == 0) expected += Orv::Format("%.6g,", i / 512 * 1.0);
-    if (raw != -32768) expected += Orv::Format("%.6g", raw * scale + 3);
-    expected += i % 512 == 511 ? "\n" : ",";
+  for (const double scale : {0.0123, -1.23456e-300}) {
+    const TempDirectory directory;
+    std::vector<z16s> heights;
+    std::string expected;
+    for (int i = 0; i < 2 * 65536; ++i) {
+      const auto raw = static_cast<z16s>(i * 7);
+      heights.push_back(raw);
+      if (i % 512 == 0) expected += Orv::Format("%.6g,", i / 512 * scale + 0.0);
+      if (raw != -32768) expected += Orv::Format("%.6g", raw * scale + 0.0);
+      expected += i % 512 == 511 ? "\n" : ",";
+    }
+    const Handle surface = MakeSurface(512, 256, heights, {scale, scale, scale});
+    ASSERT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
+    EXPECT_TRUE(DataSection().ends_with("\n" + expected + "End\n"));
   }
-  const Handle surface = MakeSurface(512, 512, heights, {1, 1, scale}, {0, 0, 3});
-  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
-  const std::string section = DataSection();
-  EXPECT_TRUE(section.ends_with(",511\n" + expected + "End\n"));
 }
 
 TEST(SurfaceCsv, NamesOneFileForEachFrameSourceAndItem) {
