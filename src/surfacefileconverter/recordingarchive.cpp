@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "surfacefileconverter/recordingarchive.h"
 
-#include <nlohmann/json.hpp>
-
 #include "getfilestream/getfilestream.h"
 #include "sdk/archive.h"
+#include "surfacefileconverter/boundeddocument.h"
 #include "surfacefileconverter/failure.h"
 #include "surfacefileconverter/wholefile.h"
 
@@ -64,24 +63,6 @@ std::span<const z8u> FindLastMember(const zBytes& archive, const std::string& me
     found = {static_cast<const z8u*>(content), size};
   }
   return found;
-}
-
-// A document takes up to 70 times its size in memory, and one that is nested as deeply as it is
-// long the stack of whoever walks it; a configuration needs neither.
-nlohmann::json ParseBounded(const zBytes& content, const Require& require) {
-  using nlohmann::json;
-  constexpr int kMostDepth = 100;
-  constexpr zSize kMostValues = zSize{1} << 20;
-  zSize values = 0;
-  return json::parse(content.begin(), content.end(), [&](int depth, json::parse_event_t, json&) {
-    if (depth > kMostDepth) {
-      require(__LINE__, kBadInput, "The scanner configuration is nested too deeply");
-    }
-    if (++values > kMostValues) {
-      require(__LINE__, kBadInput, "The scanner configuration holds too many values");
-    }
-    return true;
-  });
 }
 
 }  // namespace
@@ -147,7 +128,7 @@ bool GetScannerConfig(const zBytes& job, const std::string& scannerId, nlohmann:
   zBytes content;
   GetResourceData(job, "scan/" + scannerId + "/config.json", content, alloc);
   if (content.empty()) return false;
-  nlohmann::json document = ParseBounded(content, {"GetScannerConfig"});
+  nlohmann::json document = ParseBounded(content, "GetScannerConfig");
   scanner = std::move(document["orv:scanner"]);
   return !scanner.empty();
 }

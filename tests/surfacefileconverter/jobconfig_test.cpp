@@ -164,19 +164,35 @@ TEST(JobConfig, SaysWhatIsMissingOrWrong) {
            0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0]}}})")
                    .dump()),
        "0" + device + "The transformMatrix is not right"},
-      {MakeJob(R"({"orv:scanner": )" + std::string(5'000'000, '[')),
-       "-997 GetScannerConfig: The scanner configuration is nested too deeply"},
-      {MakeJob(R"({"orv:scanner": [{},)" +
-               [] {
-                 std::string many;
-                 for (int i = 0; i < 1 << 20; ++i) many += "1,";
-                 return many;
-               }()),
-       "-997 GetScannerConfig: The scanner configuration holds too many values"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.error);
     EXPECT_THAT(Rows(row.job), HasSubstr(row.error));
+  }
+}
+
+TEST(JobConfig, RefusesADocumentThatWouldTakeTheStackOrTheMemory) {
+  const auto repeat = [](int count, const std::string& text) {
+    std::string many = R"({"orv:scanner": [)";
+    for (int i = 0; i < count; ++i) many += text;
+    return many;
+  };
+  const std::string tooDeep = "The scanner configuration is nested too deeply";
+  const std::string tooLarge = "The scanner configuration is too large";
+  const struct {
+    std::string document, error;
+  } rows[] = {
+      {repeat(5'000'000, "["), tooDeep},
+      {repeat(99, "["), tooDeep},
+      {repeat(98, "[") + std::string(98, ']') + "]}", "operator[]"},
+      {repeat(1 << 20, "{},"), tooLarge},
+      {repeat(1 << 20, "1,"), tooLarge},
+      {repeat(1 << 19, "{\"\":1},"), tooLarge},
+      {repeat(1, "\"" + std::string(16 << 20, 'x')), tooLarge},
+      {repeat(1'000'000, "1,") + "1]}", "operator[]"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_THAT(Rows(MakeJob(row.document)), HasSubstr(row.error)) << row.document.substr(0, 50);
   }
 }
 
