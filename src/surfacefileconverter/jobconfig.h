@@ -29,7 +29,7 @@ struct CsvDeviceInfoFields {
   z32u exposureMode = 0;
   z32s exposureCount = 0;  // of the job, which may have more than are kept
   std::array<double, 5> exposures{};
-  zPoint3d64f fieldOfView{};  // its corner
+  zPoint3d64f fieldOfView{};
   double fieldOfViewWidth = 0;
   double fieldOfViewHeight = 0;  // along the scan: the job calls it length
   double fieldOfViewDepth = 0;   // the job calls it height

@@ -221,11 +221,17 @@ TEST(CsvExport, FailsForMessagesThatAreMissingOrOfAnotherKind) {
   const Handle surface = MakeSurface(1, 1, {1});
   const Handle line = MakeProfileOf<z16s>({4});
   const Handle trace = MakeProfileOf<zPoint16s>({{1, 2}});
+  // Half a megabyte that asks for 600 million empty cells.
+  std::vector<Plovia::ReplayFrame> bomb(2401, {MakeProfileOf<z16s>({})});
+  bomb[0] = {MakeProfileOf(std::vector<z16s>(1 << 18))};
   const struct {
     std::vector<ReplaySourceInfo> sources;
     std::vector<Plovia::ReplayFrame> frames;
     std::string error;
   } rows[] = {
+      {{kLine},
+       bomb,
+       "-997" + profiles + "The first profile has too many points more than the others"},
       {{kTop}, {{line}}, "-996" + surfaces + "Unimplemented conversion"},
       {{kTop}, {{MakeArrayOf({surface})}}, "-996" + surfaces + "Unimplemented conversion"},
       {{kLine}, {{surface}}, "-997" + profiles + "The message's type is not right"},
