@@ -5,7 +5,7 @@
 #include <concepts>
 #include <cstring>
 #include <memory>
-#include <span>
+#include <string>
 #include <string_view>
 
 #include "numbers.h"
