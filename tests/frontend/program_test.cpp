@@ -99,6 +99,12 @@ TEST_F(Program, ConvertsTheExamples) {
   EXPECT_EQ(RunProgram({"-i", "part.sur", "-o", "part.rep"}).exitCode, 0);
   EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).exitCode, 0);
   EXPECT_EQ(RunProgram({"-i", "scans.ovrec", "-f", "1", "-o", "frame.sur"}).exitCode, 0);
+  EXPECT_THAT(RunProgram({"-i", "scans.ovrec", "-o", "frame.csv"}).output,
+              EndsWith("[INFO] The frame 0 is being exported.\n"
+                       "[INFO] Successfully exported 'frame-Frame-0000_Left.csv'.\n"
+                       "[INFO] Successfully exported 'frame-Frame-0000_Right.csv'.\n"));
+  EXPECT_THAT(RunProgram({"-i", "scans.ovrec", "-o", "no/frame.csv"}).output,
+              EndsWith("[ERROR] Failed to create the file - no/frame-Frame-0000_Left.csv.\n"));
   EXPECT_THAT(RunProgram({"-i", "scans/", "-o", ""}).output,
               EndsWith("Successfully exported 'scans.ovrec'.\n"));
   for (const char* side : {"Left", "Right"}) {
@@ -208,6 +214,7 @@ TEST_F(Program, SaysWhatIsWrong) {
        "Extension .%s%n%2000000000d of the export file name is not supported"},
       {{"-i", "a.sur", "-o", "b." + longName},
        "Extension ." + longName + " of the export file name is not supported"},
+      {{"-i", "a.rep", "-o", "b.csv"}, "The import file type is not OVREC"},
       {{"-i", "a.sur", "-o", "no/b.rep"}, "Failed to open no/b.rep"},
       {{"-i", "a.sur", "-o", "d/d.rep"}, "Failed to open d/d.rep"},
   };
