@@ -156,11 +156,16 @@ void SurfaceFileConverter::exportRecording(const std::string& exportName, FileTy
          "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported "
          "to a file whose extension is .pro");
   }
-  if (exportType == CSV) parseCSVInfoFields(jobInfo);
-  if (exportType == CSV &&
-      (dataSourceType == UNIFORM_PROFILE || dataSourceType == PROFILE_POINT_CLOUD)) {
+  if (exportType == CSV) return exportCsv(exportName);
+  exportFrames(exportName, exportType);
+}
+
+void SurfaceFileConverter::exportCsv(const std::string& exportName) {
+  parseCSVInfoFields(jobInfo);
+  if (dataSourceType == UNIFORM_PROFILE || dataSourceType == PROFILE_POINT_CLOUD) {
     exportProfiles(exportName);
   } else {
-    exportFrames(exportName, exportType);
+    exportFrames(exportName, CSV);
   }
+  jobDocument = nullptr;  // taking a document apart needs memory, so not after the success
 }

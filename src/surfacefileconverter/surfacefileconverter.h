@@ -65,6 +65,7 @@ class SurfaceFileConverter {
   void writeScan(Plovia::ReplaySerializer& serializer);
   void writeDirectory(Plovia::ReplaySerializer& serializer);
   void exportRecording(const std::string& exportName, FileType exportType);
+  void exportCsv(const std::string& exportName);
   void exportFrames(const std::string& exportName, FileType exportType);
   void writeMsgs(const std::vector<Plovia::ReplayFrame>& frameList, z32s index,
                  const std::string& exportName, FileType exportType, bool single);
