@@ -2,6 +2,7 @@
 // A program run to its end in the current directory.
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@ struct Outcome {
   int exitCode;  // -1 when a signal ended the program
   std::string output;
   std::string errors;
+  unsigned long long peakMemory;  // bytes
 };
 
 inline Outcome RunProgram(const std::string& program, std::vector<std::string> args) {
@@ -35,9 +37,10 @@ inline Outcome RunProgram(const std::string& program, std::vector<std::string> a
     std::_Exit(99);
   }
   int status = 0;
-  waitpid(child, &status, 0);
+  rusage usage{};
+  wait4(child, &status, 0, &usage);
   Outcome outcome = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(outputName),
-                     ReadFile(errorsName)};
+                     ReadFile(errorsName), static_cast<unsigned long long>(usage.ru_maxrss) * 1024};
   std::filesystem::remove(outputName);
   std::filesystem::remove(errorsName);
   return outcome;
