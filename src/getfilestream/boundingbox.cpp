@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <array>
+#include <cstring>
 
 #include "getfilestream/getfilestream.h"
 #include "getfilestream/heightrange.h"
@@ -44,6 +46,60 @@ struct RawRange {
   }
 };
 
+// The ranges of a cloud's axes. Groups without an invalid point, which are most, are taken as runs
+// of coordinates, so that compilers make vector instructions of them.
+class CloudRange {
+ public:
+  static constexpr zSize kGroup = 16;  // points
+
+  void Include(const zPoint3d16s& point) {
+    if (point.x == kInvalidRaw || point.y == kInvalidRaw || point.z == kInvalidRaw) return;
+    single_[0].Include(point.x);
+    single_[1].Include(point.y);
+    single_[2].Include(point.z);
+  }
+
+  void IncludeGroup(std::span<const zPoint3d16s, kGroup> points) {
+    std::array<z16s, kLanes> raws;
+    static_assert(sizeof raws == kGroup * sizeof(zPoint3d16s));
+    std::memcpy(raws.data(), points.data(), sizeof raws);
+    z16s least = 32767;
+    for (const z16s raw : raws) least = std::min(least, raw);
+    if (least == kInvalidRaw) {
+      for (const zPoint3d16s& point : points) Include(point);
+      return;
+    }
+    for (zSize i = 0; i < kLanes; ++i) {
+      lowest_[i] = std::min(lowest_[i], raws[i]);
+      highest_[i] = std::max(highest_[i], raws[i]);
+    }
+  }
+
+  std::array<RawRange, 3> Ranges() const {
+    std::array<RawRange, 3> ranges = single_;
+    for (zSize i = 0; i < kLanes; ++i) {
+      RawRange& range = ranges[i % 3];
+      range.lowest = std::min(range.lowest, lowest_[i]);
+      range.highest = std::max(range.highest, highest_[i]);
+    }
+    return ranges;
+  }
+
+ private:
+  static constexpr zSize kLanes = 3 * kGroup;  // x, y, z of each point in turn
+
+  template <z16s Value>
+  static constexpr std::array<z16s, kLanes> Filled() {
+    std::array<z16s, kLanes> lanes{};
+    lanes.fill(Value);
+    return lanes;
+  }
+
+  std::array<RawRange, 3> single_{};
+  std::array<z16s, kLanes> lowest_ = Filled<32767>();
+  std::array<z16s, kLanes> highest_ = Filled<-32768>();
+};
+
 BoundingBox6 MakeBox(const Extent& x, const Extent& y, const Extent& z) {
   return {{x.center, y.center, z.center}, {x.size, y.size, z.size}};
 }
@@ -59,13 +115,13 @@ BoundingBox6 UniformBox(const SurfaceBuffer& record) {
 }
 
 BoundingBox6 PointCloudBox(const SurfaceBuffer& record) {
-  RawRange x, y, z;
-  for (const zPoint3d16s& point : zArray_Items<zPoint3d16s>(record.points.Get())) {
-    if (point.x == kInvalidRaw || point.y == kInvalidRaw || point.z == kInvalidRaw) continue;
-    x.Include(point.x);
-    y.Include(point.y);
-    z.Include(point.z);
+  CloudRange cloud;
+  std::span<const zPoint3d16s> points = zArray_Items<zPoint3d16s>(record.points.Get());
+  for (; points.size() >= CloudRange::kGroup; points = points.subspan(CloudRange::kGroup)) {
+    cloud.IncludeGroup(points.first<CloudRange::kGroup>());
   }
+  for (const zPoint3d16s& point : points) cloud.Include(point);
+  const auto [x, y, z] = cloud.Ranges();
   if (x.lowest == 32767 || y.lowest == 32767 || z.lowest == 32767) throw EmptySurface(__LINE__);
   const zPoint3d64f& scale = record.scale;
   const zPoint3d64f& offset = record.offset;

@@ -2,9 +2,11 @@
 #include "loadfilestream/pcdsurface.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "console.h"
 #include "loadfilestream/rounding.h"
@@ -49,6 +51,11 @@ bool IsFinite(const zPoint3d32f& point) {
   return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
 
+bool Matches(const zPoint3d32f& point, const zPoint3d64f& invalid) {
+  return static_cast<z64f>(point.x) == invalid.x || static_cast<z64f>(point.y) == invalid.y ||
+         static_cast<z64f>(point.z) == invalid.z;
+}
+
 struct Extremes {
   z32f lowest = std::numeric_limits<z32f>::max();
   z32f highest = -std::numeric_limits<z32f>::max();
@@ -59,28 +66,54 @@ struct Extremes {
   }
 };
 
-// Between extremes in 32 bits; the rest in 64.
-struct Axis {
-  z64f offset = 0;
-  z64f scale = 0;
+// Points are quantised a block at a time, axis by axis, in loops that compilers turn into vector
+// instructions.
+constexpr zSize kBlock = 512;
 
-  Axis(const Extremes& extremes, z32f zoom) {
+// Between extremes in 32 bits; the rest in 64.
+class Axis {
+ public:
+  Axis(const Extremes& extremes, z32f zoom) : zoom_(zoom) {
     const z32f lowest = extremes.lowest * zoom;
     const z32f highest = extremes.highest * zoom;
-    offset = static_cast<z64f>(highest + lowest) * 0.5;
-    scale = static_cast<z64f>(highest - lowest) * 0.5 / 32767;
+    offset_ = static_cast<z64f>(highest + lowest) * 0.5;
+    scale_ = static_cast<z64f>(highest - lowest) * 0.5 / 32767;
   }
+
+  z64f Offset() const { return offset_; }
+  z64f Scale() const { return scale_; }
 
   // 0 on a flat axis, whose offset is the value itself.
-  z16s Quantize(z32f value) const {
-    return RoundToRaw((static_cast<z64f>(value) - offset) / scale);
+  void Quantize(const std::array<z32f, kBlock>& values, std::array<z16s, kBlock>& raws) const {
+    constexpr z64f kNarrow = 0x1p31 - 1;  // beyond it the fast loop's 32-bit integers end
+    std::array<z64f, kBlock> steps;
+    for (zSize i = 0; i < kBlock; ++i) {
+      steps[i] = (static_cast<z64f>(values[i] * zoom_) - offset_) / scale_;
+    }
+    z64s wide = 0;
+    for (const z64f step : steps) wide |= std::abs(step) < kNarrow ? 0 : 1;
+    if (wide != 0) {
+      std::ranges::transform(steps, raws.begin(), RoundToRaw);
+      return;
+    }
+    for (zSize i = 0; i < kBlock; ++i) {
+      const z64f rounded = steps[i] + std::copysign(0.5, steps[i]);
+      raws[i] = static_cast<z16s>(static_cast<z32s>(rounded));
+    }
   }
+
+ private:
+  z32f zoom_;
+  z64f offset_ = 0;
+  z64f scale_ = 0;
 };
 
-bool Matches(const zPoint3d32f& point, const zPoint3d64f& invalid) {
-  return static_cast<z64f>(point.x) == invalid.x || static_cast<z64f>(point.y) == invalid.y ||
-         static_cast<z64f>(point.z) == invalid.z;
-}
+// One block of points, by axis.
+struct PointBlock {
+  std::array<z32f, kBlock> x{}, y{}, z{};
+  std::array<z16s, kBlock> rawX{}, rawY{}, rawZ{};
+  std::array<bool, kBlock> valid{};
+};
 
 // Quantises the first points of a cloud into as many cells and tells the record's scale and offset.
 void FillPoints(std::span<zPoint3d16s> cells, const PointReader& points, SurfaceBuffer& record,
@@ -95,16 +128,32 @@ void FillPoints(std::span<zPoint3d16s> cells, const PointReader& points, Surface
   }
   const z32f factor = zoom == nullptr ? 1 : static_cast<z32f>(*zoom);
   const Axis x(xRange, factor), y(yRange, factor), z(zRange, factor);
-  for (zSize i = 0; i < cells.size(); ++i) {
-    const zPoint3d32f point = points[i];
-    const bool invalid =
-        !IsFinite(point) || (invalidPoint != nullptr && Matches(point, *invalidPoint));
-    cells[i] = invalid ? kInvalidPoint
-                       : zPoint3d16s{x.Quantize(point.x * factor), y.Quantize(point.y * factor),
-                                     z.Quantize(point.z * factor)};
+  record.scale = {x.Scale(), y.Scale(), z.Scale()};
+  record.offset = {x.Offset(), y.Offset(), z.Offset()};
+
+  // What is not valid, or past the end of the last block, is quantised as a point that is.
+  const zPoint3d32f anyPoint{xRange.lowest, yRange.lowest, zRange.lowest};
+  const auto block = std::make_unique<PointBlock>();
+  for (zSize start = 0; start < cells.size(); start += kBlock) {
+    const zSize count = std::min(kBlock, cells.size() - start);
+    for (zSize i = 0; i < count; ++i) {
+      const zPoint3d32f point = points[start + i];
+      block->valid[i] =
+          IsFinite(point) && (invalidPoint == nullptr || !Matches(point, *invalidPoint));
+      const zPoint3d32f& used = block->valid[i] ? point : anyPoint;
+      block->x[i] = used.x;
+      block->y[i] = used.y;
+      block->z[i] = used.z;
+    }
+    x.Quantize(block->x, block->rawX);
+    y.Quantize(block->y, block->rawY);
+    z.Quantize(block->z, block->rawZ);
+    for (zSize i = 0; i < count; ++i) {
+      cells[start + i] = block->valid[i]
+                             ? zPoint3d16s{block->rawX[i], block->rawY[i], block->rawZ[i]}
+                             : kInvalidPoint;
+    }
   }
-  record.scale = {x.scale, y.scale, z.scale};
-  record.offset = {x.offset, y.offset, z.offset};
 }
 
 // Appends one byte for each kind of intensity that a record has, as far as there is room.
