@@ -15,6 +15,7 @@ import platform
 import random
 import shutil
 import statistics
+import struct
 import subprocess
 import sys
 import tempfile
@@ -101,6 +102,29 @@ def make_rep(folder, tool):
     subprocess.run([tool, "-i", "scan.sur", "-o", "scan.rep"], cwd=folder, check=True, **QUIET)
 
 
+def make_srf(folder, tool):
+    make_rep(folder, tool)
+    subprocess.run([tool, "-i", "scan.rep", "-o", "scan.srf"], cwd=folder, check=True, **QUIET)
+
+
+def cloud_row(j):
+    """x, y and z of the points of row j as 32-bit floats, NaN in the hole."""
+    row = array("f", bytes(12 * SIDE))
+    row[0::3] = array("f", (0.01 * i for i in range(SIDE)))
+    row[1::3] = array("f", [0.01 * j]) * SIDE
+    row[2::3] = array("f", (math.nan if raw == INVALID else 0.001 * raw for raw in wavy_row(j)))
+    return row
+
+
+def make_pcd(folder, _tool):
+    with open(folder / "scan.pcd", "wb") as file:
+        file.write(b"VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\n"
+                   + f"WIDTH {SIDE}\nHEIGHT {SIDE}\nVIEWPOINT 0 0 0 1 0 0 0\n".encode()
+                   + f"POINTS {SIDE * SIDE}\nDATA binary\n".encode())
+        for j in range(SIDE):
+            cloud_row(j).tofile(file)
+
+
 def make_csv_input(folder, tool):
     make_sur(folder, tool)
     shutil.copytree(EXAMPLES / "config", folder / "config")
@@ -149,6 +173,37 @@ def check_recording(folder):
 def same(one, other):
     if one.read_bytes() != other.read_bytes():
         raise ValueError(f"{one.name} is not {other.name}")
+
+
+def check_srf(folder):
+    same(folder / "back.srf", folder / "scan.srf")
+    samples = array("h", (raw for j in range(SIDE) for raw in wavy_row(j)))
+    if (folder / "back.srf").read_bytes()[60:] != samples.tobytes() + b"\0":
+        raise ValueError("does not hold the scan's heights")
+
+
+def check_cloud(folder):
+    """x from 0 to 40.95 stands on the raw values from -32767 to 32767."""
+    data = (folder / "scan.rep").read_bytes()
+    row = cloud_row(0)
+    lowest, highest = row[0], row[-3]
+    offset, scale = array("f", [highest + lowest])[0] * 0.5, (highest - lowest) * 0.5 / 32767
+    raws = [(x - offset) / scale for x in row[0::3]]
+    expected = array("h", (int(raw + math.copysign(0.5, raw)) for raw in raws))
+    first = data.find(struct.pack("<2h", expected[0], -32767))  # y is lowest in row 0
+    found = array("h", data[first:first + 6 * SIDE])[0::3]
+    if first < 0 or found != expected:
+        raise ValueError("does not hold the quantised points")
+
+
+def check_points(folder):
+    points = (folder / "back.pcd").read_bytes()[-12 * SIDE * SIDE:]
+    for j in (0, 1, SIDE // 2, SIDE - 1):
+        found = array("f", points[12 * SIDE * j:12 * SIDE * (j + 1)])
+        for raw, x, z, wanted in zip(wavy_row(j), found[0::3], found[2::3], cloud_row(j)[0::3]):
+            valid = abs(x - wanted) < 1e-5 and abs(z - 0.001 * raw) < 1e-5
+            if not (math.isnan(x) and math.isnan(z) if raw == INVALID else valid):
+                raise ValueError(f"row {j} is wrong")
 
 
 def check_surface(folder):
@@ -208,6 +263,14 @@ def make_rows():
             (Rival("bare read and write", ["bare_copy", "scan.sur", "copy"], "copy"),)),
         Row(".rep to that .sur", make_rep, "scan.rep", "back.sur",
             ["-i", "scan.rep", "-o", "back.sur"], check_surface, "scan.sur", {"cp": 3}),
+        Row(f".srf ({SIDE} x {SIDE}, 33 MB) to .rep", make_srf, "scan.srf", "scan.rep",
+            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", {"cp": 3}),
+        Row(".rep to that .srf", make_srf, "scan.rep", "back.srf",
+            ["-i", "scan.rep", "-o", "back.srf"], check_srf, "scan.srf", {"cp": 3}),
+        Row(f".pcd ({SIDE} x {SIDE}, 201 MB) to .rep", make_pcd, "scan.pcd", "scan.rep",
+            ["-i", "scan.pcd", "-o", "scan.rep"], check_cloud, "scan.pcd", {"cp": 3}),
+        Row(f".rep ({SIDE} x {SIDE} heights) to .pcd (201 MB)", make_rep, "scan.rep", "back.pcd",
+            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd", {"cp": 2.5}),
         Row("one frame of a 1 GiB .ovrec to .sur", make_large_archive, "scans.ovrec", "back.sur",
             ["-i", "scans.ovrec", "-f", "20", "-o", "back.sur"], check_surface, "scans.ovrec",
             {"cp": 3}),

@@ -31,8 +31,10 @@ def read_point_cloud(name):
 
 def read_profiles(name):
     """The lines of all frames; the axis tells what each of them holds."""
-    return pandas.read_csv(name, skiprows=DATA - 1, skipfooter=3, engine="python",
-                           index_col=["Frame", "Axis"]).iloc[:, 7:]
+    head = read_line(name, DATA - 1)
+    lines = pandas.read_csv(name, skiprows=DATA, skipfooter=3, engine="python", header=None)
+    lines = lines.set_index([lines[0].rename("Frame"), lines[8].rename("Axis")])
+    return lines.iloc[:, 9:].set_axis(head[9:], axis="columns")
 
 
 def row_count(name):

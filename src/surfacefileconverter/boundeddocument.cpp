@@ -10,8 +10,8 @@ using nlohmann::json;
 
 namespace {
 
-constexpr zSize kMostBytes = zSize{16} << 20;
-constexpr zSize kMostValues = zSize{1} << 20;
+constexpr zSize kMostBytes = zSize{1} << 20;
+constexpr zSize kMostValues = zSize{1} << 16;
 constexpr zSize kMostDepth = 100;
 
 [[noreturn]] void Fail(int line, const char* function, const char* message) {

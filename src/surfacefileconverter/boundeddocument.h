@@ -7,7 +7,7 @@
 #include "sdk/core.h"
 
 // Parses a document; errors of the JSON library pass through. In memory a document may take 70
-// times its size, and one nested as deeply as it is long also takes the stack of whoever copies it:
-// more than 16 MiB, a million values and keys, or a depth of 100 is an error of the operation
-// `function`.
+// times its size, one nested as deeply as it is long also takes the stack of whoever copies it, and
+// each message that is exported asks it again. So one of more than 1 MiB, 65 536 values, keys,
+// objects and arrays, or 100 levels is an error of the operation `function`.
 nlohmann::json ParseBounded(const zBytes& document, const char* function);

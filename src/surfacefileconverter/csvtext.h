@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The text of a CSV file while it is built, and fast cells for the real values of raw ones.
+// The text of a CSV file while it is built, and a quick way from raw values to cells.
 #pragma once
 
+#include <cmath>
 #include <concepts>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -54,12 +56,14 @@ class CsvText {
   zBytes bytes_;
 };
 
+// The sign of a not-a-number that arithmetic gives differs between processors; it is not shown.
 inline char* WriteCell(char* to, double value) {
-  to = formatReal(to, value);
+  to = formatReal(to, std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value);
   *to = ',';
   return to + 1;
 }
 
+// Commas alone; one of them ends the cell before.
 inline char* WriteEmptyCells(char* to, zSize count) {
   std::memset(to, ',', count);
   return to + count;
@@ -92,6 +96,7 @@ class AxisCells {
     char text[kCellRoom - 1];
     z8u size;  // 0: not made yet
   };
+  static_assert(sizeof(Cell) == kCellRoom && kLongestCell < kCellRoom);
   struct Free {
     void operator()(Cell* cells) const { zAllocator::Default().Free(cells); }
   };

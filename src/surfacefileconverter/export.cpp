@@ -167,5 +167,7 @@ void SurfaceFileConverter::exportCsv(const std::string& exportName) {
   } else {
     exportFrames(exportName, CSV);
   }
-  jobDocument = nullptr;  // taking a document apart needs memory, so not after the success
+  // Destroying a JSON document takes memory and so may fail, which must not happen any more once
+  // the export has been reported.
+  jobDocument = nullptr;
 }

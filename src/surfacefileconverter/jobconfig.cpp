@@ -42,7 +42,7 @@ template <class... Values>
 z32u ReadUnsigned(const json& value) {
   if (!value.is_number_float()) return value.get<z32u>();
   const auto number = value.get<double>();
-  const bool fits = number > -1.0 && number < std::numeric_limits<z32u>::max() + 1.0;
+  const bool fits = number >= 0.0 && number < std::numeric_limits<z32u>::max() + 1.0;
   return fits ? static_cast<z32u>(number) : 0;
 }
 

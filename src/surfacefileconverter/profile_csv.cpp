@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kFunction = "SurfaceFileConverter::writeProfileMsgsToCsv";
 
 // A short recording whose first profile is long can ask for any number of empty cells.
-constexpr z64u kMostMissingPoints = z64u{1} << 28;
+constexpr z64u kMostMissingPoints = z64u{1} << 24;
 
 [[noreturn]] void Fail(int line, zStatus status, const char* message) {
   throw Orv::Exception(line, kSourceFile, status, kFunction, message);

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kFunction = "SurfaceFileConverter::writeMsgToCsv";
 
 // Without points a few bytes can claim four thousand million columns, or rows, to be written.
-constexpr z64u kMostLinesWithoutPoints = z64u{1} << 20;
+constexpr z64u kMostLinesWithoutPoints = z64u{1} << 16;
 
 [[noreturn]] void Fail(int line, zStatus status, const char* message) {
   throw Orv::Exception(line, kSourceFile, status, kFunction, message);

@@ -22,7 +22,13 @@ class UnfinishedFile {
   UnfinishedFile(const UnfinishedFile&) = delete;
   UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
-  void Begin() { begun_ = true; }
+  // The file is open. What is removed is the file itself, not a link to it.
+  void Begin() {
+    begun_ = true;
+    std::error_code unknown;
+    std::filesystem::path target = std::filesystem::canonical(path_, unknown);
+    if (!unknown) path_ = std::move(target);
+  }
   void Finish() { begun_ = false; }
 
  private:

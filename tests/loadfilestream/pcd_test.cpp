@@ -11,6 +11,8 @@ namespace {
 
 constexpr z32f kNaN = std::numeric_limits<z32f>::quiet_NaN();
 constexpr z32f kInfinity = std::numeric_limits<z32f>::infinity();
+constexpr z64f kWideNaN = std::numeric_limits<z64f>::quiet_NaN();
+constexpr z64f kWideInfinity = std::numeric_limits<z64f>::infinity();
 
 using Points = std::vector<zPoint3d32f>;
 
@@ -170,7 +172,7 @@ TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
   const zPoint3d64f tenth{0.1, 9, 9};
   const z64f zoom = 2;
   const z64f odd = 1.7;
-  const z64f notANumber = kNaN;
+  const z64f notANumber = kWideNaN;
   const struct {
     const char* what;
     zBytes file;
@@ -249,13 +251,13 @@ TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
        Cloud({{1, 2, 3}}),
        {.zoom = &notANumber},
        "0 0 0",
-       {kNaN, kNaN, kNaN},
-       {kNaN, kNaN, kNaN}},
+       {kWideNaN, kWideNaN, kWideNaN},
+       {kWideNaN, kWideNaN, kWideNaN}},
       {"range beyond 32-bit floats",
        Cloud({{-3e38F, 0, 0}, {3e38F, 0, 0}, {0, 0, 0}, {0, 0, 0}}, 2),
        {},
        "0 0 0, 0 0 0, 0 0 0, 0 0 0",
-       {kInfinity, 0, 0},
+       {kWideInfinity, 0, 0},
        {0, 0, 0}},
   };
   for (const auto& c : cases) {

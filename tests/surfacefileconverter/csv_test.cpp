@@ -2,6 +2,8 @@
 // Surfaces and profiles as CSV files.
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 #include "support/csv_export.h"
 
 namespace {
@@ -85,14 +87,13 @@ const std::string kPartHead =
 TEST(SurfaceCsv, WritesEveryByteOfAUniformSurface) {
   const TempDirectory directory;
   const Handle surface =
-      Stamped(MakeSurface(3, 2, {-32768, 32767, -3, 0, 1, -32768}, {0.5, 2, 0.1}, {-1, 1e6, 0.25}),
+      Stamped(MakeSurface(3, 2, {-32768, 32767, -3, 0, 1, -32768}, {0.5, 2, 0.1}, {-1, 1, 0.25}),
               {~z64u{0}, ~z64u{0}, -3, -4, 0x1BEEF, {}});
   ASSERT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
   EXPECT_THAT(ReadFile("out.csv"), StartsWith(kSections + "Part\r\n"));
-  EXPECT_EQ(DataSection(),
-            kPartHead +
-                "-1,0,18446744073709551615,-3,18446744073709551612,48879,2,3,-1,1e+06,"
-                "0.25\nY\\X,-1,-0.5,0\n1e+06,,3276.95,-0.05\n1e+06,0.25,0.35,\nEnd\n");
+  EXPECT_EQ(DataSection(), kPartHead +
+                               "-1,0,18446744073709551615,-3,18446744073709551612,48879,2,3,-1,1,"
+                               "0.25\nY\\X,-1,-0.5,0\n1,,3276.95,-0.05\n3,0.25,0.35,\nEnd\n");
 }
 
 TEST(SurfaceCsv, WritesEveryByteOfAPointCloud) {
@@ -125,9 +126,11 @@ TEST(SurfaceCsv, WritesOddSizes) {
     EXPECT_EQ(DataSection(), kPartHead + "1,0,2,-3,18446744073709551612,48879," + row.lines);
   }
   const TempDirectory directory;
-  EXPECT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(~z32u{0}, 0, {})}}),
-            "-997 SurfaceFileConverter::writeMsgToCsv: The surface has too many rows or columns "
-            "without points");
+  for (const Handle& surface : {MakeSurface(~z32u{0}, 0, {}), MakeSurface(0, ~z32u{0}, {})}) {
+    EXPECT_EQ(ExportCsv(kJob, {kTop}, {{surface}}),
+              "-997 SurfaceFileConverter::writeMsgToCsv: The surface has too many rows or columns "
+              "without points");
+  }
 }
 
 // Every raw value: texts of all lengths, and nothing but the longest ones there are.
@@ -166,6 +169,9 @@ TEST(SurfaceCsv, NamesOneFileForEachFrameSourceAndItem) {
   many.arrayed = 1;
   EXPECT_EQ(ExportCsv(kJob, {many}, {{MakeArrayOf({one, two})}}),
             "out-Frame-0000-Array-0000_Top.csv out-Frame-0000-Array-0001_Top.csv ");
+  // A scale that makes 0 x infinity: no sign is shown.
+  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(2, 1, {1, 2}, {INFINITY, 1, 1})}}), "out.csv ");
+  EXPECT_THAT(DataSection(), testing::HasSubstr("Y\\X,nan,inf\n"));
 }
 
 const std::string kStampCells = "1,0,2,-3,-4,48879,10,0,";
@@ -174,7 +180,8 @@ TEST(ProfileCsv, WritesALineForEachFrameOfAUniformProfile) {
   const TempDirectory directory;
   const Handle first = MakeProfileOf<z16s>({4, -32768, 0}, {7, 255, 0});
   const Handle other = MakeProfileOf<z16s>({8}, {9}, {9, 9, 9}, {9, 9, 9});
-  const Handle longer = MakeProfileOf<z16s>({1, 2, 3, 4});
+  const Handle longer =
+      Stamped(MakeProfileOf<z16s>({1, 2, 3, 4}), {~z64u{0}, ~z64u{0}, -1, -1, ~z64u{0}, {}});
   ASSERT_EQ(ExportCsv(kJob, {kLine}, {{first}, {other}, {longer}}), "out.csv ");
   EXPECT_THAT(ReadFile("out.csv"), testing::HasSubstr(",3,0.5,1,0.25,100,0\r\n"));
   EXPECT_EQ(DataSection(),
@@ -182,7 +189,9 @@ TEST(ProfileCsv, WritesALineForEachFrameOfAUniformProfile) {
             "3,3,1,0,-1\n"
             "Frame,Source,Time,Encoder,Z Encoder,Inputs,Exposure,Y,Axis,1,1.5,2\n" +
                 kStampCells + "Z,0,,-1\n" + kStampCells + "I,7,255,0\n" + kStampCells + "Z,1,,\n" +
-                kStampCells + "I,9,,\n" + kStampCells + "Z,-0.75,-0.5,-0.25\nEnd\n\n\n");
+                kStampCells + "I,9,,\n" +
+                "18446744073709551615,0,18446744073709551615,-1,-1,65535,10,0,Z,-0.75,-0.5,-0.25\n"
+                "End\n\n\n");
 }
 
 TEST(ProfileCsv, WritesTwoLinesForEachFrameOfAPointCloud) {

@@ -120,8 +120,12 @@ TEST(JobConfig, TakesTheFirstFamilyAndTheFirstScannerAndSensor) {
                           {"scan/r1xxx/config.json", "{}"},
                           {"scan/r4xxx/config.json", several.dump()}})),
             "2,2" + kInfo.substr(3) + "\n" + kDevice + "\n");
-  EXPECT_THAT(Rows(MakeJob({{"scan/BrenlowConfocalLineProfiler/config.json", other.dump()}})),
-              HasSubstr("\nother,"));
+  for (const std::string family :
+       {"r1xxx", "r4xxx", "r7xxx", "BrenlowLaserLineProfiler", "BrenlowFringeSnapshot",
+        "BrenlowConfocalLineProfiler", "vantel"}) {
+    EXPECT_THAT(Rows(MakeJob({{"scan/" + family + "/config.json", other.dump()}})),
+                HasSubstr("\nother,"));
+  }
   json list;
   list["orv:scanner"] = json::array({MakeScannerConfig()["orv:scanner"]["scanner-0"], 0});
   EXPECT_EQ(RowsOf(list), kInfo + "\n" + kDevice + "\n");
@@ -148,6 +152,8 @@ TEST(JobConfig, SaysWhatIsMissingOrWrong) {
       {MakeJob("{"), "parse error"},
       {MakeJob(R"({"orv:scanner": 7})"),
        "cannot use operator[] with a string argument with number"},
+      {MakeJob(Patched(R"({"trigger": null, "triggerSettings": null})", "{}").dump()),
+       "-997" + info + "Failed to find the trigger parameter group of R1"},
       {MakeJob(Patched(R"({"trigger": 1})", "{}").dump()),
        "cannot use operator[] with a string argument with number"},
       {MakeJob(Patched(R"({"trigger": {"delay": "1"}})", "{}").dump()),
@@ -182,14 +188,14 @@ TEST(JobConfig, RefusesADocumentThatWouldTakeTheStackOrTheMemory) {
   const struct {
     std::string document, error;
   } rows[] = {
-      {repeat(5'000'000, "["), tooDeep},
+      {repeat(1'000'000, "["), tooDeep},
       {repeat(99, "["), tooDeep},
       {repeat(98, "[") + std::string(98, ']') + "]}", "operator[]"},
-      {repeat(1 << 20, "{},"), tooLarge},
-      {repeat(1 << 20, "1,"), tooLarge},
-      {repeat(1 << 19, "{\"\":1},"), tooLarge},
-      {repeat(1, "\"" + std::string(16 << 20, 'x')), tooLarge},
-      {repeat(1'000'000, "1,") + "1]}", "operator[]"},
+      {repeat(1 << 16, "{},"), tooLarge},
+      {repeat(1 << 16, "1,"), tooLarge},
+      {repeat(25'000, "{\"\":1},"), tooLarge},  // keys count
+      {repeat(1, "\"" + std::string(1 << 20, 'x')), tooLarge},
+      {repeat(65'000, "1,") + "1]}", "operator[]"},
   };
   for (const auto& row : rows) {
     EXPECT_THAT(Rows(MakeJob(row.document)), HasSubstr(row.error)) << row.document.substr(0, 50);
