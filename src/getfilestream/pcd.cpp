@@ -134,8 +134,7 @@ zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc) {
   if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
   const std::string header = MakeHeader(message);
   const bool hasIntensity = MxSurfaceMsg_HasIntensity(message);
-  const zObject intensities = MxSurfaceMsg_Intensities(message, 0);
-  if (hasIntensity && intensities == nullptr) return zERROR_MEMORY;
+  if (hasIntensity && MxSurfaceMsg_Intensities(message, 0) == nullptr) return zERROR_MEMORY;
   const zSize cells = zArray_Count(MxSurfaceMsg_PointsArray(message, 0));
   const zSize size = cells * (hasIntensity ? sizeof(IntensePoint) : sizeof(zPoint3d32f));
   zStatus status = zMemory_Reserve(stream, zMemory_Position(stream) + header.size() + size);
