@@ -2,6 +2,7 @@
 #include "numbers.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
@@ -36,4 +37,8 @@ int parseInteger(const std::string& text) {
 double parseReal(const std::string& text) {
   return Parse(text, "invalid stod argument", "stod argument out of range",
                [](const char* start, char** end) { return std::strtod(start, end); });
+}
+
+char* formatReal(char* text, double number) {
+  return std::to_chars(text, text + kLongestReal, number, std::chars_format::general, 6).ptr;
 }

@@ -156,8 +156,11 @@ void SurfaceFileConverter::exportRecording(const std::string& exportName, FileTy
          "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported "
          "to a file whose extension is .pro");
   }
-  if (exportType == CSV) {
-    Fail(__LINE__, kNotImplemented, "Exporting to .csv hasn't been implemented");
+  if (exportType == CSV) parseCSVInfoFields(jobInfo);
+  if (exportType == CSV &&
+      (dataSourceType == UNIFORM_PROFILE || dataSourceType == PROFILE_POINT_CLOUD)) {
+    exportProfiles(exportName);
+  } else {
+    exportFrames(exportName, exportType);
   }
-  exportFrames(exportName, exportType);
 }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "surfacefileconverter/recordingarchive.h"
 
-#include <nlohmann/json.hpp>
-
 #include "getfilestream/getfilestream.h"
 #include "sdk/archive.h"
+#include "surfacefileconverter/boundeddocument.h"
 #include "surfacefileconverter/failure.h"
 #include "surfacefileconverter/wholefile.h"
 
@@ -129,8 +128,8 @@ bool GetScannerConfig(const zBytes& job, const std::string& scannerId, nlohmann:
   zBytes content;
   GetResourceData(job, "scan/" + scannerId + "/config.json", content, alloc);
   if (content.empty()) return false;
-  nlohmann::json document = nlohmann::json::parse(content.begin(), content.end());
-  scanner = document["orv:scanner"];
+  nlohmann::json document = ParseBounded(content, "GetScannerConfig");
+  scanner = std::move(document["orv:scanner"]);
   return !scanner.empty();
 }
 

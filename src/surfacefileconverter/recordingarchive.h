@@ -27,7 +27,7 @@ void GetResourceData(const zBytes& recording, const std::string& memberName, zBy
 
 // Takes the element "orv:scanner" of a scanner's configuration out of a job, which is a tar archive
 // too. Tells whether it is there and not empty; without the configuration `scanner` stays as it is.
-// Errors of the JSON library pass through.
+// Errors of the JSON library pass through; ParseBounded says how large a configuration may be.
 bool GetScannerConfig(const zBytes& job, const std::string& scannerId, nlohmann::json& scanner,
                       zAlloc alloc);
 

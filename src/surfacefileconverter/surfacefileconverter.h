@@ -10,11 +10,7 @@
 
 #include "sdk/pipeline.h"
 #include "surfacefileconverter/filetypes.h"
-
-// Settings of a recording's job that open a CSV export.
-struct CsvInfoFields {
-  z32s sensorCount = 0;
-};
+#include "surfacefileconverter/jobconfig.h"
 
 // Holds one import and exports it. Every failure is an Orv::Exception.
 class SurfaceFileConverter {
@@ -72,6 +68,19 @@ class SurfaceFileConverter {
   void exportFrames(const std::string& exportName, FileType exportType);
   void writeMsgs(const std::vector<Plovia::ReplayFrame>& frameList, z32s index,
                  const std::string& exportName, FileType exportType, bool single);
+
+  // Read the settings of the archive's job; the first one also keeps what the second one reads.
+  // Errors of the JSON library pass through.
+  void parseCSVInfoFields(CsvInfoFields& info);
+  void parseCSVDeviceInfoFields(CsvDeviceInfoFields& device);
+  // Writes one surface. `index` is not used.
+  void writeMsgToCsv(const Orv::Object<void*>& message, z32s index, const std::string& path);
+  // Writes every frame of a recording of profiles, one file for each source.
+  void exportProfiles(const std::string& exportName);
+  // Writes one source's profiles: one for each frame, as the first item of an array when
+  // `inArrays`.
+  void writeProfileMsgsToCsv(const std::vector<Orv::Object<void*>>& messages, bool inArrays,
+                             const std::string& path);
 
   bool imported = false;
   bool recording = false;

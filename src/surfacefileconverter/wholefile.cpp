@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "sdk/object.h"
 #include "surfacefileconverter/failure.h"
 
 namespace {
@@ -31,22 +30,26 @@ class UnfinishedFile {
   bool begun_ = false;
 };
 
-void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path) {
-  const auto require = [&](int line, bool done, const char* failure) {
-    if (!done) throw Orv::Exception(line, kSourceFile, kBadInput, function, failure + path);
-  };
+Orv::Exception CannotOpen(int line, const char* function, const std::string& path) {
+  return {line, kSourceFile, kBadInput, function, "Failed to open " + path};
+}
+
+void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path,
+               const Orv::Exception& cannotOpen) {
   UnfinishedFile unfinished(path);
   Orv::Object<void*> file;
   // A name with a zero in it, as a recording may suggest, would be cut there.
   const bool whole = path.find('\0') == std::string::npos;
-  require(__LINE__,
-          whole &&
-              zFile_Construct(file.Out(), path.c_str(), zFILE_WRITE, &zAllocator::Default()) == zOK,
-          "Failed to open ");
+  if (!whole ||
+      zFile_Construct(file.Out(), path.c_str(), zFILE_WRITE, &zAllocator::Default()) != zOK) {
+    throw cannotOpen;
+  }
   unfinished.Begin();
   const zStatus written = zStream_Write(file.Get(), bytes, size);
   const zStatus closed = file.Release();
-  require(__LINE__, written == zOK && closed == zOK, "Failed to write ");
+  if (written != zOK || closed != zOK) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to write " + path);
+  }
   unfinished.Finish();
 }
 
@@ -57,7 +60,7 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes) {
   std::ifstream file(path, std::ios::binary);
   // Some systems open a directory like a file.
   if (!file.is_open() || zDirectory_Exists(path.c_str())) {
-    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "Failed to open " + path);
+    throw CannotOpen(__LINE__, kFunction, path);
   }
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
@@ -75,9 +78,15 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes) {
 }
 
 void WriteStream(zMemory stream, const std::string& path) {
-  WriteFile("WriteStream", zMemory_At(stream, 0), zMemory_Length(stream), path);
+  constexpr const char* kFunction = "WriteStream";
+  WriteFile(kFunction, zMemory_At(stream, 0), zMemory_Length(stream), path,
+            CannotOpen(__LINE__, kFunction, path));
 }
 
 void WriteBuffer(const zBytes& bytes, const std::string& path) {
-  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path);
+  WriteBuffer(bytes, path, CannotOpen(__LINE__, "WriteBuffer", path));
+}
+
+void WriteBuffer(const zBytes& bytes, const std::string& path, const Orv::Exception& cannotOpen) {
+  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path, cannotOpen);
 }

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "sdk/core.h"
+#include "sdk/object.h"
 
 // Fills `bytes` with the file's content; an empty file is an error.
 void ReadFileBuffer(const std::string& path, zBytes& bytes);
@@ -15,3 +15,5 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes);
 void WriteStream(zMemory stream, const std::string& path);
 // Replaces the file by these bytes, in the same way.
 void WriteBuffer(const zBytes& bytes, const std::string& path);
+// With another error for a file that cannot be opened.
+void WriteBuffer(const zBytes& bytes, const std::string& path, const Orv::Exception& cannotOpen);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Frames of a recording as scan files.
+// Frames of a recording as scan files or CSV.
 #include "console.h"
 #include "sdk/message.h"
 #include "surfacefileconverter/failure.h"
@@ -55,7 +55,11 @@ void SurfaceFileConverter::writeMsgs(const std::vector<Plovia::ReplayFrame>& fra
   const Plovia::ReplayFrame& frame = frameList[static_cast<zSize>(index)];
   const bool onlyFile = single && scannerInfos.size() == 1;
   const auto write = [&](const Orv::Object<void*>& message, const std::string& name) {
-    WriteMsg(message, name, exportType, allocator);
+    if (exportType == CSV) {
+      writeMsgToCsv(message, 0, name);
+    } else {
+      WriteMsg(message, name, exportType, allocator);
+    }
     exportedFileNames.push_back(name);
   };
 

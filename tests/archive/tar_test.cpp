@@ -5,8 +5,6 @@
 
 namespace {
 
-zAlloc Alloc() { return &zAllocator::Default(); }
-
 // Members as "name type size content", up to where the walk ends.
 std::vector<std::string> List(const zBytes& archive, zSize capacity = 512) {
   const Handle stream = MakeStream();

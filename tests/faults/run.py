@@ -60,6 +60,8 @@ CONVERSIONS = [
     Conversion("frame as a cloud", ["-i", "small.ovrec", "-o", "new.pcd"], ["new.pcd"]),
     Conversion("frame as a compact surface", ["-i", "small.ovrec", "-o", "new.srf"], ["new.srf"]),
     Conversion("frame as a profile", ["-i", "profile.rep", "-o", "new.pro"], ["new.pro"]),
+    Conversion("surface as text", ["-i", "small.ovrec", "-o", "new.csv"], ["new.csv"]),
+    Conversion("profile as text", ["-i", "line.ovrec", "-o", "new.csv"], ["new.csv"]),
     Conversion("help", ["--help"], []),
 ]
 
@@ -231,6 +233,7 @@ def make_inputs(program, folder):
     """The examples, and recordings made of them."""
     shutil.copytree(EXAMPLES, folder, dirs_exist_ok=True)
     for arguments in (["-i", "scans", "-o", "scans.ovrec"], ["-i", "part.srf", "-o", "small.ovrec"],
+                      ["-i", "part.pro", "-o", "line.ovrec"],
                       ["-i", "part.pro", "-o", "profile.rep"]):
         subprocess.run([program, *arguments], cwd=folder, check=True, stdout=subprocess.DEVNULL)
     (folder / "log.txt").unlink()

@@ -5,8 +5,6 @@
 
 namespace {
 
-zAlloc Alloc() { return &zAllocator::Default(); }
-
 template <class Item>
 void Fill(zObject array, int seed) {
   int value = seed * 1000 - 30000;

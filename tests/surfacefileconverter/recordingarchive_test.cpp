@@ -11,8 +11,6 @@ namespace {
 
 using testing::HasSubstr;
 
-zAlloc Alloc() { return &zAllocator::Default(); }
-
 TEST(RecordingArchive, GivesTheLastReplayStream) {
   const struct {
     std::vector<Member> members;
