@@ -85,47 +85,4 @@ TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
             "-996 GetAllPointsPcd: ");
 }
 
-// A depth image: what was not seen is NaN. Through a message and back, a coordinate moves by half a
-// step of its axis at most, and by the roundings to 32 bits on the way.
-TEST(WritePcd, KeepsACloudWithinHalfAStep) {
-  constexpr z32u kWidth = 64;
-  constexpr z32u kLength = 48;
-  std::vector<zPoint3d32f> points;
-  for (z32u row = 0; row < kLength; ++row) {
-    for (z32u column = 0; column < kWidth; ++column) {
-      const auto depth =
-          static_cast<z32f>(1.3 + 0.4 * std::sin(0.2 * column) * std::cos(0.1 * row));
-      const z32f x = (static_cast<z32f>(column) - 31.5F) * depth / 525;
-      const z32f y = (static_cast<z32f>(row) - 23.5F) * depth / 525;
-      const bool seen = (row * 7 + column) % 11 != 0;
-      points.push_back(seen ? zPoint3d32f{x, y, depth} : zPoint3d32f{NAN, NAN, NAN});
-    }
-  }
-  std::string header =
-      "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 64\nHEIGHT 48\n"
-      "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 3072\nDATA binary\n";
-  const std::string_view data(reinterpret_cast<const char*>(points.data()),
-                              points.size() * sizeof(zPoint3d32f));
-  const zBytes file = ToBytes(header.append(data));
-
-  const Handle cloud = ReadScan(file, PCD);
-  const zPoint3d64f step = *MxSurfaceMsg_Scale(cloud.Get());
-  const zBytes written = WriteScan(cloud, PCD);
-  const auto near = [](z32f a, z32f b, z64f scale) {
-    const z64f rounding = 0x1p-24 * static_cast<z64f>(std::max(std::abs(a), std::abs(b)));
-    return std::abs(static_cast<z64f>(a) - static_cast<z64f>(b)) <= scale / 2 + 2 * rounding;
-  };
-  for (zSize i = 0; i < points.size(); ++i) {
-    const zPoint3d32f& point = points[i];
-    const auto back = sur::Get<zPoint3d32f>(written, written.size() - (points.size() - i) * 12);
-    if (std::isnan(point.x)) {
-      EXPECT_TRUE(std::isnan(back.x) && std::isnan(back.y) && std::isnan(back.z)) << i;
-    } else {
-      EXPECT_TRUE(near(point.x, back.x, step.x) && near(point.y, back.y, step.y) &&
-                  near(point.z, back.z, step.z))
-          << i;
-    }
-  }
-}
-
 }  // namespace

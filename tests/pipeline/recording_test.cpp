@@ -75,18 +75,18 @@ TEST_P(Recording, RefusesUseOutOfOrder) {
 }
 
 TEST(RecordingFile, MessagesOutliveStreamAndSerializerAndKeepTheirArraysApart) {
-  Handle surface;
-  const std::string expected = Describe(MakeSurfaceWithIntensity(9).Get());
+  Handle surface = MakeSurfaceWithIntensity(9);
+  const std::string expected = Describe(surface.Get());
   {
-    const zBytes stream = WriteRecording(MakeScanner(), {{MakeSurfaceWithIntensity(9)}}, true);
+    const zBytes stream = WriteRecording(MakeScanner(), {{surface}}, true);
     Plovia::ReplaySerializer reader;
     reader.LoadBuffer(stream);
     surface = reader.ReadData(0).front();
   }
   EXPECT_EQ(Describe(surface.Get()), expected);
-  const auto heights = zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0));
   const auto intensities = ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0));
-  std::ranges::fill(heights, z16s{-1});
+  std::ranges::fill(zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0)),
+                    z16s{-1});
   EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
 }
 
