@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "support/recordings.h"
 #include "support/scan_files.h"
@@ -15,6 +15,12 @@ TEST(ScanFiles, BecomeCompleteMessages) {
   EXPECT_EQ(Describe(ReadScan(SurRow({10, 11, 30}).Bytes(), PRO).Get()),
             "profile 3 offset (1 2 3) scale (0.5 0.25 0.125) box (1 0 5.5625)(1.5 0 2.625)"
             " type 2: 10 0 11 0 30 0 type 0: stamp 0 0 0 0 0 0 0 0");
+  const std::string cloud =
+      "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 1\nHEIGHT 1\n"
+      "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 1\nDATA binary\n" +
+      std::string(12, '\0');
+  EXPECT_THAT(Describe(ReadScan(ToBytes(cloud), PCD).Get()),
+              testing::StartsWith("surface 1x1 resampled 0 offset (0 0 0) scale (0 0 0) "));
 }
 
 TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
