@@ -257,6 +257,9 @@ TEST_F(Program, SaysWhatIsWrongAndLogsWhere) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.output, EndsWith("[ERROR] " + row.error + ".\n"));
     EXPECT_THAT(run.output, testing::Not(HasSubstr("Successfully exported")));
+    if (row.line.starts_with("-i none")) {
+      EXPECT_EQ(run.output, kBanner + "[ERROR] " + row.error + ".\n");  // no import is told
+    }
     const bool ours = !row.error.starts_with("std::exception");  // the others are not logged
     const std::string log = ReadFile("log.txt");
     EXPECT_EQ(log.empty(), !ours) << row.error;
