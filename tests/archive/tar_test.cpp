@@ -10,7 +10,8 @@ std::vector<std::string> List(const zBytes& archive, zSize capacity = 512) {
   const Handle stream = MakeStream();
   MustBeOk(zMemory_Attach(stream.Get(), archive.data(), 0, archive.size(), archive.size()));
   Handle tar;
-  if (zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, Alloc()) != zOK) return {"no archive"};
+  if (zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, DefaultAlloc()) != zOK)
+    return {"no archive"};
   std::vector<std::string> members;
   std::string name(capacity, '\0');
   z32s type = 0;
@@ -57,10 +58,10 @@ TEST(Tar, EndsWhereAnArchiveIsDamaged) {
 TEST(Tar, RefusesWrongUse) {
   Handle tar;
   const Handle stream = MakeStream();
-  EXPECT_EQ(zTar_Construct(tar.Out(), nullptr, zTAR_READ, Alloc()), zERROR_PARAMETER);
-  EXPECT_EQ(zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, Alloc()), zERROR_PARAMETER);
-  EXPECT_EQ(zTar_Construct(tar.Out(), stream.Get(), 3, Alloc()), zERROR_PARAMETER);
-  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, Alloc()));
+  EXPECT_EQ(zTar_Construct(tar.Out(), nullptr, zTAR_READ, DefaultAlloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, DefaultAlloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zTar_Construct(tar.Out(), stream.Get(), 3, DefaultAlloc()), zERROR_PARAMETER);
+  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, DefaultAlloc()));
   EXPECT_EQ(zTar_BeginWrite(tar.Get(), "d", zTAR_DIRECTORY, 1), zERROR_PARAMETER);
   EXPECT_EQ(zTar_WriteFile(tar.Get(), "short", MakeStream().Get(), 1), zERROR_STREAM);
   EXPECT_EQ(zStream_Write(tar.Get(), "xy", 2), zERROR_PARAMETER);  // more than was announced

@@ -13,10 +13,12 @@ namespace {
 class OneBlockAllocator : public zAllocator {
  public:
   void* Allocate(zSize bytes) noexcept override {
-    return std::exchange(left_, 0) > 0 ? Alloc()->Allocate(bytes) : nullptr;
+    return std::exchange(left_, 0) > 0 ? DefaultAlloc()->Allocate(bytes) : nullptr;
   }
-  void* AllocateZeroed(zSize bytes) noexcept override { return Alloc()->AllocateZeroed(bytes); }
-  void Free(void* block) noexcept override { Alloc()->Free(block); }
+  void* AllocateZeroed(zSize bytes) noexcept override {
+    return DefaultAlloc()->AllocateZeroed(bytes);
+  }
+  void Free(void* block) noexcept override { DefaultAlloc()->Free(block); }
 
  private:
   int left_ = 1;
@@ -44,7 +46,7 @@ TEST(Array, RefusesWhatCannotBe) {
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.length0 << " x " << row.length1);
     Handle array;
-    EXPECT_EQ(zArray2_Construct(array.Out(), row.type, row.length0, row.length1, Alloc()),
+    EXPECT_EQ(zArray2_Construct(array.Out(), row.type, row.length0, row.length1, DefaultAlloc()),
               row.status);
     EXPECT_EQ(static_cast<bool>(array), row.status == zOK);
   }
@@ -52,8 +54,8 @@ TEST(Array, RefusesWhatCannotBe) {
 
 TEST(List, GrowsAndKeepsItsItems) {
   Handle points, names;
-  MustBeOk(zArrayList_Construct(points.Out(), zType::zPoint3d32f, 0, Alloc()));
-  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, Alloc()));
+  MustBeOk(zArrayList_Construct(points.Out(), zType::zPoint3d32f, 0, DefaultAlloc()));
+  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, DefaultAlloc()));
   for (int i = 0; i < 1000; ++i) {
     const zPoint3d32f point{static_cast<float>(i), 0, -1};
     const zString name = "a name longer than any short string " + std::to_string(i);
@@ -69,9 +71,10 @@ TEST(List, GrowsAndKeepsItsItems) {
 TEST(List, FailsCleanly) {
   constexpr zSize kMost = std::numeric_limits<zSize>::max();
   Handle list;
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::none, 1, Alloc()), zERROR_PARAMETER);
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zPoint3d32f, kMost, Alloc()), zERROR_MEMORY);
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zString, kMost, Alloc()), zERROR_MEMORY);
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::none, 1, DefaultAlloc()), zERROR_PARAMETER);
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zPoint3d32f, kMost, DefaultAlloc()),
+            zERROR_MEMORY);
+  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zString, kMost, DefaultAlloc()), zERROR_MEMORY);
   OneBlockAllocator one;  // outlives what it gave
   Handle full;
   MustBeOk(zArrayList_Construct(full.Out(), zType::z8u, 1, &one));
@@ -111,8 +114,8 @@ TEST(Memory, ReadsAnAttachedBufferInPlace) {
   EXPECT_EQ(zStream_Write(stream.Get(), numbers, 1), zERROR_STREAM);
 
   Handle serializer, array;
-  MustBeOk(zDat6Serializer_Construct(serializer.Out(), stream.Get(), Alloc()));
-  MustBeOk(zArray1_Construct(array.Out(), zType::z16s, 2, Alloc()));
+  MustBeOk(zDat6Serializer_Construct(serializer.Out(), stream.Get(), DefaultAlloc()));
+  MustBeOk(zArray1_Construct(array.Out(), zType::z16s, 2, DefaultAlloc()));
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 3, 1), zERROR_PARAMETER);
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 2), zERROR_PARAMETER);
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 1), zOK);
@@ -124,13 +127,13 @@ TEST(File, WritesReadsAndReportsWhatItCouldNotWrite) {
   const TempDirectory directory;
   {
     Handle file;
-    ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_WRITE, Alloc()), zOK);
+    ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_WRITE, DefaultAlloc()), zOK);
     EXPECT_EQ(zFile_SetWriteBuffer(file.Get(), 16), zOK);
     EXPECT_EQ(zStream_Write(file.Get(), "0123456789abcdefghij", 20), zOK);
   }
   EXPECT_EQ(zFile_Size("file"), 20U);
   Handle file;
-  ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_READ, Alloc()), zOK);
+  ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_READ, DefaultAlloc()), zOK);
   char bytes[4] = {};
   EXPECT_EQ(zStream_Seek(file.Get(), 21), zERROR_STREAM);
   EXPECT_EQ(zStream_Seek(file.Get(), 17), zOK);
@@ -138,11 +141,12 @@ TEST(File, WritesReadsAndReportsWhatItCouldNotWrite) {
   EXPECT_STREQ(bytes, "hij");
   EXPECT_EQ(zStream_Read(file.Get(), bytes, 1), zERROR_STREAM);
   for (const char* path : {"missing", "."}) {
-    EXPECT_EQ(zFile_Construct(file.Out(), path, zFILE_READ, Alloc()), zERROR_NOT_FOUND) << path;
+    EXPECT_EQ(zFile_Construct(file.Out(), path, zFILE_READ, DefaultAlloc()), zERROR_NOT_FOUND)
+        << path;
   }
   if (zFile_Exists("/dev/full")) {
     zFile full = nullptr;
-    ASSERT_EQ(zFile_Construct(&full, "/dev/full", zFILE_WRITE, Alloc()), zOK);
+    ASSERT_EQ(zFile_Construct(&full, "/dev/full", zFILE_WRITE, DefaultAlloc()), zOK);
     EXPECT_EQ(zStream_Write(full, "x", 1), zOK);  // still in the buffer
     EXPECT_EQ(zObject_DestroyImpl(full, 1), zERROR_STREAM);
   }
@@ -153,7 +157,7 @@ TEST(Directory, ListsTheNamesOfItsFilesInOrder) {
   std::filesystem::create_directory("folder.sur");
   for (const char* name : {"b.sur", "a 10", "a 9", "C"}) WriteFile(name, "");
   Handle names;
-  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, Alloc()));
+  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, DefaultAlloc()));
   EXPECT_EQ(zDirectory_ListFiles(".", names.Get()), zOK);
   std::string found;
   for (zSize i = 0; i < zArrayList_Count(names.Get()); ++i) {

@@ -58,10 +58,10 @@ TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
 TEST(ScanFiles, AreReadOnlyByTheGeneratorOfTheirKind) {
   Handle message;
   for (const FileType fileType : {PRO, PCD, CSV, REC, REP, OVREC}) {
-    EXPECT_EQ(Thrown([&] { GenerateSurfaceMsgFromBuffer(message, {}, fileType, Alloc()); }),
+    EXPECT_EQ(Thrown([&] { GenerateSurfaceMsgFromBuffer(message, {}, fileType, DefaultAlloc()); }),
               "-996 GenerateSurfaceMsgFromBuffer: Unimplemented file extension");
   }
-  EXPECT_EQ(Thrown([&] { GenerateProfileMsgFromBuffer(message, {}, SUR, Alloc()); }),
+  EXPECT_EQ(Thrown([&] { GenerateProfileMsgFromBuffer(message, {}, SUR, DefaultAlloc()); }),
             "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
 }
 
@@ -89,7 +89,8 @@ TEST(ScanFiles, AreWrittenFromMessagesOfTheirKindToAStreamThatTakesThem) {
       EXPECT_EQ(Thrown([&] { WriteScan(message, row.fileType); }), "0" + error);
     }
     EXPECT_EQ(Thrown([&] {
-                GetMsgDataFileStream(row.suitable.Get(), row.fileType, readOnly.Get(), Alloc());
+                GetMsgDataFileStream(row.suitable.Get(), row.fileType, readOnly.Get(),
+                                     DefaultAlloc());
               }),
               std::to_string(zERROR_STREAM) + error);
   }

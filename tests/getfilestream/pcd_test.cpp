@@ -59,7 +59,7 @@ TEST(WritePcd, WritesIntensitiesFrom0To1) {
 
 TEST(WritePcd, DoesNotWalkRowsOfNoPoints) {
   Handle surface;
-  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 0, 4294967295, Alloc()));
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 0, 4294967295, DefaultAlloc()));
   const zBytes bytes = WriteScan(surface, PCD);
   EXPECT_THAT(std::string(bytes.begin(), bytes.end()),
               testing::EndsWith("WIDTH 0\nHEIGHT 4294967295\nVIEWPOINT 0 0 0 1 0 0 0\n"
@@ -69,20 +69,21 @@ TEST(WritePcd, DoesNotWalkRowsOfNoPoints) {
 TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
   const Handle surface = MakeSurface(2, 1, {3, -32768}, {1, 1, 1}, {0.5, 0, 0});
   Handle list;
-  GetAllPointsPcd(surface.Get(), list, Alloc());
-  GetAllPointsPcd(surface.Get(), list, Alloc());
+  GetAllPointsPcd(surface.Get(), list, DefaultAlloc());
+  GetAllPointsPcd(surface.Get(), list, DefaultAlloc());
   ASSERT_EQ(zArrayList_Count(list.Get()), 4U);
   const auto* points = static_cast<const zPoint3d32f*>(zArrayList_At(list.Get(), 0));
   EXPECT_EQ(points[2].x, 0.5F);
   EXPECT_EQ(points[2].z, 3);
   EXPECT_TRUE(std::isnan(points[3].y));
   Handle texts;
-  MustBeOk(zArrayList_Construct(texts.Out(), zType::zString, 1, Alloc()));
-  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(surface.Get(), texts, Alloc()); }),
+  MustBeOk(zArrayList_Construct(texts.Out(), zType::zString, 1, DefaultAlloc()));
+  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(surface.Get(), texts, DefaultAlloc()); }),
             "-984 GetAllPointsPcd: ");
   // The points are looked at before the list.
-  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(MakeProfile(zType::z16s, 1).Get(), texts, Alloc()); }),
-            "-996 GetAllPointsPcd: ");
+  EXPECT_EQ(
+      Thrown([&] { GetAllPointsPcd(MakeProfile(zType::z16s, 1).Get(), texts, DefaultAlloc()); }),
+      "-996 GetAllPointsPcd: ");
 }
 
 }  // namespace

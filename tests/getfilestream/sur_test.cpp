@@ -82,7 +82,7 @@ TEST(WriteSur, WritesASurfaceWithoutAValidPoint) {
   EXPECT_EQ(sur::Get<z32s>(bytes, sur::kZMax), -32768);
   EXPECT_EQ(sur::Get<z16s>(bytes, 514), 32765);
   SurfaceBuffer record;
-  ASSERT_EQ(LoadSurFileBuffer(bytes, record, Alloc()), zOK);
+  ASSERT_EQ(LoadSurFileBuffer(bytes, record, DefaultAlloc()), zOK);
   EXPECT_EQ(ItemsOf<z16s>(record.points.Get()), (Heights{-32768, -32768}));
 }
 

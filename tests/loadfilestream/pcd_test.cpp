@@ -66,8 +66,8 @@ Loaded Load(const zBytes& bytes, const Options& options = {}) {
   loaded.record.width = options.width;
   loaded.record.length = options.length;
   testing::internal::CaptureStdout();
-  loaded.status =
-      LoadPcdFileBuffer(bytes, loaded.record, options.swap, options.invalid, options.zoom, Alloc());
+  loaded.status = LoadPcdFileBuffer(bytes, loaded.record, options.swap, options.invalid,
+                                    options.zoom, DefaultAlloc());
   loaded.warning = testing::internal::GetCapturedStdout();
   return loaded;
 }

@@ -16,7 +16,7 @@ struct Loaded {
 
 Loaded Load(const zBytes& bytes) {
   Loaded loaded;
-  loaded.status = LoadProFileBuffer(bytes, loaded.record, Alloc());
+  loaded.status = LoadProFileBuffer(bytes, loaded.record, DefaultAlloc());
   return loaded;
 }
 

@@ -8,7 +8,7 @@
 namespace {
 
 zStatus Load(const zBytes& bytes, SurfaceBuffer& record) {
-  return LoadSrfFileBuffer(bytes, record, Alloc());
+  return LoadSrfFileBuffer(bytes, record, DefaultAlloc());
 }
 zStatus Load(const zBytes& bytes) {
   SurfaceBuffer record;

@@ -21,7 +21,7 @@ struct Loaded {
 
 Loaded Load(const zBytes& bytes) {
   Loaded loaded;
-  loaded.status = LoadSurFileBuffer(bytes, loaded.record, Alloc());
+  loaded.status = LoadSurFileBuffer(bytes, loaded.record, DefaultAlloc());
   return loaded;
 }
 Loaded Load(const SurFile& file) { return Load(file.Bytes()); }

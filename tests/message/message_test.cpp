@@ -8,15 +8,16 @@ namespace {
 TEST(Message, IsNotConstructedBeyondTheMemory) {
   Handle message;
   constexpr z32u kMost = ~z32u{0};
-  EXPECT_EQ(MxSurfaceMsg_ConstructSimple(message.Out(), kMost, kMost, Alloc()), zERROR_MEMORY);
-  EXPECT_EQ(MxSurfaceMsg_ConstructUnresampledSimple(message.Out(), kMost, kMost, Alloc()),
+  EXPECT_EQ(MxSurfaceMsg_ConstructSimple(message.Out(), kMost, kMost, DefaultAlloc()),
+            zERROR_MEMORY);
+  EXPECT_EQ(MxSurfaceMsg_ConstructUnresampledSimple(message.Out(), kMost, kMost, DefaultAlloc()),
             zERROR_MEMORY);
   EXPECT_FALSE(message);
 }
 
 TEST(Message, StartsZeroWithScaleOne) {
   Handle surface;
-  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 2, 1, Alloc()));
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 2, 1, DefaultAlloc()));
   EXPECT_EQ(
       Describe(surface.Get()),
       "surface 2x1 resampled 1 offset (0 0 0) scale (1 1 1) box (0 0 0)(0 0 0) type 2: 0 0 0 0"

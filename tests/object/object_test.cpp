@@ -65,10 +65,10 @@ TEST(Object, SharesWhatItHolds) {
 TEST(Object, ResetReportsAReleaseThatFails) {
   if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "no full device";
   Handle file;
-  MustBeOk(zFile_Construct(file.Out(), "/dev/full", zFILE_WRITE, Alloc()));
+  MustBeOk(zFile_Construct(file.Out(), "/dev/full", zFILE_WRITE, DefaultAlloc()));
   MustBeOk(zStream_Write(file.Get(), "x", 1));
   zMemory next = nullptr;
-  MustBeOk(zMemory_Construct(&next, Alloc()));
+  MustBeOk(zMemory_Construct(&next, DefaultAlloc()));
   EXPECT_THAT(Thrown([&] { file.Reset(next); }),
               testing::StartsWith(std::to_string(zERROR_STREAM) + " Orv::Object<void *>::Reset:"));
   EXPECT_EQ(file.Get(), next);

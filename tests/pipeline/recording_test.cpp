@@ -93,7 +93,7 @@ TEST(RecordingFile, MessagesOutliveStreamAndSerializerAndKeepTheirArraysApart) {
 TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
   const Handle surface = MakeSurface(0, 0, {});
   Handle large;
-  MustBeOk(MxSurfaceMsg_ConstructSimple(large.Out(), 4096, 5120, Alloc()));  // 40 MiB
+  MustBeOk(MxSurfaceMsg_ConstructSimple(large.Out(), 4096, 5120, DefaultAlloc()));  // 40 MiB
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources.resize(1);
   const zBytes stream =
@@ -111,7 +111,7 @@ TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
 
 TEST(RecordingFile, RefusesAMessageOf2GiB) {
   Handle huge;
-  if (MxSurfaceMsg_ConstructSimple(huge.Out(), 1U << 15, 1U << 15, Alloc()) != zOK) {
+  if (MxSurfaceMsg_ConstructSimple(huge.Out(), 1U << 15, 1U << 15, DefaultAlloc()) != zOK) {
     GTEST_SKIP() << "not enough memory";
   }
   Plovia::ReplayScannerInfo scanner = MakeScanner();

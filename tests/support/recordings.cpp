@@ -58,7 +58,7 @@ Handle MakeCloud(int seed) {
 
 Handle MakeProfile(zType pointType, int seed) {
   Handle profile;
-  MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, Alloc()));
+  MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, DefaultAlloc()));
   Fill(MxProfileMsg_PointsArray(profile.Get(), 0), seed + 5);
   const zPoint3d64f offset{-1, 0, 1e300};
   const zPoint3d64f scale{0.25, 1, 0.5};
@@ -76,7 +76,7 @@ Handle MakeProfile(zType pointType, int seed) {
 
 Handle MakeArrayOf(const std::vector<Handle>& items) {
   Handle array;
-  MustBeOk(MxArrayMsg_Construct(array.Out(), Alloc()));
+  MustBeOk(MxArrayMsg_Construct(array.Out(), DefaultAlloc()));
   for (const Handle& item : items) MustBeOk(MxArrayMsg_Add(array.Get(), item.Get()));
   return array;
 }

@@ -9,17 +9,17 @@
 inline Handle ReadScan(const zBytes& bytes, FileType fileType) {
   Handle message;
   if (fileType == PRO) {
-    GenerateProfileMsgFromBuffer(message, bytes, fileType, Alloc());
+    GenerateProfileMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
   } else if (fileType == PCD) {
-    GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr, Alloc());
+    GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr, DefaultAlloc());
   } else {
-    GenerateSurfaceMsgFromBuffer(message, bytes, fileType, Alloc());
+    GenerateSurfaceMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
   }
   return message;
 }
 
 inline zBytes WriteScan(const Handle& message, FileType fileType) {
   const Handle stream = MakeStream();
-  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), Alloc());
+  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), DefaultAlloc());
   return BytesOf(stream.Get());
 }

@@ -26,7 +26,7 @@ Handle MakeProfileOf(const std::vector<Item>& points, const std::vector<z8u>& in
                      zPoint3d64f scale = {0.5, 1, 0.25}, zPoint3d64f offset = {1, 0, -1}) {
   Handle profile;
   const auto count = static_cast<z32u>(points.size());
-  MustBeOk(MxProfileMsg_Construct(profile.Out(), zTypeOf<Item>, 1, count, Alloc()));
+  MustBeOk(MxProfileMsg_Construct(profile.Out(), zTypeOf<Item>, 1, count, DefaultAlloc()));
   MustBeOk(MxProfileMsg_CopyPointsArray(profile.Get(), MakeArray2(count, 1, points).Get()));
   MustBeOk(MxProfileMsg_SetScale(profile.Get(), &scale));
   MustBeOk(MxProfileMsg_SetOffset(profile.Get(), &offset));
