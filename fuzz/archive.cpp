@@ -7,11 +7,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const zBytes archive(data, data + size);
-  Attempt([&] { GetReplayData(archive, Alloc()); });
+  Attempt([&] { GetReplayData(archive, DefaultAlloc()); });
   zBytes job;
-  Attempt([&] { GetResourceData(archive, "jobs/live/_live.ovjob", job, Alloc()); });
+  Attempt([&] { GetResourceData(archive, "jobs/live/_live.ovjob", job, DefaultAlloc()); });
   nlohmann::json scanner;
-  Attempt([&] { GetScannerConfig(job, "r4xxx", scanner, Alloc()); });
-  Attempt([&] { GetScannerConfig(archive, "r4xxx", scanner, Alloc()); });
+  Attempt([&] { GetScannerConfig(job, "r4xxx", scanner, DefaultAlloc()); });
+  Attempt([&] { GetScannerConfig(archive, "r4xxx", scanner, DefaultAlloc()); });
   return 0;
 }

@@ -8,8 +8,6 @@
 
 #include "support/scans.h"
 
-inline zAlloc Alloc() { return &zAllocator::Default(); }
-
 // Errors that the tool would report are what damaged input must give; all else is a finding.
 template <class Operation>
 void Attempt(Operation operation) {

@@ -23,12 +23,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Handle message;
     GenerateSurfaceMsgFromBuffer(message, zBytes(bytes.begin(), bytes.end()), width, height,
                                  (switches & 1) != 0, (switches & 2) != 0 ? &invalid : nullptr,
-                                 (switches & 4) != 0 ? &zoom : nullptr, Alloc());
+                                 (switches & 4) != 0 ? &zoom : nullptr, DefaultAlloc());
     const Handle cloud = MakeStream();
-    GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), Alloc());
+    GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), DefaultAlloc());
     Handle again;
     GenerateSurfaceMsgFromBuffer(again, BytesOf(cloud.Get()), 0, 0, false, nullptr, nullptr,
-                                 Alloc());
+                                 DefaultAlloc());
   });
   return 0;
 }

@@ -12,7 +12,7 @@ namespace {
 // file system, whatever went wrong.
 class UnfinishedFile {
  public:
-  explicit UnfinishedFile(const std::filesystem::path& path) : path_(path) {}
+  explicit UnfinishedFile(std::filesystem::path path) : path_(std::move(path)) {}
   ~UnfinishedFile() {
     std::error_code ignored;
     if (begun_ && std::filesystem::is_regular_file(path_, ignored)) {

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <sstream>
 
 #include "support/recordings.h"
 #include "support/run_program.h"
@@ -174,56 +175,95 @@ TEST_F(Program, TakesANameForAFormat) {
   }
 }
 
-// The last line of a run that fails.
-TEST_F(Program, SaysWhatIsWrong) {
+// The arguments between blanks.
+std::vector<std::string> Split(const std::string& line) {
+  std::vector<std::string> args;
+  std::istringstream stream(line);
+  for (std::string arg; std::getline(stream, arg, ' ');) args.push_back(arg);
+  return args;
+}
+
+// Nothing is imported from a name that does not exist, so that what fails after it tells the order
+// of the steps.
+TEST_F(Program, SaysWhatIsWrongAndLogsWhere) {
+  const auto own = [](int line, int status = -997) {
+    return Orv::Format(
+        "status %d in CommandArgsOperator::process (commandargsoperator:%d): ", status, line);
+  };
+  const auto converter = [](const std::string& operation, int line, int status = -988) {
+    return Orv::Format("status %d in SurfaceFileConverter::%s (surfacefileconverter:%d): ", status,
+                       operation, line);
+  };
+  const std::string nothing = "No file was exported because no file has been imported yet";
+  const std::string none = "No files have been imported yet";
   const std::string notRecording =
       "The imported data isn't a recording data and it doesn't support this option('-f/--frame').";
+  const std::string badPoint = "The input invalid point is not right";
+  const std::string badFrame = "The frame index should be less than 2";
   const std::string longName(100000, 'x');
   const struct {
-    std::vector<std::string> args;
+    std::string line;
+    std::string logged;  // in front of the error, where that is told here
     std::string error;
   } rows[] = {
-      {{"stray"}, "No file was exported because no file has been imported yet"},
-      {{"--help", "-o", ""}, "No file was exported because no file has been imported yet"},
-      {{"-i", "", "-o", "b.rep"},
+      {"stray -w 0", own(274, -990), nothing},
+      {"--help -o ", own(274, -990), nothing},
+      {"-i  --input a.sur", own(236),  // the short form goes first
        "No file was exported because the input file/directory name wasn't specified."},
-      {{"-i", "missing.sur", "-o", "b.rep"}, "No files have been imported yet"},
-      {{"-i", longName, "-o", "b.rep"}, "No files have been imported yet"},
-      {{"-i", "d", "-o", "b.rep"}, "Fail to find any file in the input directory."},
-      {{"-i", "a.sur", "-f", "0"}, notRecording},
-      {{"-i", "a.sur", "-f", "x"}, notRecording},
-      {{"-i", "a.rep", "-f", "x"}, "std::exception - invalid stoi argument"},
-      {{"-i", "a.rep", "-f", "4294967296"}, "std::exception - stoi argument out of range"},
-      {{"-i", "a.rep", "-f", "2"}, "The frame index should be less than 2"},
-      {{"-i", "a.rep", "-f", "-1", "-a"}, "The frame index should be less than 2"},
-      {{"-i", "a.pcd", "-w", "0"}, "The input surface width should be greater than 1"},
-      {{"-i", "a.pcd", "-h", "0"}, "The input surface height should be greater than 1"},
-      {{"-i", "a.pcd", "-w", "1", "-s", "-1"}, "The input swap should be equal to 0/1"},
-      {{"-i", "a.pcd", "-r", "1,2,3"}, "The input invalid point is not right"},
-      {{"-i", "a.pcd", "-r", ""}, "The input invalid point is not right"},
-      {{"-i", "a.pcd", "-r", "("}, "The input invalid point is not right"},
-      {{"-i", "a.pcd", "-r", "(1,2"}, "The input invalid point is not right"},
-      {{"-i", "a.pcd", "-r", "(1,2,3,4)"}, "The input invalid point is not right"},
-      {{"-i", "a.pcd", "-r", "(1,,3)"}, "std::exception - invalid stod argument"},
-      {{"-i", "a.pcd", "-r", "(1,1e999,x)"}, "std::exception - stod argument out of range"},
-      {{"-i", "a.pcd", "-z", "0"}, "The input zoom factor is less than 0"},
-      {{"-i", "a.rep"}, "std::exception - invalid string position"},
-      {{"-i", "a.rep", "-o", "out"}, "std::exception - invalid string position"},
-      {{"-i", "a.sur", "-o", ""}, "Failed to write the config.json file"},
-      {{"-i", "a.sur", "-o", "b.%s%n%2000000000d"},
+      {"-i none -f x -w 0", converter("isRecordingData", 479), none},
+      {"-i " + longName + " -o b.rep", converter("isRecordingData", 479), none},
+      {"-i a.sur -f x -w 0", own(278), notRecording},
+      {"-i a.rep -f x", "", "std::exception - invalid stoi argument"},
+      {"-i a.rep -f 4294967296", "", "std::exception - stoi argument out of range"},
+      {"-i a.rep -f 2", converter("setFrameIndex", 421, -997), badFrame},
+      {"-i a.rep -f -1 -a", converter("setFrameIndex", 421, -997), badFrame},
+      {"-i a.pcd -w abc", "", "std::exception - invalid stoi argument"},
+      {"-i none --width 0 -h 0", own(294), "The input surface width should be greater than 1"},
+      {"-i none -w 1 -h 0", converter("setPcdWidth", 434), none},
+      {"-i none --height -1 -s 2", own(301), "The input surface height should be greater than 1"},
+      {"-i none -h 1 -s 2", converter("setPcdHeight", 442), none},
+      {"-i none --swap -1 -r ", own(308), "The input swap should be equal to 0/1"},
+      {"-i none -s 1 -r ", converter("setPcdFlipXZEnabled", 450), none},
+      {"-i none -r  -z 0", own(316), badPoint},
+      {"-i none -r 1,2,3", own(316), badPoint},
+      {"-i none --remove ( -z 0", own(319), badPoint},
+      {"-i none -r (1,2", own(319), badPoint},
+      {"-i none -r (1,2,3,4)", own(319), badPoint},
+      {"-i none -r (1,2,3,)", converter("setInvalidPoint", 457), none + "."},
+      {"-i none -r 1,2,3)", "", "std::exception - invalid stod argument"},
+      {"-i none -r (1,,3)", "", "std::exception - invalid stod argument"},
+      {"-i none -r (1,1e999,x)", "", "std::exception - stod argument out of range"},
+      {"-i none --zoom -0", own(331), "The input zoom factor is less than 0"},
+      {"-i none -z nan", converter("setPcdZoom", 468), none},
+      {"-i e -a", own(358), "No file was exported because the export file name wasn't specified"},
+      {"-i a.rep", "", "std::exception - invalid string position"},
+      {"-i a.rep -o out", "", "std::exception - invalid string position"},
+      {"-i d -o b.rep", "", "Fail to find any file in the input directory."},
+      {"-i a.sur -o ", "", "Failed to write the config.json file"},
+      {"-i a.sur -o b.%s%n%2000000000d", "",
        "Extension .%s%n%2000000000d of the export file name is not supported"},
-      {{"-i", "a.sur", "-o", "b." + longName},
+      {"-i a.sur -o b." + longName, "",
        "Extension ." + longName + " of the export file name is not supported"},
-      {{"-i", "a.rep", "-o", "b.csv"}, "The import file type is not OVREC"},
-      {{"-i", "a.sur", "-o", "no/b.rep"}, "Failed to open no/b.rep"},
-      {{"-i", "a.sur", "-o", "d/d.rep"}, "Failed to open d/d.rep"},
+      {"-i a.rep -o b.csv", "", "The import file type is not OVREC"},
+      {"-i a.sur -o no/b.rep", "", "Failed to open no/b.rep"},
+      {"-i a.sur -o d/d.rep", "", "Failed to open d/d.rep"},
   };
   std::filesystem::create_directories("d/d.rep");
+  std::filesystem::create_directories("e");
+  WriteFile("e/a-Frame-0000_T.sur", SurFile{}.Bytes());
   for (const auto& row : rows) {
-    const Outcome run = RunProgram(row.args);
+    std::filesystem::remove("log.txt");
+    const Outcome run = RunProgram(Split(row.line));
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.output, EndsWith("[ERROR] " + row.error + ".\n"));
     EXPECT_THAT(run.output, testing::Not(HasSubstr("Successfully exported")));
+    if (row.line.starts_with("-i none")) {
+      EXPECT_EQ(run.output, kBanner + "[ERROR] " + row.error + ".\n");  // no import is told
+    }
+    const bool ours = !row.error.starts_with("std::exception");  // the others are not logged
+    const std::string log = ReadFile("log.txt");
+    EXPECT_EQ(log.empty(), !ours) << row.error;
+    EXPECT_THAT(log, HasSubstr(row.logged));
   }
   EXPECT_THAT(RunProgram({"-i", "p.rep", "-o", "b.CSV"}).output,
               HasSubstr("[INFO] All the frames are being exported.\n"));

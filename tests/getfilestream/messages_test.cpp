@@ -1,137 +1,101 @@
 // SPDX-License-Identifier: MIT
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "getfilestream/getfilestream.h"
-#include "support/scans.h"
+#include "support/recordings.h"
+#include "support/scan_files.h"
 #include "support/sur_file.h"
 
 namespace {
 
-Handle Generate(const zBytes& bytes, FileType fileType = SUR) {
+TEST(ScanFiles, BecomeCompleteMessages) {
+  EXPECT_EQ(Describe(ReadScan(SurFile{}.Bytes(), SUR).Get()),
+            "surface 3x2 resampled 1 offset (1 2 3) scale (0.5 0.25 0.125)"
+            " box (1.75 2.25 5.0625)(1.5 0.5 1.625) type 2: 10 0 11 0 12 0 20 0 21 0 22 0"
+            " type 0: stamp 0 0 0 0 0 0 0 0");
+  EXPECT_EQ(Describe(ReadScan(SurRow({10, 11, 30}).Bytes(), PRO).Get()),
+            "profile 3 offset (1 2 3) scale (0.5 0.25 0.125) box (1 0 5.5625)(1.5 0 2.625)"
+            " type 2: 10 0 11 0 30 0 type 0: stamp 0 0 0 0 0 0 0 0");
+  const std::string cloud =
+      "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 1\nHEIGHT 1\n"
+      "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 1\nDATA binary\n" +
+      std::string(12, '\0');
+  EXPECT_THAT(Describe(ReadScan(ToBytes(cloud), PCD).Get()),
+              testing::StartsWith("surface 1x1 resampled 0 offset (0 0 0) scale (0 0 0) "));
+}
+
+TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
+  const std::string surface = " GenerateSurfaceMsgFromBuffer: Failed to load ";
+  const std::string emptySurface = "-997 GetSurfaceBoundingBox: The input surface is empty";
+  const zBytes sound = SurFile{}.Bytes();
+  zBytes otherSignature = sound;
+  otherSignature[0] = 'd';
+  SurFile high, thin;
+  high.flag = 1;
+  high.zMin = 100;  // above every sample
+  thin.width = 0;
+  const struct {
+    zBytes bytes;
+    FileType fileType;
+    std::string error;
+  } rows[] = {
+      {{}, SUR, "-999" + surface + "sur file buffer"},
+      {First(sound, 523), SUR, std::to_string(zERROR_STREAM) + surface + "sur file buffer"},
+      {otherSignature, SUR, "0" + surface + "sur file buffer"},
+      {high.Bytes(), SUR, emptySurface},
+      {thin.Bytes(), SUR, emptySurface},
+      {{}, SRF, "-999" + surface + "srf file buffer"},
+      {{}, PCD, "0" + surface + "pcd file buffer"},
+      {{'#', '\n'}, PCD, "-984" + surface + "pcd file buffer"},
+      {{}, PRO, "-999 GenerateProfileMsgFromBuffer: Failed to load pro file buffer"},
+      {SurRow({}).Bytes(), PRO, "-997 GetProfileBoundingBox: The input profile is empty"},
+      {sound, PRO, "-997 LoadProFileBuffer: The pro file contains multiples profiles."},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(Thrown([&] { ReadScan(row.bytes, row.fileType); }), row.error);
+  }
+}
+
+TEST(ScanFiles, AreReadOnlyByTheGeneratorOfTheirKind) {
   Handle message;
-  GenerateSurfaceMsgFromBuffer(message, bytes, fileType, &zAllocator::Default());
-  return message;
-}
-
-Handle GenerateProfile(const zBytes& bytes, FileType fileType = PRO) {
-  Handle message;
-  GenerateProfileMsgFromBuffer(message, bytes, fileType, &zAllocator::Default());
-  return message;
-}
-
-std::string GenerateError(const zBytes& bytes, FileType fileType = SUR) {
-  return Thrown([&] { Generate(bytes, fileType); });
-}
-
-TEST(GenerateSurfaceMsg, BuildsACompleteMessage) {
-  const Handle message = Generate(SurFile{}.Bytes());
-  const MxMsg surface = message.Get();
-  EXPECT_EQ(MxSurfaceMsg_Width(surface), 3U);
-  EXPECT_EQ(MxSurfaceMsg_Length(surface), 2U);
-  EXPECT_EQ(HeightsOf(surface), (std::vector<z16s>{10, 11, 12, 20, 21, 22}));
-  EXPECT_EQ(MxSurfaceMsg_Scale(surface)->z, 0.125);
-  EXPECT_EQ(MxSurfaceMsg_Offset(surface)->z, 3);
-  EXPECT_TRUE(MxSurfaceMsg_IsResampled(surface));
-  EXPECT_FALSE(MxSurfaceMsg_HasIntensity(surface));
-  EXPECT_EQ(MxDataMsg_Stamp(surface)->time, 0U);
-  EXPECT_EQ(MxDataMsg_Stamp(surface)->encoder, 0);
-  const BoundingBox6& box = *MxSurfaceMsg_BoundingBox(surface);
-  EXPECT_EQ(box.size.x, 1.5);
-  EXPECT_EQ(box.center.x, 1.75);
-  EXPECT_EQ(box.size.z, 13 * 0.125);
-  EXPECT_EQ(box.center.z, 10 * 0.125 + 3 + 13 * 0.125 / 2);
-}
-
-TEST(GenerateSurfaceMsg, ReportsALoaderThatFails) {
-  const std::string text = " GenerateSurfaceMsgFromBuffer: Failed to load sur file buffer";
-  zBytes bytes = SurFile{}.Bytes();
-  EXPECT_EQ(GenerateError({}), "-999" + text);
-  bytes.pop_back();
-  EXPECT_EQ(GenerateError(bytes), std::to_string(zERROR_STREAM) + text);
-  bytes[0] = 'd';
-  EXPECT_EQ(GenerateError(bytes), "0" + text);
-}
-
-TEST(GenerateSurfaceMsg, RefusesASurfaceOfNoPoints) {
-  const std::string text = "-997 GetSurfaceBoundingBox: The input surface is empty";
-  SurFile file;
-  file.flag = 1;
-  file.zMin = 100;  // above every sample
-  EXPECT_EQ(GenerateError(file.Bytes()), text);
-  file.width = 0;
-  EXPECT_EQ(GenerateError(file.Bytes()), text);
-}
-
-TEST(GenerateSurfaceMsg, RefusesKindsThatAreNoUniformSurface) {
   for (const FileType fileType : {PRO, PCD, CSV, REC, REP, OVREC}) {
-    EXPECT_EQ(GenerateError(SurFile{}.Bytes(), fileType),
+    EXPECT_EQ(Thrown([&] { GenerateSurfaceMsgFromBuffer(message, {}, fileType, DefaultAlloc()); }),
               "-996 GenerateSurfaceMsgFromBuffer: Unimplemented file extension");
   }
+  EXPECT_EQ(Thrown([&] { GenerateProfileMsgFromBuffer(message, {}, SUR, DefaultAlloc()); }),
+            "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
 }
 
-TEST(GenerateProfileMsg, BuildsACompleteMessage) {
-  const Handle message = GenerateProfile(SurRow({10, 11, 30}).Bytes());
-  const MxMsg profile = message.Get();
-  EXPECT_EQ(MxProfileMsg_PointCount(profile), 3U);
-  EXPECT_EQ(ItemsOf<z16s>(MxProfileMsg_PointsArray(profile, 0)), (std::vector<z16s>{10, 11, 30}));
-  EXPECT_EQ(MxProfileMsg_Scale(profile)->x, 0.5);
-  EXPECT_EQ(MxProfileMsg_Offset(profile)->z, 3);
-  EXPECT_EQ(MxDataMsg_Stamp(profile)->time, 0U);
-  const BoundingBox6& box = *MxProfileMsg_BoundingBox(profile);
-  EXPECT_EQ(box.center.x, 1);
-  EXPECT_EQ(box.size.x, 1.5);
-  EXPECT_EQ(box.size.z, 21 * 0.125);
-}
-
-TEST(GenerateProfileMsg, RefusesWhatIsNoProfile) {
-  const std::string generator = " GenerateProfileMsgFromBuffer: ";
-  EXPECT_EQ(Thrown([] { GenerateProfile(SurRow({1}).Bytes(), SUR); }),
-            "-996" + generator + "Unimplemented file extension");
-  EXPECT_EQ(Thrown([] { GenerateProfile({}); }),
-            "-999" + generator + "Failed to load pro file buffer");
-  EXPECT_EQ(Thrown([] { GenerateProfile(SurRow({}).Bytes()); }),
-            "-997 GetProfileBoundingBox: The input profile is empty");
-}
-
-TEST(GenerateSurfaceMsg, ReportsACloudThatFails) {
-  const auto error = [](const zBytes& bytes) {
-    return Thrown([&] {
-      Handle message;
-      GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr,
-                                   &zAllocator::Default());
-    });
+TEST(ScanFiles, AreWrittenFromMessagesOfTheirKindToAStreamThatTakesThem) {
+  const Handle surface = MakeSurface(1, 1, {0});
+  const Handle profile = MakeProfile(zType::z16s, 1);
+  const Handle trace = MakeProfile(zType::zPoint16s, 1);
+  const z8u buffer[1024]{};
+  const Handle readOnly = MakeStream();  // attached to memory, it cannot be written
+  MustBeOk(zMemory_Attach(readOnly.Get(), buffer, 0, sizeof buffer, sizeof buffer));
+  const struct {
+    FileType fileType;
+    std::string name;
+    Handle suitable;
+    std::vector<Handle> others;
+  } rows[] = {
+      {SUR, "sur", surface, {Handle(), profile, MakeCloud(1)}},
+      {SRF, "srf", surface, {Handle(), profile}},
+      {PCD, "pcd", surface, {Handle(), profile}},
+      {PRO, "pro", profile, {Handle(), surface, trace}},
   };
-  const std::string text = " GenerateSurfaceMsgFromBuffer: Failed to load pcd file buffer";
-  EXPECT_EQ(error({}), "0" + text);
-  EXPECT_EQ(error({'#', '\n'}), "-984" + text);
-}
-
-TEST(WriteMsg, WritesASurface) {
-  const Handle message = Generate(SurFile{}.Bytes());
-  for (const FileType fileType : {SUR, SRF}) {
-    const Handle stream = MakeStream();
-    GetMsgDataFileStream(message.Get(), fileType, stream.Get(), &zAllocator::Default());
-    const Handle again = Generate(BytesOf(stream.Get()), fileType);
-    EXPECT_EQ(HeightsOf(again.Get()), HeightsOf(message.Get()));
-  }
-}
-
-TEST(WriteMsg, ReportsWhatCannotBeWritten) {
-  const auto error = [](const Handle& message, FileType fileType) {
-    return Thrown([&] {
-      const Handle stream = MakeStream();
-      GetMsgDataFileStream(message.Get(), fileType, stream.Get(), &zAllocator::Default());
-    });
-  };
-  EXPECT_EQ(error(MakeSurface(1, 1, {32767}), SUR),
-            "0 GetMsgDataFileStream: Failed to get sur file stream");
-  for (const auto& [fileType, name] :
-       {std::pair{SRF, "srf"}, {SUR, "sur"}, {PRO, "pro"}, {PCD, "pcd"}}) {
-    EXPECT_EQ(error(Handle(), fileType),
-              std::string("0 GetMsgDataFileStream: Failed to get ") + name + " file stream");
+  for (const auto& row : rows) {
+    const std::string error = " GetMsgDataFileStream: Failed to get " + row.name + " file stream";
+    for (const Handle& message : row.others) {
+      EXPECT_EQ(Thrown([&] { WriteScan(message, row.fileType); }), "0" + error);
+    }
+    EXPECT_EQ(Thrown([&] {
+                GetMsgDataFileStream(row.suitable.Get(), row.fileType, readOnly.Get(),
+                                     DefaultAlloc());
+              }),
+              std::to_string(zERROR_STREAM) + error);
   }
   for (const FileType fileType : {CSV, REC, REP, OVREC}) {
-    EXPECT_EQ(error(MakeSurface(1, 1, {0}), fileType),
+    EXPECT_EQ(Thrown([&] { WriteScan(surface, fileType); }),
               "-996 GetMsgDataFileStream: Unimplemented file type");
   }
 }

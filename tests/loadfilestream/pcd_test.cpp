@@ -46,13 +46,19 @@ struct Loaded {
   SurfaceBuffer record;
   std::string warning;
 
-  // "x y z, ..." of each cell.
+  // The cells, of three coordinates each: "-" for the lowest raw value, "+" for the highest, "N"
+  // for the invalid one, 0, and other numbers in brackets.
   std::string Raws() const {
-    std::string text;
+    const auto text = [](z16s raw) -> std::string {
+      if (raw == 0) return "0";
+      if (raw < -32766) return raw == -32768 ? "N" : "-";
+      return raw == 32767 ? "+" : "(" + std::to_string(raw) + ")";
+    };
+    std::string all;
     for (const zPoint3d16s& p : zArray_Items<zPoint3d16s>(record.points.Get())) {
-      text += Orv::Format(text.empty() ? "%d %d %d" : ", %d %d %d", p.x, p.y, p.z);
+      all += (all.empty() ? "" : " ") + text(p.x) + text(p.y) + text(p.z);
     }
-    return text;
+    return all;
   }
   std::vector<z8u> Intensities() const { return ItemsOf<z8u>(record.intensities.Get()); }
 };
@@ -63,7 +69,7 @@ Loaded Load(const zBytes& bytes, const Options& options = {}) {
   loaded.record.length = options.length;
   testing::internal::CaptureStdout();
   loaded.status = LoadPcdFileBuffer(bytes, loaded.record, options.swap, options.invalid,
-                                    options.zoom, &zAllocator::Default());
+                                    options.zoom, DefaultAlloc());
   loaded.warning = testing::internal::GetCapturedStdout();
   return loaded;
 }
@@ -80,6 +86,13 @@ zBytes Cloud(const Points& points, zSize width = 0) {
   header.height = "HEIGHT " + std::to_string(points.size() / width) + "\n";
   header.points = "POINTS " + std::to_string(points.size()) + "\n";
   return ToBytes(header.Text() + Records(points));
+}
+
+// Points on the x axis, in rows of two.
+zBytes Flat(const std::vector<z32f>& xs) {
+  Points points;
+  for (const z32f x : xs) points.push_back({x, 0, 0});
+  return Cloud(points, xs.size() > 1 ? 2 : 1);
 }
 
 const Points kSquare{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 8}};
@@ -172,149 +185,83 @@ TEST(PcdSurface, QuantisesEachAxisBetweenItsExtremes) {
   const zPoint3d64f tenth{0.1, 9, 9};
   const z64f zoom = 2;
   const z64f odd = 1.7;
+  const zPoint3d64f zoomed{2.5500001907348633, 0, 0};
   const z64f notANumber = kWideNaN;
+  const zBytes square = Cloud(kSquare, 2);
+  const Options swapAndZoom{.swap = true, .invalid = &away, .zoom = &zoom};
+  const zBytes notFinite =
+      Cloud({{kNaN, 1, 1}, {1, kInfinity, 1}, {1, 1, -kInfinity}, {3, 4, 5}}, 2);
+  const zBytes farOff = Flat({1e6F, 1e6F + 0.0625F, 1e6F + 0.125F, 1e6F + 0.1875F});
+  const zPoint3d64f center{0.5, 0.5, 4};
   const struct {
-    const char* what;
     zBytes file;
     Options options;
     const char* raws;
-    zPoint3d64f scale, offset;
+    zPoint3d64f halfRange, offset;
   } cases[] = {
-      {"plain",
-       Cloud(kSquare, 2),
-       {},
-       "-32767 -32767 -32767, 32767 -32767 -32767, -32767 32767 -32767, 32767 32767 32767",
-       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
-       {0.5, 0.5, 4}},
-      {"swapped",
-       Cloud(kSquare, 2),
-       {.swap = true},
-       "-32767 -32767 -32767, -32767 -32767 32767, -32767 32767 -32767, 32767 32767 32767",
-       {4.0 / 32767, 0.5 / 32767, 0.5 / 32767},
-       {4, 0.5, 0.5}},
-      {"zoomed",
-       Cloud(kSquare, 2),
-       {.zoom = &zoom},
-       "-32767 -32767 -32767, 32767 -32767 -32767, -32767 32767 -32767, 32767 32767 32767",
-       {1.0 / 32767, 1.0 / 32767, 8.0 / 32767},
-       {1, 1, 8}},
-      {"one component invalid, after the swap and before the zoom",
-       Cloud(kSquare, 2),
-       {.swap = true, .invalid = &away, .zoom = &zoom},
-       "-32767 -32767 -32767, -32767 -32767 32767, -32767 32767 -32767, 32767 32767 32767",
-       {8.0 / 32767, 1.0 / 32767, 1.0 / 32767},
-       {8, 1, 1}},
-      {"any zero invalid",
-       Cloud(kSquare, 2),
-       {.invalid = &origin},
-       "-32768 -32768 -32768, -32768 -32768 -32768, -32768 -32768 -32768, 32767 32767 32767",
-       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
-       {0.5, 0.5, 4}},
-      {"halves round away from zero",
-       Cloud({{-65534, 5, 0}, {1, 5, 0}, {-1, 5, 0}, {65534, 5, 0}}, 2),
-       {},
-       "-32767 0 0, 1 0 0, -1 0 0, 32767 0 0",
-       {2, 0, 0},
-       {0, 5, 0}},
-      {"y alone invalid",
-       Cloud(kSquare, 2),
-       {.invalid = &onlyY},
-       "-32767 -32767 -32767, 32767 -32767 -32767, -32768 -32768 -32768, -32768 -32768 -32768",
-       {0.5 / 32767, 0.5 / 32767, 4.0 / 32767},
-       {0.5, 0.5, 4}},
-      {"compared in 64 bits",  // no 32-bit float is 0.1
-       Cloud({{0.1F, 0, 0}, {0.1F, 0, 0}}, 1),
-       {.width = 1, .length = 2, .invalid = &tenth},
-       "0 0 0, 0 0 0",
-       {0, 0, 0},
-       {static_cast<z64f>(0.1F), 0, 0}},
-      {"zoomed in 32 bits",
-       Cloud({{0, 0, 0}, {3, 0, 0}, {1, 0, 0}, {2, 0, 0}}, 2),
-       {.zoom = &odd},
-       "-32767 0 0, 32767 0 0, -10922 0 0, 10922 0 0",
-       {7.782220498473657e-05, 0, 0},
-       {2.5500001907348633, 0, 0}},
-      {"few steps far from zero, whose middle is rounded in 32 bits",
-       Cloud({{1000000, 0, 0}, {1000000.0625F, 0, 0}, {1000000.125F, 0, 0}, {1000000.1875F, 0, 0}},
-             2),
-       {},
-       "21847 0 0, -21845 0 0, 0 0 0, 21845 0 0",
-       {2.8611102633747368e-06, 0, 0},
-       {1000000.125, 0, 0}},
-      {"not finite",
-       Cloud({{kNaN, 1, 1}, {1, kInfinity, 1}, {1, 1, -kInfinity}, {3, 4, 5}}, 2),
-       {},
-       "-32768 -32768 -32768, -32768 -32768 -32768, -32768 -32768 -32768, 0 0 0",
-       {0, 0, 0},
-       {3, 4, 5}},
-      {"zoom that is no number",
-       Cloud({{1, 2, 3}}),
+      {square, {}, "--- +-- -+- +++", center, center},
+      {square, {.swap = true}, "--- --+ -+- +++", {4, 0.5, 0.5}, {4, 0.5, 0.5}},
+      {square, {.zoom = &zoom}, "--- +-- -+- +++", {1, 1, 8}, {1, 1, 8}},
+      // One invalid component suffices, after the swap and before the zoom.
+      {square, swapAndZoom, "--- --+ -+- +++", {8, 1, 1}, {8, 1, 1}},
+      {square, {.invalid = &origin}, "NNN NNN NNN +++", center, center},
+      {square, {.invalid = &onlyY}, "--- +-- NNN NNN", center, center},
+      // Compared in 64 bits: no 32-bit float is 0.1.
+      {Flat({0.1F}), {.invalid = &tenth}, "000", {0, 0, 0}, {static_cast<z64f>(0.1F), 0, 0}},
+      // Halves round away from zero.
+      {Flat({-65534, 1, -1, 65534}), {}, "-00 (1)00 (-1)00 +00", {65534, 0, 0}, {0, 0, 0}},
+      // The zoom is applied in 32 bits.
+      {Flat({0, 3, 1, 2}), {.zoom = &odd}, "-00 +00 (-10922)00 (10922)00", zoomed, zoomed},
+      // Few steps far from zero, whose middle is rounded in 32 bits.
+      {farOff, {}, "(21847)00 (-21845)00 000 (21845)00", {0.09375, 0, 0}, {1000000.125, 0, 0}},
+      {notFinite, {}, "NNN NNN NNN 000", {0, 0, 0}, {3, 4, 5}},
+      {Cloud({{1, 2, 3}}),
        {.zoom = &notANumber},
-       "0 0 0",
+       "000",
        {kWideNaN, kWideNaN, kWideNaN},
        {kWideNaN, kWideNaN, kWideNaN}},
-      {"range beyond 32-bit floats",
-       Cloud({{-3e38F, 0, 0}, {3e38F, 0, 0}, {0, 0, 0}, {0, 0, 0}}, 2),
-       {},
-       "0 0 0, 0 0 0, 0 0 0, 0 0 0",
-       {kWideInfinity, 0, 0},
-       {0, 0, 0}},
+      // A range beyond 32-bit floats.
+      {Flat({-3e38F, 3e38F, 0, 0}), {}, "000 000 000 000", {kWideInfinity, 0, 0}, {0, 0, 0}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
+    SCOPED_TRACE(c.raws);
     const Loaded loaded = Load(c.file, c.options);
     ASSERT_EQ(loaded.status, zOK);
     EXPECT_EQ(loaded.Raws(), c.raws);
     EXPECT_EQ(loaded.warning, "");
     EXPECT_EQ(loaded.record.hasIntensity, 0U);
-    const auto text = [](const zPoint3d64f& p) {
-      return Orv::Format("%.17g %.17g %.17g", p.x, p.y, p.z);
+    const auto text = [](const zPoint3d64f& p, z64f divisor) {
+      return Orv::Format("%.17g %.17g %.17g", p.x / divisor, p.y / divisor, p.z / divisor);
     };
-    EXPECT_EQ(text(loaded.record.scale), text(c.scale));
-    EXPECT_EQ(text(loaded.record.offset), text(c.offset));
+    EXPECT_EQ(text(loaded.record.scale, 1), text(c.halfRange, 32767));
+    EXPECT_EQ(text(loaded.record.offset, 1), text(c.offset, 1));
   }
 }
 
 TEST(PcdSurface, TakesTheWishedSizeOrASquare) {
-  const std::string invalid = "-32768 -32768 -32768";
-  const std::string low = "-32767 0 0";
-  const std::string high = "32767 0 0";
   const Points row{{-1, 0, 0}, {1, 0, 0}, {-1, 0, 0}};
   const struct {
     zBytes file;
     Options options;
-    std::string raws, sizes;  // sizes of the warning
+    const char* raws;
+    std::string sizes;  // of the warning
   } cases[] = {
-      {
-          Cloud(row),
-          {},
-          low + ", " + high + ", " + low + ", " + invalid,
-          "[2, 2]",
-      },
-      {Cloud(row, 1), {}, low + ", " + high + ", " + low + ", " + invalid, "[2, 2]"},
-      {Cloud(row), {.width = 3}, low + ", " + high + ", " + low + ", " + invalid, "[2, 2]"},
-      {Cloud(row), {.width = 1, .length = 2}, low + ", " + high, "[1, 2]"},
-      {Cloud(row),
-       {.width = 1, .length = 4},
-       low + ", " + high + ", " + low + ", " + invalid,
-       "[1, 4]"},
-      {Cloud(row), {.width = 1, .length = 3}, low + ", " + high + ", " + low, ""},
-      {Cloud({row[0]}), {}, "0 0 0", ""},
-      {Cloud({row[0], row[1], row[0], row[1]}),
-       {},
-       low + ", " + high + ", " + low + ", " + high,
-       ""},
+      {Cloud(row), {}, "-00 +00 -00 NNN", "[2, 2]"},
+      {Cloud(row, 1), {}, "-00 +00 -00 NNN", "[2, 2]"},
+      {Cloud(row), {.width = 3}, "-00 +00 -00 NNN", "[2, 2]"},
+      {Cloud(row), {.width = 1, .length = 2}, "-00 +00", "[1, 2]"},
+      {Cloud(row), {.width = 1, .length = 4}, "-00 +00 -00 NNN", "[1, 4]"},
+      {Cloud(row), {.width = 1, .length = 3}, "-00 +00 -00", ""},
+      {Cloud({row[0]}), {}, "000", ""},
+      {Cloud({row[0], row[1], row[0], row[1]}), {}, "-00 +00 -00 +00", ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.sizes);
     const Loaded loaded = Load(c.file, c.options);
     ASSERT_EQ(loaded.status, zOK);
     EXPECT_EQ(loaded.Raws(), c.raws);
-    EXPECT_EQ(loaded.warning.empty(), c.sizes.empty());
-    EXPECT_EQ(loaded.warning.rfind("[WARNING] The export surface's size is " + c.sizes +
-                                       " and the input surface's size is [",
-                                   0),
-              c.sizes.empty() ? std::string::npos : 0);
+    const std::string warning = "[WARNING] The export surface's size is " + c.sizes + " and the ";
+    EXPECT_EQ(loaded.warning.substr(0, warning.size()), c.sizes.empty() ? "" : warning);
   }
   EXPECT_EQ(Load(Cloud(Points(1000, row[0]))).warning,
             "[WARNING] The export surface's size is [32, 32] and the input surface's size is "
@@ -334,7 +281,7 @@ TEST(PcdSurface, TakesTheLastOfRepeatedFields) {
   const z32f records[] = {9, 0, 0, 1, 9, 0, 0, 3};
   const std::string data(reinterpret_cast<const char*>(records), sizeof records);
   const Loaded loaded = Load(ToBytes(header.Text() + data), {.width = 2, .length = 1});
-  EXPECT_EQ(loaded.Raws(), "-32767 0 0, 32767 0 0");
+  EXPECT_EQ(loaded.Raws(), "-00 +00");
 }
 
 TEST(PcdSurface, TakesIntensitiesFromIntensityAndColor) {

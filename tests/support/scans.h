@@ -13,6 +13,8 @@
 
 using Handle = Orv::Object<void*>;
 
+inline zAlloc DefaultAlloc() { return &zAllocator::Default(); }
+
 inline void MustBeOk(zStatus status) {
   if (status != zOK) throw std::runtime_error("status " + std::to_string(status));
 }
@@ -20,7 +22,7 @@ inline void MustBeOk(zStatus status) {
 template <class Item>
 Handle MakeArray2(z64s length, z64s width, const std::vector<Item>& items) {
   Handle array;
-  MustBeOk(zArray2_Construct(array.Out(), zTypeOf<Item>, length, width, &zAllocator::Default()));
+  MustBeOk(zArray2_Construct(array.Out(), zTypeOf<Item>, length, width, DefaultAlloc()));
   std::ranges::copy(items, zArray_EditableItems<Item>(array.Get()).begin());
   return array;
 }
@@ -35,11 +37,22 @@ std::vector<Item> ItemsOf(zObject array) {
 inline Handle MakeSurface(z32u width, z32u length, const std::vector<z16s>& heights,
                           zPoint3d64f scale = {1, 1, 1}, zPoint3d64f offset = {0, 0, 0}) {
   Handle surface;
-  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), width, length, &zAllocator::Default()));
+  MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), width, length, DefaultAlloc()));
   MustBeOk(MxSurfaceMsg_CopyPointsArray(surface.Get(), MakeArray2(length, width, heights).Get()));
   MustBeOk(MxSurfaceMsg_SetScale(surface.Get(), &scale));
   MustBeOk(MxSurfaceMsg_SetOffset(surface.Get(), &offset));
   return surface;
+}
+
+// A point cloud in rows.
+inline Handle MakeCloudOf(z32u width, z32u length, const std::vector<zPoint3d16s>& points,
+                          zPoint3d64f scale = {1, 1, 1}, zPoint3d64f offset = {0, 0, 0}) {
+  Handle cloud;
+  MustBeOk(MxSurfaceMsg_ConstructUnresampledSimple(cloud.Out(), width, length, DefaultAlloc()));
+  MustBeOk(MxSurfaceMsg_CopyPointsArray(cloud.Get(), MakeArray2(length, width, points).Get()));
+  MustBeOk(MxSurfaceMsg_SetScale(cloud.Get(), &scale));
+  MustBeOk(MxSurfaceMsg_SetOffset(cloud.Get(), &offset));
+  return cloud;
 }
 
 inline std::vector<z16s> HeightsOf(MxMsg surface) {
@@ -48,13 +61,17 @@ inline std::vector<z16s> HeightsOf(MxMsg surface) {
 
 inline Handle MakeStream() {
   Handle stream;
-  MustBeOk(zMemory_Construct(stream.Out(), &zAllocator::Default()));
+  MustBeOk(zMemory_Construct(stream.Out(), DefaultAlloc()));
   return stream;
 }
 
 inline zBytes ToBytes(std::string_view text) {
   const auto* bytes = reinterpret_cast<const z8u*>(text.data());
   return {bytes, bytes + text.size()};
+}
+
+inline zBytes First(const zBytes& bytes, zSize size) {
+  return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)};
 }
 
 inline zBytes BytesOf(zMemory stream) {

@@ -23,24 +23,12 @@ Handle Stamped(Handle message, MxStamp stamp = {1, 2, -3, -4, 0x1BEEF, {}}) {
   return message;
 }
 
-Handle MakeCloudOf(z32u width, z32u length, const std::vector<zPoint3d16s>& points) {
-  Handle cloud;
-  const zPoint3d64f scale{0.5, 1, 0.001};
-  const zPoint3d64f offset{0, -1, 100000};
-  MustBeOk(
-      MxSurfaceMsg_ConstructUnresampledSimple(cloud.Out(), width, length, &zAllocator::Default()));
-  MustBeOk(MxSurfaceMsg_CopyPointsArray(cloud.Get(), MakeArray2(length, width, points).Get()));
-  MustBeOk(MxSurfaceMsg_SetScale(cloud.Get(), &scale));
-  MustBeOk(MxSurfaceMsg_SetOffset(cloud.Get(), &offset));
-  return Stamped(cloud);
-}
-
 template <class Item>
 Handle MakeProfileOf(const std::vector<Item>& points, const std::vector<z8u>& intensities = {},
                      zPoint3d64f scale = {0.5, 1, 0.25}, zPoint3d64f offset = {1, 0, -1}) {
   Handle profile;
   const auto count = static_cast<z32u>(points.size());
-  MustBeOk(MxProfileMsg_Construct(profile.Out(), zTypeOf<Item>, 1, count, &zAllocator::Default()));
+  MustBeOk(MxProfileMsg_Construct(profile.Out(), zTypeOf<Item>, 1, count, DefaultAlloc()));
   MustBeOk(MxProfileMsg_CopyPointsArray(profile.Get(), MakeArray2(count, 1, points).Get()));
   MustBeOk(MxProfileMsg_SetScale(profile.Get(), &scale));
   MustBeOk(MxProfileMsg_SetOffset(profile.Get(), &offset));
@@ -98,8 +86,9 @@ TEST(SurfaceCsv, WritesEveryByteOfAUniformSurface) {
 
 TEST(SurfaceCsv, WritesEveryByteOfAPointCloud) {
   const TempDirectory directory;
-  const Handle cloud = MakeCloudOf(
-      2, 3, {{1, 2, 3}, {-32768, 0, 0}, {0, -32768, 0}, {0, 0, -32768}, {5, 6, 7}, {-1, 0, 0}});
+  const Handle cloud = Stamped(MakeCloudOf(
+      2, 3, {{1, 2, 3}, {-32768, 0, 0}, {0, -32768, 0}, {0, 0, -32768}, {5, 6, 7}, {-1, 0, 0}},
+      {0.5, 1, 0.001}, {0, -1, 100000}));
   ASSERT_EQ(ExportCsv(kJob, {kCloud}, {{cloud}}), "out.csv ");
   EXPECT_EQ(
       DataSection(),
@@ -131,11 +120,14 @@ TEST(SurfaceCsv, WritesOddSizes) {
               "-997 SurfaceFileConverter::writeMsgToCsv: The surface has too many rows or columns "
               "without points");
   }
+  // A scale that makes 0 x infinity: no sign is shown.
+  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(2, 1, {1, 2}, {INFINITY, 1, 1})}}), "out.csv ");
+  EXPECT_THAT(DataSection(), testing::HasSubstr("Y\\X,nan,inf\n"));
 }
 
 // Every raw value: texts of all lengths, and nothing but the longest ones there are.
 TEST(SurfaceCsv, WritesEachRawValueAsItsOwnText) {
-  for (const double scale : {0.0123, -1.23456e-300}) {
+  for (const double scale : {0.0123, -1.23456e-300, 3.7e304, 4.1e-9, 1.0, 0.5}) {
     const TempDirectory directory;
     std::vector<z16s> heights;
     std::string expected;
@@ -152,26 +144,13 @@ TEST(SurfaceCsv, WritesEachRawValueAsItsOwnText) {
   }
 }
 
-TEST(SurfaceCsv, NamesOneFileForEachFrameSourceAndItem) {
+TEST(SurfaceCsv, ShowsEachSourceAsWhatItIs) {
   const TempDirectory directory;
-  const Handle one = MakeSurface(1, 1, {1});
-  const Handle two = MakeSurface(1, 1, {2});
-  const Handle cloud = MakeCloudOf(1, 1, {{0, 0, 0}});
-  EXPECT_EQ(ExportCsv(kJob, {kTop}, {{one}, {two}}, true),
-            "out-Frame-0000_Top.csv out-Frame-0001_Top.csv ");
-  EXPECT_THAT(DataSection("out-Frame-0001_Top.csv"), EndsWith("Y\\X,0\n0,2\nEnd\n"));
-  // Each source is shown as what it is, whichever comes last.
-  EXPECT_EQ(ExportCsv(kJob, {kTop, kCloud}, {{one, cloud}}),
-            "out-Frame-0000_Top.csv out-Frame-0000_Cloud.csv ");
+  EXPECT_EQ(
+      ExportCsv(kJob, {kTop, kCloud}, {{MakeSurface(1, 1, {1}), MakeCloudOf(1, 1, {{0, 0, 0}})}}),
+      "out-Frame-0000_Top.csv out-Frame-0000_Cloud.csv ");
   EXPECT_THAT(DataSection("out-Frame-0000_Top.csv"), StartsWith("Part\n"));
   EXPECT_THAT(DataSection("out-Frame-0000_Cloud.csv"), StartsWith("SurfacePointCloud\n"));
-  ReplaySourceInfo many = kTop;
-  many.arrayed = 1;
-  EXPECT_EQ(ExportCsv(kJob, {many}, {{MakeArrayOf({one, two})}}),
-            "out-Frame-0000-Array-0000_Top.csv out-Frame-0000-Array-0001_Top.csv ");
-  // A scale that makes 0 x infinity: no sign is shown.
-  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(2, 1, {1, 2}, {INFINITY, 1, 1})}}), "out.csv ");
-  EXPECT_THAT(DataSection(), testing::HasSubstr("Y\\X,nan,inf\n"));
 }
 
 const std::string kStampCells = "1,0,2,-3,-4,48879,10,0,";

@@ -10,9 +10,9 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string kInfo = "2,1,1,250.5,4,2.25,3,0.1,0.2,1e-09,100,0";
-const std::string kDevice =
-    "S1,R4,6.1,2,2,10,20.5,-,-,-,-,-,-1,-2,-3,4,5,6,11,12,13,0.817645,-1.14794,-0.500655";
+const std::string kRows =
+    "2,1,1,250.5,4,2.25,3,0.1,0.2,1e-09,100,0\n"
+    "S1,R4,6.1,2,2,10,20.5,-,-,-,-,-,-1,-2,-3,4,5,6,11,12,13,0.817645,-1.14794,-0.500655\n";
 
 // The two rows of an export with this job, or the error.
 std::string Rows(const Member& job) {
@@ -44,61 +44,48 @@ json Patched(const char* scanner, const char* sensor) {
   return config;
 }
 
-TEST(JobConfig, FillsBothRows) {
-  EXPECT_EQ(RowsOf(MakeScannerConfig()), kInfo + "\n" + kDevice + "\n");
-}
-
 TEST(JobConfig, KnowsEveryPlaceAndFormOfASetting) {
-  struct Row {
-    const char* patch;
-    std::string from, to;  // in the row
-  };
-  const Row scannerRows[] = {
-      {R"({"triggerSettings": 0})", "", ""},  // "trigger" goes first
+  const struct {
+    const char* scanner;
+    const char* sensor;
+    std::string from, to;  // in the rows
+  } cases[] = {
+      {R"({"triggerSettings": 0})", "{}", "", ""},  // "trigger" goes first
       {R"({"trigger": null, "triggerSettings": {"source": true, "frameRate": 1.000025,
            "delay": 1e300, "schedulingUnits": -1}})",
-       "250.5,4,2.25", "1.00003,4294967295,inf"},  // numbers of single precision
-      {R"({"trigger": {"source": 2.9, "frameRate": true, "delay": -0.5}})", "1,250.5,4,2.25",
+       "{}", "250.5,4,2.25", "1.00003,4294967295,inf"},  // numbers of single precision
+      {R"({"trigger": {"source": 2.9, "frameRate": true, "delay": -0.5}})", "{}", "1,250.5,4,2.25",
        "2,1,4,-0.5"},
-      {R"({"trigger": {"source": 4294967295.5, "schedulingUnits": -0.9}})", "1,250.5,4",
+      {R"({"trigger": {"source": 4294967295.5, "schedulingUnits": -0.9}})", "{}", "1,250.5,4",
        "4294967295,250.5,0"},
-      {R"({"trigger": {"source": 4294967296.0, "schedulingUnits": -1.0}})", "1,250.5,4",
+      {R"({"trigger": {"source": 4294967296.0, "schedulingUnits": -1.0}})", "{}", "1,250.5,4",
        "0,250.5,0"},
-      {R"({"trigger": {"source": 1e300}})", "2,1,1,", "2,1,0,"},
-      {R"({"scanMode": null, "scanModeSettings": {"scanMode": 7}})", "2.25,3", "2.25,7"},
-      {R"({"scanModeSettings": {"scanMode": 7}})", "", ""},
-  };
-  for (const Row& row : scannerRows) {
-    SCOPED_TRACE(row.patch);
-    std::string info = kInfo;
-    info.replace(info.find(row.from), row.from.size(), row.to);
-    EXPECT_EQ(RowsOf(Patched(row.patch, "{}")), info + "\n" + kDevice + "\n");
-  }
-  const Row sensorRows[] = {
-      {R"({"parameters": {"exposureSettings": 0, "activeAreaSettings": 0}})", "", ""},
-      {R"({"parameters": {"exposureMode": null, "multipleExposures": null, "exposureSettings":
+      {R"({"trigger": {"source": 1e300}})", "{}", "2,1,1,", "2,1,0,"},
+      {R"({"scanMode": null, "scanModeSettings": {"scanMode": 7}})", "{}", "2.25,3", "2.25,7"},
+      {R"({"scanModeSettings": {"scanMode": 7}})", "{}", "", ""},
+      {"{}", R"({"parameters": {"exposureSettings": 0, "activeAreaSettings": 0}})", "", ""},
+      {"{}", R"({"parameters": {"exposureMode": null, "multipleExposures": null, "exposureSettings":
            {"exposureMode": 1, "multipleExposures": [1, 2, 3, 4, 5, 6, 7]}}})",
        "2,2,10,20.5,-,-,-", "1,7,1,2,3,4,5"},
-      {R"({"parameters": {"multipleExposures": 8.5}})", "2,10,20.5", "1,8.5,-"},
-      {R"({"parameters": {"multipleExposures": {"b": 2, "a": 1}}})", "2,10,20.5", "2,1,2"},
-      {R"({"parameters": {"multipleExposures": null, "exposureSettings": {}}})", "2,10,20.5",
+      {"{}", R"({"parameters": {"multipleExposures": 8.5}})", "2,10,20.5", "1,8.5,-"},
+      {"{}", R"({"parameters": {"multipleExposures": {"b": 2, "a": 1}}})", "2,10,20.5", "2,1,2"},
+      {"{}", R"({"parameters": {"multipleExposures": null, "exposureSettings": {}}})", "2,10,20.5",
        "0,-,-"},
-      {R"({"parameters": {"activeArea": {"z": true}}})", "-1,-2,-3", "-1,-2,1"},
-      {R"({"parameters": {"activeArea": {"transformMatrix":
+      {"{}", R"({"parameters": {"activeArea": {"z": true}}})", "-1,-2,-3", "-1,-2,1"},
+      {"{}", R"({"parameters": {"activeArea": {"transformMatrix":
            [0, 0, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, "not", "read", {}, null]}}})",
        "11,12,13,0.817645,-1.14794,-0.500655", "1,2,3,0,1.5708,-0"},
   };
-  for (const Row& row : sensorRows) {
-    SCOPED_TRACE(row.patch);
-    std::string device = kDevice;
-    device.replace(device.find(row.from), row.from.size(), row.to);
-    EXPECT_EQ(RowsOf(Patched("{}", row.patch)), kInfo + "\n" + device + "\n");
+  for (const auto& c : cases) {
+    std::string rows = kRows;
+    rows.replace(rows.find(c.from), c.from.size(), c.to);
+    EXPECT_EQ(RowsOf(Patched(c.scanner, c.sensor)), rows) << c.scanner << c.sensor;
   }
   json moved = Patched("{}", R"({"parameters": {"activeArea": null}})");
   json& sensor = moved["orv:scanner"]["scanner-0"]["orv:sensor"][0];
   sensor["parameters"]["activeAreaSettings"]["activeArea"] =
       MakeScannerConfig()["orv:scanner"]["scanner-0"]["orv:sensor"][0]["parameters"]["activeArea"];
-  EXPECT_EQ(RowsOf(moved), kInfo + "\n" + kDevice + "\n");
+  EXPECT_EQ(RowsOf(moved), kRows);
 }
 
 TEST(JobConfig, WarnsOfAMissingTriggerDelayDomain) {
@@ -119,7 +106,7 @@ TEST(JobConfig, TakesTheFirstFamilyAndTheFirstScannerAndSensor) {
   EXPECT_EQ(Rows(MakeJob({{"scan/vantel/config.json", other.dump()},
                           {"scan/r1xxx/config.json", "{}"},
                           {"scan/r4xxx/config.json", several.dump()}})),
-            "2,2" + kInfo.substr(3) + "\n" + kDevice + "\n");
+            "2,2" + kRows.substr(3));
   for (const std::string family :
        {"r1xxx", "r4xxx", "r7xxx", "BrenlowLaserLineProfiler", "BrenlowFringeSnapshot",
         "BrenlowConfocalLineProfiler", "vantel"}) {
@@ -128,7 +115,7 @@ TEST(JobConfig, TakesTheFirstFamilyAndTheFirstScannerAndSensor) {
   }
   json list;
   list["orv:scanner"] = json::array({MakeScannerConfig()["orv:scanner"]["scanner-0"], 0});
-  EXPECT_EQ(RowsOf(list), kInfo + "\n" + kDevice + "\n");
+  EXPECT_EQ(RowsOf(list), kRows);
 }
 
 TEST(JobConfig, SaysWhatIsMissingOrWrong) {
@@ -152,8 +139,6 @@ TEST(JobConfig, SaysWhatIsMissingOrWrong) {
       {MakeJob("{"), "parse error"},
       {MakeJob(R"({"orv:scanner": 7})"),
        "cannot use operator[] with a string argument with number"},
-      {MakeJob(Patched(R"({"trigger": null, "triggerSettings": null})", "{}").dump()),
-       "-997" + info + "Failed to find the trigger parameter group of R1"},
       {MakeJob(Patched(R"({"trigger": 1})", "{}").dump()),
        "cannot use operator[] with a string argument with number"},
       {MakeJob(Patched(R"({"trigger": {"delay": "1"}})", "{}").dump()),

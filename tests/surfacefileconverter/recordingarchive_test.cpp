@@ -11,8 +11,6 @@ namespace {
 
 using testing::HasSubstr;
 
-zAlloc Alloc() { return &zAllocator::Default(); }
-
 TEST(RecordingArchive, GivesTheLastReplayStream) {
   const struct {
     std::vector<Member> members;
@@ -29,7 +27,7 @@ TEST(RecordingArchive, GivesTheLastReplayStream) {
     SCOPED_TRACE(row.expected);
     const zBytes archive = MakeArchive(row.members);
     std::span<const z8u> replay;
-    const std::string thrown = Thrown([&] { replay = GetReplayData(archive, Alloc()); });
+    const std::string thrown = Thrown([&] { replay = GetReplayData(archive, DefaultAlloc()); });
     if (thrown.empty()) {
       EXPECT_EQ(zBytes(replay.begin(), replay.end()), ToBytes(row.expected));
     } else {
@@ -41,13 +39,12 @@ TEST(RecordingArchive, GivesTheLastReplayStream) {
 TEST(RecordingArchive, SaysWhatIsWrongWithADamagedArchive) {
   const zBytes archive = MakeArchive({{"replay/buffer", std::string(5000, 'r')}});
   for (zSize size = 1; size < archive.size(); size += 100) {
-    const zBytes cut(archive.begin(), archive.begin() + static_cast<std::ptrdiff_t>(size));
-    const std::string thrown = Thrown([&] { GetReplayData(cut, Alloc()); });
+    const std::string thrown = Thrown([&] { GetReplayData(First(archive, size), DefaultAlloc()); });
     EXPECT_EQ(thrown.empty(), size >= 512 + 5000) << size << ' ' << thrown;
   }
-  EXPECT_EQ(Thrown([] { GetReplayData(ToBytes("no archive"), Alloc()); }),
+  EXPECT_EQ(Thrown([] { GetReplayData(ToBytes("no archive"), DefaultAlloc()); }),
             std::to_string(zERROR_FORMAT) + " GetReplayData: Failed to construct zTar");
-  EXPECT_EQ(Thrown([] { GetReplayData(zBytes(), Alloc()); }),
+  EXPECT_EQ(Thrown([] { GetReplayData(zBytes(), DefaultAlloc()); }),
             "-997 GetReplayData: The replay buffer is empty");
 }
 
@@ -61,9 +58,9 @@ TEST(RecordingArchive, DoesNotTakeMemoryForAnAbsurdSize) {
   header.replace(148, 8, Orv::Format("%06o", sum) + std::string("\0 ", 2));
   std::ranges::copy(header, archive.begin());
   zBytes content;
-  EXPECT_THAT(Thrown([&] { GetReplayData(archive, Alloc()); }),
+  EXPECT_THAT(Thrown([&] { GetReplayData(archive, DefaultAlloc()); }),
               HasSubstr("Failed to read the replay buffer"));
-  EXPECT_THAT(Thrown([&] { GetResourceData(archive, "replay/buffer", content, Alloc()); }),
+  EXPECT_THAT(Thrown([&] { GetResourceData(archive, "replay/buffer", content, DefaultAlloc()); }),
               HasSubstr("Failed to read the resource buffer (replay/buffer)"));
 }
 
@@ -86,26 +83,21 @@ TEST(RecordingArchive, FindsAScannersConfiguration) {
     const zBytes job = MakeArchive({{"scan/r4xxx/config.json", row.document}});
     nlohmann::json scanner = "untouched";
     try {
-      const bool found = GetScannerConfig(job, "r4xxx", scanner, Alloc());
+      const bool found = GetScannerConfig(job, "r4xxx", scanner, DefaultAlloc());
       EXPECT_EQ(found ? scanner.dump() : "false", row.outcome);
     } catch (const nlohmann::json::exception& failure) {
       EXPECT_THAT(failure.what(), HasSubstr(row.outcome));
     }
   }
   nlohmann::json scanner = "untouched";
-  EXPECT_FALSE(GetScannerConfig(MakeArchive({{"a", ""}}), "r4xxx", scanner, Alloc()));
-  EXPECT_FALSE(GetScannerConfig(zBytes(), "r4xxx", scanner, Alloc()));
+  EXPECT_FALSE(GetScannerConfig(MakeArchive({{"a", ""}}), "r4xxx", scanner, DefaultAlloc()));
+  EXPECT_FALSE(GetScannerConfig(zBytes(), "r4xxx", scanner, DefaultAlloc()));
   EXPECT_EQ(scanner, "untouched");
   for (const zBytes& archive : {MakeArchive({{"a", ""}}), zBytes()}) {
     zBytes content = ToBytes("old");
-    GetResourceData(archive, "b", content, Alloc());
+    GetResourceData(archive, "b", content, DefaultAlloc());
     EXPECT_TRUE(content.empty());
   }
-}
-
-TEST(RecordingArchive, WriteMsgRefusesAnEmptyHandle) {
-  EXPECT_EQ(Thrown([] { WriteMsg(Handle(), "x.sur", SUR, Alloc()); }),
-            "-997 WriteMsg: The inputted msg is Null");
 }
 
 }  // namespace

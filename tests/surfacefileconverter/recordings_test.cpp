@@ -57,6 +57,11 @@ TEST(RecordingImport, KeepsWhatCanBeExported) {
   const ReplaySourceInfo other{"Raw", "Raw", 11, 0, 0};
   const Plovia::ReplayFrame two = {kTop, kBottom};
   const std::string error = "-997 GetCloudsInfoFromRecordingData: ";
+  const char* countDiffers = "The message count in the frame is not equal to the source count";
+  const char* noSegments = "The current version doesn't support segments";
+  const char* noFrames = "There is no frame data in the recording data";
+  const char* unsupported = "Unsupported data format";
+  const char* noScanner = "The scanners' number is not equal to 1 in the inputted recording data";
   const struct {
     std::vector<Plovia::ReplayScannerInfo> scanners;
     std::vector<Plovia::ReplayFrame> frames;
@@ -65,23 +70,11 @@ TEST(RecordingImport, KeepsWhatCanBeExported) {
       {{Scanner({kTopSource, multi})}, {two, two}, "14 0 [Top ] 1 1", "14 0 [Top ] 2 2"},
       {{Scanner({other, shown})}, {two}, "12 1 [Line ] 1", "12 1 [Line ] 2"},
       {{Scanner({shown, kTopSource})}, {two}, "14 0 [Line Top ] 2", "14 0 [Line Top ] 2"},
-      {{Scanner({kTopSource})},
-       {two},
-       error + "The message count in the frame is not equal to the source count",
-       "14 0 [Top ] 2"},
-      {{Scanner({kTopSource})},
-       {},
-       error + "The current version doesn't support segments",
-       error + "There is no frame data in the recording data"},
-      {{Scanner({other, multi})},
-       {two},
-       error + "Unsupported data format",
-       error + "Unsupported data format"},
-      {{Scanner({})}, {}, error + "Unsupported data format", error + "Unsupported data format"},
-      {{},
-       {},
-       error + "The scanners' number is not equal to 1 in the inputted recording data",
-       error + "The scanners' number is not equal to 1 in the inputted recording data"},
+      {{Scanner({kTopSource})}, {two}, error + countDiffers, "14 0 [Top ] 2"},
+      {{Scanner({kTopSource})}, {}, error + noSegments, error + noFrames},
+      {{Scanner({other, multi})}, {two}, error + unsupported, error + unsupported},
+      {{Scanner({})}, {}, error + unsupported, error + unsupported},
+      {{}, {}, error + noScanner, error + noScanner},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(Extract(row.scanners, row.frames, false), row.segmented);
@@ -191,27 +184,25 @@ TEST(DirectoryImport, SortsFilesIntoFramesAndSources) {
 }
 
 TEST(DirectoryImport, SaysWhichNameIsWrong) {
+  const std::string kinds = "Not all the files from the input directory belong to a file type.";
+  const std::string badNames = "Not all the files' names in the input directory are formated well.";
   const struct {
     std::vector<std::string> names;
-    const char* message;
+    std::string message;
   } rows[] = {
       {{}, "Fail to find any file in the input directory."},
       {{"a-Frame-0000_T"},
        "The file (a-Frame-0000_T) from the input directory has no an extension."},
       {{"a."}, "The file (a.) from the input directory has no an extension."},
-      {{"a-Frame-0000_T.sur", "b.txt"},
-       "Not all the files from the input directory belong to a file type."},
-      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.SUR"},
-       "Not all the files from the input directory belong to a file type."},
+      {{"a-Frame-0000_T.sur", "b.txt"}, kinds},
+      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.SUR"}, kinds},
       {{"a-Frame-0000-Array-0000_T.sur"},
        "The conversion from multiple files to arrayed messages hasn't been supported yet."},
       {{"a%s.sur"}, "Fail to find the frame index in the input file (a%s.sur)."},
       {{"a-Frame-0000_T.sur", "bb-Frame-0001_T.sur"}, "The input files' names are not correct."},
       {{"a-Frame-x000_T.sur"}, "invalid stoi argument"},
-      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.sur", "a-Frame-0003_T.sur"},
-       "Not all the files' names in the input directory are formated well."},
-      {{"a-Frame--001_T.sur"},
-       "Not all the files' names in the input directory are formated well."},
+      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.sur", "a-Frame-0003_T.sur"}, badNames},
+      {{"a-Frame--001_T.sur"}, badNames},
       {{"a-Frame-0000_T.SUR"},
        "The multi-files conversion supports only the .sur files importing."},
   };

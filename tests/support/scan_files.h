@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// Scan files to messages and back, as conversions do it.
+#pragma once
+
+#include "getfilestream/getfilestream.h"
+#include "support/scans.h"
+
+// Throws what the conversion throws.
+inline Handle ReadScan(const zBytes& bytes, FileType fileType) {
+  Handle message;
+  if (fileType == PRO) {
+    GenerateProfileMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
+  } else if (fileType == PCD) {
+    GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr, DefaultAlloc());
+  } else {
+    GenerateSurfaceMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
+  }
+  return message;
+}
+
+inline zBytes WriteScan(const Handle& message, FileType fileType) {
+  const Handle stream = MakeStream();
+  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), DefaultAlloc());
+  return BytesOf(stream.Get());
+}
