@@ -176,18 +176,20 @@ describe("the public library reads our recordings", () => {
   });
 
   test("and a payload holds the scan", () => {
+    // 16-bit numbers whose bytes count up.
+    const heights = (length, first) =>
+      Array.from(new Int16Array(Uint8Array.from({ length: 2 * length }, (_, i) => first + i).buffer));
     const messages = ofType(streamRecords(recordings.classic), "Message");
     const [, surface, cloud, profile, trace, array, empty, invalid] = messages
       .map((message, i) => (i % 8 === 0 ? null : decodeScanMessage(message.data)));
     assert.deepEqual(surface, {
       kind: "surface", width: 5, length: 3, pointType: "height",
-      points: Array.from({ length: 15 }, (_, i) => 1000 + i),
-      intensities: Array.from({ length: 15 }, (_, i) => (-29000 + 7 * (i + 1)) & 0xff),
+      points: heights(15, 11), intensities: Array.from({ length: 15 }, (_, i) => 87 + i),
       offset: [2.5, -2, 3], scale: [0.1, 0.2, 1e-9], box: [1, 2, 3, 4, 5, 7.5], resampled: true,
       stamp: [1n, 11n, -3n, -3n, 0xbeefn, 5n, 5n, -1n],
     });
     assert.deepEqual([cloud.pointType, cloud.width, cloud.length, cloud.resampled], ["point3d", 2, 3, false]);
-    assert.deepEqual(cloud.points, Array.from({ length: 18 }, (_, i) => -1000 + i));
+    assert.deepEqual(cloud.points, heights(18, -11));
     assert.equal(cloud.intensities, null);
     assert.deepEqual([profile.kind, profile.width, profile.pointType], ["profile", 7, "height"]);
     assert.equal(profile.intensities.length, 7);
@@ -215,8 +217,9 @@ describe("the public library reads our recordings", () => {
 });
 
 describe("the example programs read our recordings", () => {
-  const expected = [40, 41, 42].map((frame) =>
-    [`frame ${frame}`, "/Scanner-0/Top 5 x 3, 15 valid heights from 3 to 3",
+  const ranges = ["3 to 3.00001", "3.00001 to 3.00001", "3.00001 to 3.00002"];
+  const expected = ranges.map((range, i) =>
+    [`frame ${40 + i}`, `/Scanner-0/Top 5 x 3, 15 valid heights from ${range}`,
      "/Scanner-0/Cloud 2 x 3 point cloud", "/Scanner-0/Line holds no surface",
      "/Scanner-0/Trace holds no surface", "/Scanner-0/Many holds no surface",
      "/Scanner-ü/Left 0 x 4, 0 valid heights", "/Scanner-ü/Left 2 x 1, 0 valid heights\n"].join("\n"),
