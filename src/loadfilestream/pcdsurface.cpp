@@ -37,7 +37,7 @@ class PointReader {
   }
 
   static z32f Float(const z8u* bytes) {
-    z32f value;
+    z32f value = 0;
     std::memcpy(&value, bytes, sizeof value);
     return value;
   }

@@ -2,7 +2,7 @@
 // Surfaces and profiles as CSV files.
 #include <gmock/gmock.h>
 
-#include <cmath>
+#include <limits>
 
 #include "support/csv_export.h"
 
@@ -121,7 +121,9 @@ TEST(SurfaceCsv, WritesOddSizes) {
               "without points");
   }
   // A scale that makes 0 x infinity: no sign is shown.
-  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(2, 1, {1, 2}, {INFINITY, 1, 1})}}), "out.csv ");
+  ASSERT_EQ(ExportCsv(kJob, {kTop},
+                      {{MakeSurface(2, 1, {1, 2}, {std::numeric_limits<z64f>::infinity(), 1, 1})}}),
+            "out.csv ");
   EXPECT_THAT(DataSection(), testing::HasSubstr("Y\\X,nan,inf\n"));
 }
 
