@@ -99,6 +99,7 @@ TEST_F(Program, ConvertsTheExamples) {
   std::filesystem::copy(EXAMPLES_DIR, ".", std::filesystem::copy_options::recursive);
   EXPECT_EQ(RunProgram({"-i", "part.sur", "-o", "part.rep"}).exitCode, 0);
   EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).exitCode, 0);
+  EXPECT_EQ(ReadFile("scans.ovrec"), ReadFile("recording.ovrec"));
   EXPECT_EQ(RunProgram({"-i", "scans.ovrec", "-f", "1", "-o", "frame.sur"}).exitCode, 0);
   EXPECT_THAT(RunProgram({"-i", "scans.ovrec", "-o", "frame.csv"}).output,
               EndsWith("[INFO] The frame 0 is being exported.\n"
