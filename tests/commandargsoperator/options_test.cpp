@@ -26,6 +26,7 @@ TEST(CommandLine, IsCutIntoOptionsAndValues) {
       {"-h 5 --height 6", {{"-h", "5"}, {"--height", "6"}}},
       {"--height 6 -h 5", {{"--height", "6 -h 5"}}},  // "-h" occurs first inside "--height"
       {"--help -h 5", {{"--help", "-h 5"}}},
+      {"-o out-i -i in.sur", {{"-o", "out-i -i in.sur"}}},
       {"-o out-i.sur -i in.sur", {{"-o", "out-i.sur -i in.sur"}}},
       {"-i\ta -o b", {{"-o", "b"}}},  // only a blank separates words
       {"-i", {{"-i", ""}}},

@@ -83,6 +83,8 @@ TEST_F(Program, ConvertsAndReports) {
   EXPECT_THAT(RunProgram({"-i", "a.sur"}).output,
               EndsWith("[ERROR] Failed to write the jobs/live/_live.ovjob file.\n"));
   WriteFile("config/jobs/live/_live.ovjob", "job");
+  std::filesystem::copy("a.sur", "a.b.sur");
+  EXPECT_THAT(RunProgram({"-i", "a.b.sur"}).output, EndsWith("exported 'a.b.ovrec'.\n"));
   EXPECT_THAT(RunProgram({"-i", "a.sur"}).output, EndsWith("Successfully exported 'a.ovrec'.\n"));
   run = RunProgram({"-i", "a.ovrec", "-a", "-o", "c.sur"});
   EXPECT_THAT(run.output, EndsWith("[INFO] All the frames are being exported.\n[INFO] Successfully "
