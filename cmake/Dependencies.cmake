@@ -26,3 +26,8 @@ trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
 trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)
 
 find_program(TRELVANE_FLATC NAMES flatc REQUIRED)
+
+# Only trelvane-inspect uses these.
+find_package(CLI11 REQUIRED)
+find_package(PNG REQUIRED)
+find_package(Freetype REQUIRED)
