@@ -187,10 +187,10 @@ TEST_F(Inspection, ChecksTheDocumentsAndTheStreamOfAnArchive) {
   stream[inPayload] = static_cast<char>(stream[inPayload] ^ 4);
   const zBytes bytes =
       MakeArchive({{"config.json", "{\"a\": }"}, MakeJob("{"), {"replay/buffer", stream}});
-  EXPECT_THAT(Problems(InspectBytes("a.ovrec", bytes, true)),
-              ElementsAre("518: \"config.json\" is no JSON document",
-                          HasSubstr("config.json\" is no JSON document"),
-                          HasSubstr("checksum of the")));
+  EXPECT_THAT(
+      Problems(InspectBytes("a.ovrec", bytes, true)),
+      ElementsAre("518: \"config.json\" is no JSON document",
+                  HasSubstr("config.json\" is no JSON document"), HasSubstr("checksum of the")));
   // Reading it meets the damage of the stream alone.
   EXPECT_THAT(Problems(Inspect("a.ovrec")), ElementsAre(HasSubstr("checksum of the")));
 }
