@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr const char* kInputs[] = {"a.srf", "a.sur", "a.pro", "a.pcd", "a.rec", "a.rep", "a.ovrec"};
 constexpr const char* kOutputs[] = {"b.srf", "b.sur", "b.pro", "b.pcd", "b.csv", "b.rep"};
 
 }  // namespace
@@ -15,9 +14,7 @@ constexpr const char* kOutputs[] = {"b.srf", "b.sur", "b.pro", "b.pcd", "b.csv",
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const ScratchFolder scratch;
   if (size < 2) return 0;
-  const std::string input = kInputs[data[0] % std::size(kInputs)];
-  const z8u options = data[1];
-  ScratchFolder::Write(input, data + 2, size - 2);
+  const auto [input, options] = ScratchFolder::WriteInput(data, size);
   Attempt([&] {
     SurfaceFileConverter converter;
     converter.importFile(input);

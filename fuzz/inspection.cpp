@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr const char* kInputs[] = {"a.srf", "a.sur", "a.pro", "a.pcd", "a.rec", "a.rep", "a.ovrec"};
-
 // Neither reduction holds more than it was asked for.
 void Reduce(const Scan& scan, zSize most) {
   if (scan.IsProfile()) {
@@ -37,9 +35,7 @@ bool IsHarmless(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const ScratchFolder scratch;
   if (size < 2) return 0;
-  const std::string input = kInputs[data[0] % std::size(kInputs)];
-  const z8u options = data[1];
-  ScratchFolder::Write(input, data + 2, size - 2);
+  const auto [input, options] = ScratchFolder::WriteInput(data, size);
   Progress progress(1, false);
   const auto visit = [&](zSize, z32u, const TaggedScan& scan) {
     Reduce(scan.scan, 1 + options);

@@ -35,6 +35,16 @@ class ScratchFolder {
         .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
   }
 
+  // Makes a file of any kind of at least two bytes: the first chooses the kind, the second is for
+  // options, the rest is the file.
+  static std::pair<std::string, z8u> WriteInput(const std::uint8_t* data, std::size_t size) {
+    constexpr const char* kNames[] = {"a.srf", "a.sur", "a.pro",  "a.pcd",
+                                      "a.rec", "a.rep", "a.ovrec"};
+    const std::string name = kNames[data[0] % std::size(kNames)];
+    Write(name, data + 2, size - 2);
+    return {name, data[1]};
+  }
+
  private:
   std::filesystem::path folder_;
 };

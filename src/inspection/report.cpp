@@ -99,7 +99,7 @@ void WriteScan(const ScanFacts& scan, Lines& line) {
   const bool profile = scan.kind >= ScanKind::profile;
   const bool cloud = scan.kind == ScanKind::cloud || scan.kind == ScanKind::pointProfile;
   line(profile ? "profile"
-       : cloud ? "points"
+       : cloud ? "cloud"
                : "surface",
        (profile ? Orv::Format("%u points", scan.width)
                 : Orv::Format("%u x %u points", scan.width, scan.length)) +
