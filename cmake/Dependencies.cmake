@@ -26,3 +26,13 @@ trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
 trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)
 
 find_program(TRELVANE_FLATC NAMES flatc REQUIRED)
+
+# Only trelvane-inspect uses these.
+find_package(CLI11 REQUIRED)
+find_package(PNG REQUIRED)
+find_package(Freetype REQUIRED)
+# It carries its font along, so that a picture looks the same everywhere.
+find_file(TRELVANE_FONT DejaVuSans.ttf REQUIRED
+          PATHS /usr/share/fonts/truetype/dejavu /usr/share/fonts/dejavu-sans-fonts
+                /usr/share/fonts/TTF
+          DOC "Font of the pictures, DejaVu Sans")

@@ -7,7 +7,6 @@ function(trelvane_schema target schema)
   get_filename_component(source_folder ${source} DIRECTORY)
   set(code ${folder}/${stem}_generated.h)
   set(binary ${folder}/${stem}.bfbs)
-  set(array ${folder}/${stem}_bfbs.h)
 
   file(MAKE_DIRECTORY ${folder})
   add_custom_command(
@@ -18,12 +17,7 @@ function(trelvane_schema target schema)
     COMMAND ${TRELVANE_FLATC} --binary --schema --bfbs-filenames ${source_folder} -o ${folder}
             ${source}
     DEPENDS ${source} VERBATIM)
-  add_custom_command(
-    OUTPUT ${array}
-    COMMAND ${CMAKE_COMMAND} -DINPUT=${binary} -DOUTPUT=${array} -DNAME=${stem}_bfbs
-            -P ${PROJECT_SOURCE_DIR}/cmake/EmbedBinary.cmake
-    DEPENDS ${binary} ${PROJECT_SOURCE_DIR}/cmake/EmbedBinary.cmake VERBATIM)
-
-  target_sources(${target} PRIVATE ${code} ${array})
+  target_sources(${target} PRIVATE ${code})
   target_include_directories(${target} SYSTEM PRIVATE ${folder})
+  trelvane_embed(${target} ${binary} ${stem}_bfbs)
 endfunction()

@@ -19,6 +19,8 @@ class DigitalSurfReader {
   zStatus Open(const zBytes& bytes, zAlloc alloc);
 
   const SurHeader& Header() const { return header_; }
+  // Where the samples begin, once the file is open, in bytes.
+  zSize Position() const { return file_.Position(); }
   // Of the heights, so different before and after the samples are read.
   zPoint3d64f Scale() const;
   zPoint3d64f Offset() const;

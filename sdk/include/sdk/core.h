@@ -260,6 +260,9 @@ bool zDirectory_Exists(const char* path) noexcept;
 // ascending order of their bytes.
 zStatus zDirectory_ListFiles(const char* path, zArrayList names) noexcept;
 
+// Whether standard error goes to a terminal.
+bool zConsole_ErrorsAreSeen() noexcept;
+
 // Bytes and texts -----------------------------------------------------------------------------
 void zMemCopy(void* destination, const void* source, zSize size) noexcept;
 // 0 when both texts are equal, otherwise the sign of their order.

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -80,6 +81,23 @@ class ReplayStream {
   std::vector<View> views_;
   z64u viewed_ = 0;  // bytes of the views
 };
+
+// Something that is wrong in a recording stream.
+struct ReplayProblem {
+  z64u offset;                  // in the stream; of the chunk, where that is compressed
+  std::optional<z64u> inChunk;  // then: in its uncompressed records
+  std::string what;
+
+  bool operator==(const ReplayProblem&) const = default;
+};
+
+inline constexpr zSize kMostReplayProblems = 1000;
+
+// Verifies all that can be verified in a stream: structure, checksums, each payload, and what
+// indexes and summary say. Goes on after a problem where it can, and gives up after
+// kMostReplayProblems. Gives them in the order of their offsets. Throws Orv::Exception only where
+// there is no memory.
+std::vector<ReplayProblem> CheckReplay(std::span<const z8u> replay);
 
 // Reads one recording or writes one; an object does either.
 class ReplaySerializer {

@@ -5,14 +5,22 @@
 #include "core/block.h"
 #include "core/stream.h"
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 namespace fs = std::filesystem;
 
 namespace {
 
 #ifdef _WIN32
+bool IsTerminal(std::FILE* file) { return _isatty(_fileno(file)) != 0; }
 int SeekFile(std::FILE* file, z64s offset, int origin) { return _fseeki64(file, offset, origin); }
 z64s TellFile(std::FILE* file) { return _ftelli64(file); }
 #else
+bool IsTerminal(std::FILE* file) { return isatty(fileno(file)) != 0; }
 int SeekFile(std::FILE* file, z64s offset, int origin) { return fseeko(file, offset, origin); }
 z64s TellFile(std::FILE* file) { return ftello(file); }
 #endif
@@ -112,3 +120,5 @@ zStatus zFile_SetWriteBuffer(zFile file, zSize size) noexcept {
   File* opened = sdk::As<File>(file);
   return opened == nullptr || size == 0 ? zERROR_PARAMETER : opened->SetBuffer(size);
 }
+
+bool zConsole_ErrorsAreSeen() noexcept { return IsTerminal(stderr); }

@@ -2,10 +2,11 @@
 // Where in a recording stream something is, and the error for what is wrong there.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string_view>
 
-#include "sdk/object.h"
+#include "sdk/pipeline.h"
 
 namespace sdk::replay {
 
@@ -17,13 +18,49 @@ struct Place {
   Place operator+(z64u bytes) const { return {offset + bytes, chunkOffset}; }
 };
 
-// Throws an Orv::Exception that says what is wrong and at which byte offset.
+// Says what is wrong and at which byte offset.
+class Damage : public Orv::Exception {
+ public:
+  Damage(const Place& place, std::string_view what);
+
+  const Plovia::ReplayProblem& Problem() const noexcept { return *problem_; }
+
+ private:
+  std::shared_ptr<const Plovia::ReplayProblem> problem_;  // shared: copies must not throw
+};
+
 [[noreturn]] void ThrowDamage(const Place& place, std::string_view what);
 
 template <class... Values>
 [[noreturn]] void ThrowDamage(const Place& place, std::string_view format,
                               const Values&... values) {
   ThrowDamage(place, std::string_view(Orv::Format(format, values...)));
+}
+
+// Takes note of damage, where the reading goes on after it.
+class DamageLog {
+ public:
+  explicit DamageLog(zSize most) : most_(most) {}
+
+  bool IsFull() const { return problems_.size() == most_; }
+  void Add(const Plovia::ReplayProblem& problem) { problems_.push_back(problem); }
+  std::vector<Plovia::ReplayProblem> TakeProblems() { return std::move(problems_); }
+
+ private:
+  zSize most_;
+  std::vector<Plovia::ReplayProblem> problems_;
+};
+
+// Runs a step. Its damage is noted in the log, or thrown where there is none or no room.
+template <class Step>
+void RunStep(DamageLog* log, const Step& step) {
+  if (log == nullptr) return step();
+  try {
+    step();
+  } catch (const Damage& damage) {
+    if (log->IsFull()) throw;
+    log->Add(damage.Problem());
+  }
 }
 
 }  // namespace sdk::replay

@@ -23,6 +23,7 @@ enum class Opcode : z8u {
   chunk = 0x06,
   messageIndex = 0x07,
   chunkIndex = 0x08,
+  attachment = 0x09,
   statistics = 0x0B,
   metadata = 0x0C,
   metadataIndex = 0x0D,

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "pipeline/replay_index.h"
 
-#include <libdeflate.h>
-
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "pipeline/checksum.h"
 #include "pipeline/decompress.h"
 #include "pipeline/replay_channels.h"
 #include "pipeline/replay_names.h"
@@ -14,14 +13,6 @@
 namespace sdk::replay {
 
 namespace {
-
-// A stored checksum of 0 means "not computed".
-void CheckCrc(Bytes bytes, z32u stored, const Place& place, std::string_view what) {
-  if (stored == 0) return;
-  const z32u computed = libdeflate_crc32(0, bytes.data(), bytes.size());
-  if (computed == stored) return;
-  ThrowDamage(place, "the checksum of the %s is %08x, its bytes give %08x", what, stored, computed);
-}
 
 z32u ParseFrameIndex(Bytes data, const Place& place) {
   constexpr zSize kLongest = 256;  // one small number, and room for white space
@@ -40,9 +31,15 @@ z32u ParseFrameIndex(Bytes data, const Place& place) {
 
 class Indexer {
  public:
-  explicit Indexer(Bytes stream) : stream_(stream) {}
+  Indexer(Bytes stream, DamageLog* log) : stream_(stream), log_(log) {}
 
   ReplayIndex Run() {
+    RunStep(log_, [&] { WalkStream(); });
+    return std::move(index_);
+  }
+
+ private:
+  void WalkStream() {
     const Bytes records = CheckMagic();
     RecordCursor cursor(records, Place{sizeof kMagic});
     if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "there is no record");
@@ -50,12 +47,11 @@ class Indexer {
     if (first.opcode != Opcode::header) ThrowDamage(first.place, "the first record is no header");
     static_cast<void>(Parse<Header>(first));
     WalkDataSection(cursor);
-    WalkSummary(cursor);
+    RunStep(log_, [&] { WalkSummary(cursor); });
     FinishDescription(cursor.Position());
-    return std::move(index_);
   }
 
- private:
+  // The records between the magic bytes.
   Bytes CheckMagic() const {
     const Bytes magic(kMagic);
     if (stream_.size() < magic.size() || !std::ranges::equal(stream_.first(magic.size()), magic)) {
@@ -63,33 +59,39 @@ class Indexer {
     }
     const Bytes rest = stream_.subspan(magic.size());
     if (rest.size() < magic.size() || !std::ranges::equal(rest.last(magic.size()), magic)) {
-      ThrowDamage(Place{stream_.size()}, "the stream does not end as a recording does");
+      RunStep(log_, [&] {
+        ThrowDamage(Place{stream_.size()}, "the stream does not end as a recording does");
+      });
+      return rest;
     }
     return rest.first(rest.size() - magic.size());
   }
 
   void WalkDataSection(RecordCursor& cursor) {
-    for (;;) {
+    for (bool atEnd = false; !atEnd;) {
       if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "the data section has no end");
       const RawRecord record = cursor.Next();
-      switch (record.opcode) {
-        case Opcode::metadata:
-          TakeMetadata(record);
-          break;
-        case Opcode::chunk:
-          TakeChunk(record);
-          break;
-        case Opcode::dataEnd: {
-          const Bytes section = stream_.first(static_cast<zSize>(record.place.offset));
-          CheckCrc(section, Parse<DataEnd>(record).dataSectionCrc, record.place, "data section");
-          return;
-        }
-        case Opcode::header:
-        case Opcode::footer:
-          ThrowMisplaced(record);
-        default:
-          TakeContent(record, kNoChunk);
+      atEnd = record.opcode == Opcode::dataEnd;
+      RunStep(log_, [&] { TakeRecord(record); });
+    }
+  }
+
+  void TakeRecord(const RawRecord& record) {
+    switch (record.opcode) {
+      case Opcode::metadata:
+        return TakeMetadata(record);
+      case Opcode::chunk:
+        return TakeChunk(record);
+      case Opcode::dataEnd: {
+        const Bytes section = stream_.first(static_cast<zSize>(record.place.offset));
+        return CheckCrc(section, Parse<DataEnd>(record).dataSectionCrc, record.place,
+                        "data section");
       }
+      case Opcode::header:
+      case Opcode::footer:
+        ThrowMisplaced(record);
+      default:
+        TakeContent(record, kNoChunk);
     }
   }
 
@@ -136,8 +138,10 @@ class Indexer {
       const Bytes records = chunk.records.bytes;
       const auto before = static_cast<z64u>(records.data() - stream_.data());
       if (chunk.uncompressedSize != records.size()) {
-        ThrowDamage(record.place, "the chunk declares %llu bytes of records and holds %zu",
-                    chunk.uncompressedSize, records.size());
+        RunStep(log_, [&] {
+          ThrowDamage(record.place, "the chunk declares %llu bytes of records and holds %zu",
+                      chunk.uncompressedSize, records.size());
+        });
       }
       WalkChunk(chunk, records, Place{before}, record.place, kNoChunk);
     } else {
@@ -153,18 +157,22 @@ class Indexer {
 
   void WalkChunk(const Chunk& chunk, Bytes records, const Place& first, const Place& chunkPlace,
                  z32u compressedChunk) {
-    CheckCrc(records, chunk.uncompressedCrc, chunkPlace, "chunk's records");
+    RunStep(log_, [&] { CheckCrc(records, chunk.uncompressedCrc, chunkPlace, "chunk's records"); });
     for (RecordCursor cursor(records, first); !cursor.AtEnd();) {
       const RawRecord record = cursor.Next();
-      switch (record.opcode) {
-        case Opcode::header:
-        case Opcode::footer:
-        case Opcode::chunk:
-        case Opcode::dataEnd:
-          ThrowMisplaced(record);
-        default:
-          TakeContent(record, compressedChunk);
-      }
+      RunStep(log_, [&] { TakeChunkRecord(record, compressedChunk); });
+    }
+  }
+
+  void TakeChunkRecord(const RawRecord& record, z32u compressedChunk) {
+    switch (record.opcode) {
+      case Opcode::header:
+      case Opcode::footer:
+      case Opcode::chunk:
+      case Opcode::dataEnd:
+        ThrowMisplaced(record);
+      default:
+        TakeContent(record, compressedChunk);
     }
   }
 
@@ -217,6 +225,7 @@ class Indexer {
   }
 
   Bytes stream_;
+  DamageLog* log_;  // null: damage is thrown
   ReplayIndex index_;
   ReplayChannels channels_;
   bool described_ = false;
@@ -224,6 +233,6 @@ class Indexer {
 
 }  // namespace
 
-ReplayIndex IndexReplay(Bytes stream) { return Indexer(stream).Run(); }
+ReplayIndex IndexReplay(Bytes stream, DamageLog* log) { return Indexer(stream, log).Run(); }
 
 }  // namespace sdk::replay

@@ -42,7 +42,8 @@ struct ReplayIndex {
 };
 
 // Walks a whole stream, checks its structure and its checksums and tells what stands where. Scan
-// messages are found, not read. Throws Orv::Exception for damage. The index looks into the stream.
-ReplayIndex IndexReplay(Bytes stream);
+// messages are found, not read. The index looks into the stream. Throws Orv::Exception for damage;
+// with a log, tells there what is damaged and leaves it out.
+ReplayIndex IndexReplay(Bytes stream, DamageLog* log = nullptr);
 
 }  // namespace sdk::replay

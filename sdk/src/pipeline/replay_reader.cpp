@@ -56,16 +56,20 @@ Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame) {
                                                      : index_.messages.size();
   Plovia::ReplayFrame messages;
   for (zSize i = index_.frames[frame].firstMessage; i < end; ++i) {
-    const MessagePlace& message = index_.messages[i];
-    const bool compressed = message.compressedChunk != kNoChunk;
-    const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
-    Place place{message.offset};
-    if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
-    messages.push_back(payloads_.Read(
-        records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
-        compressed ? nullptr : owner_, place));
+    messages.push_back(ReadMessage(i));
   }
   return messages;
+}
+
+Orv::Object<void*> ReplayReader::ReadMessage(zSize position) {
+  const MessagePlace& message = index_.messages[position];
+  const bool compressed = message.compressedChunk != kNoChunk;
+  const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
+  Place place{message.offset};
+  if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
+  return payloads_.Read(
+      records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
+      compressed ? nullptr : owner_, place);
 }
 
 Bytes ReplayReader::CompressedRecords(z32u chunk) {

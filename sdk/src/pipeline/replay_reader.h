@@ -9,9 +9,10 @@ namespace sdk::replay {
 
 class ReplayReader {
  public:
-  // The stream must outlive the reader. Messages share its owner, where there is one.
-  ReplayReader(Bytes stream, std::shared_ptr<const void> owner)
-      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream)) {}
+  // The stream must outlive the reader. Messages share its owner, where there is one. For the log
+  // see IndexReplay.
+  ReplayReader(Bytes stream, std::shared_ptr<const void> owner, DamageLog* log = nullptr)
+      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream, log)) {}
 
   const ReplayIndex& Index() const { return index_; }
 
@@ -24,6 +25,8 @@ class ReplayReader {
   Plovia::ReplayFrame Frame(z64u position);
   // The next frame of the current segment.
   Plovia::ReplayFrame NextFrame();
+  // A message by its position in the index.
+  Orv::Object<void*> ReadMessage(zSize position);
 
  private:
   Segment CurrentFrames() const;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <new>
 #include <stdexcept>
 
@@ -6,6 +7,7 @@
 #include "message/message.h"
 #include "pipeline/replay_reader.h"
 #include "pipeline/replay_writer.h"
+#include "pipeline/summary_check.h"
 #include "sdk/pipeline.h"
 
 using sdk::replay::FrameContent;
@@ -40,6 +42,37 @@ auto Guarded(const char* function, const Operation& operation) {
 }
 
 }  // namespace
+
+namespace {
+
+void CheckPayloads(ReplayReader& reader, sdk::replay::DamageLog& log) {
+  for (zSize i = 0; i < reader.Index().messages.size(); ++i) {
+    sdk::replay::RunStep(&log, [&] { static_cast<void>(reader.ReadMessage(i)); });
+  }
+}
+
+}  // namespace
+
+std::vector<ReplayProblem> CheckReplay(std::span<const z8u> replay) {
+  return Guarded("Plovia::CheckReplay", [&] {
+    sdk::replay::DamageLog log(kMostReplayProblems);
+    try {
+      ReplayReader reader(replay, nullptr, &log);
+      CheckPayloads(reader, log);
+      sdk::replay::CheckSummary(replay, log);
+    } catch (const sdk::replay::Damage&) {
+      // There is no room for more.
+    }
+    // Damage that several steps meet counts once.
+    std::vector<ReplayProblem> problems = log.TakeProblems();
+    const auto offset = [](const ReplayProblem& problem) {
+      return std::pair(problem.offset, problem.inChunk);
+    };
+    std::ranges::stable_sort(problems, {}, offset);
+    problems.erase(std::unique(problems.begin(), problems.end()), problems.end());
+    return problems;
+  });
+}
 
 class ReplaySerializer::Reader : public ReplayReader {
  public:

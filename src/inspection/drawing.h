@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// Pictures and pages of files.
+#pragma once
+
+#include "inspection/facts.h"
+#include "inspection/options.h"
+#include "inspection/progress.h"
+
+// Writes the picture and the page that the options ask for. Throws Orv::Exception when there is no
+// such scan, or when a file cannot be written.
+FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress);

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "inspection/inspect.h"
+
+#include <algorithm>
+
+#include "surfacefileconverter/filetypes.h"
+#include "surfacefileconverter/wholefile.h"
+
+namespace {
+
+constexpr std::pair<std::string_view, FileKind> kEndings[] = {
+    {".sur", FileKind::sur},       {".SUR", FileKind::sur},       {".pro", FileKind::pro},
+    {".PRO", FileKind::pro},       {".srf", FileKind::srf},       {".pcd", FileKind::pcd},
+    {".rep", FileKind::recording}, {".rec", FileKind::recording}, {".ovrec", FileKind::archive},
+};
+
+void Describe(const zBytes& bytes, bool check, Findings& findings) {
+  switch (findings.facts.kind) {
+    case FileKind::sur:
+    case FileKind::pro:
+      return DescribeDigitalSurf(bytes, findings);
+    case FileKind::srf:
+      return DescribeSrf(bytes, findings);
+    case FileKind::pcd:
+      return DescribePcd(bytes, findings);
+    case FileKind::recording:
+      return DescribeRecording(bytes, 0, check, findings);
+    case FileKind::archive:
+      return DescribeArchive(bytes, check, findings);
+    case FileKind::directory:
+    case FileKind::unknown:
+      return;
+  }
+}
+
+// A scan file whose points are all invalid cannot be converted.
+void NoteEmptyScans(Findings& findings) {
+  const auto isEmpty = [](const PlacedScan& scan) { return scan.facts.validPoints == 0; };
+  const auto count = std::ranges::count_if(findings.facts.scans, isEmpty);
+  if (count > 0) findings.Note("%lld scans have no valid point", static_cast<long long>(count));
+}
+
+}  // namespace
+
+std::optional<FileKind> KindOfPath(const std::string& path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == path.npos) return std::nullopt;
+  const auto* known = std::ranges::find(kEndings, std::string_view(path).substr(dot),
+                                        &std::pair<std::string_view, FileKind>::first);
+  if (known == std::end(kEndings)) return std::nullopt;
+  return known->second;
+}
+
+std::string SourceTypeName(z16u dataType) {
+  const auto known = dataSourceTypeNames.find(static_cast<DataSourceType>(dataType));
+  return known == dataSourceTypeNames.end() ? Orv::Format("type %u", dataType) : known->second;
+}
+
+FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& visit,
+                      Progress& progress) {
+  FileFacts facts;
+  facts.path = path;
+  Findings findings(facts, visit, progress);
+  if (zDirectory_Exists(path.c_str())) {
+    facts.kind = FileKind::directory;
+    DescribeDirectory(path, findings);
+  } else if (const auto kind = KindOfPath(path)) {
+    facts.kind = *kind;
+    zBytes bytes;
+    try {
+      ReadFileBuffer(path, bytes);
+    } catch (const Orv::Exception& failure) {
+      findings.Problem({}, "%s", failure.what());
+      return facts;
+    }
+    facts.size = bytes.size();
+    progress.AddBytes(0);
+    Describe(bytes, check, findings);
+  } else {
+    findings.Problem({},
+                     "the ending of the name is none of .sur, .pro, .srf, .pcd, .rep, .rec, "
+                     ".ovrec");
+  }
+  NoteEmptyScans(findings);
+  progress.FileDone();
+  return facts;
+}

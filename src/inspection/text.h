@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Texts from files, made fit for people.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// A text field of a file as UTF-8: it ends at its first zero, blanks at its end are dropped, and
+// bytes that are no UTF-8 are taken as Latin-1.
+std::string ToUtf8(std::string_view field);
+
+// The text as a terminal can show it without harm: control characters, characters that turn the
+// direction of writing, and bytes that are no UTF-8 become escapes such as \x1b.
+std::string Printable(std::string_view text);
+
+// A number with six significant digits, as printf's "%.6g" gives it in the "C" locale.
+std::string RealText(double number);
