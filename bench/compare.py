@@ -8,280 +8,22 @@ before it is timed; then the programs take turns, so that a busy moment of the m
 
 import argparse
 import json
-import math
 import multiprocessing
 import os
 import platform
-import random
 import shutil
 import statistics
-import struct
 import subprocess
 import sys
 import tempfile
 import time
-from array import array
-from dataclasses import dataclass
 from pathlib import Path
-from typing import Callable
 
 sys.dont_write_bytecode = True
-EXAMPLES = Path(__file__).resolve().parents[1] / "examples"
-sys.path.insert(0, str(EXAMPLES))
-from sur_file import INVALID, write_sur  # noqa: E402
+from conversions import GROWTHS, MIB, Rival, make_rows  # noqa: E402
 
-MIB = 1 << 20
-SIDE = 4096  # points in a row, and rows
-QUIET = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
-MCAP_MAGIC = b"\x89MCAP0\r\n"
-
-
-@dataclass
-class Rival:
-    """A program that a conversion is measured against, beside `cp`. Where the first word of the
-    command is a name alone, it is one of the programs of this folder."""
-
-    name: str
-    command: list[str]
-    output: str
-    most_runs: int = 100  # a slow one runs less often
-
-
-@dataclass
-class Row:
-    """A conversion, and how many times the time of others it may take. Names are relative to the
-    row's folder; an output that ends with a slash is a folder of files."""
-
-    work: str
-    make: Callable[[Path, Path], None]  # makes the input in a folder, with the tool's help
-    input: str
-    output: str
-    arguments: list[str]  # of the tool
-    check: Callable[[Path], None]  # raises when the output is not what the input must give
-    copied: str  # what `cp -r` copies beside it
-    most: dict[str, float]  # times the time of cp, or of a rival
-    rivals: tuple[Rival, ...] = ()
-    memory: tuple[float, float] = (2.5, 2.5)  # times input and output, at the peak
-
-    def most_memory(self, folder):
-        """Bytes at the peak, with 32 MiB for everything else."""
-        sizes = size_of(folder / self.input), size_of(folder / self.output)
-        return sum(times * size for times, size in zip(self.memory, sizes)) + 32 * MIB
-
-
-def size_of(path):
-    files = path.iterdir() if path.is_dir() else [path]
-    return sum(file.stat().st_size for file in files)
-
-
-def make_wave():
-    noise = random.Random(1)
-    return array("h", (round(9000 * math.sin(i / 300) + 500 * noise.random())
-                       for i in range(2 * SIDE)))
-
-
-WAVE = make_wave()
-
-
-def wavy_row(j):
-    """The raw heights of row j: the wave, shifted from row to row, with a round hole."""
-    shift = 37 * j % SIDE
-    row = WAVE[shift:shift + SIDE]
-    half = math.isqrt(max(500**2 - (j - SIDE // 2) ** 2, 0))
-    row[SIDE // 2 - half:SIDE // 2 + half] = array("h", [INVALID]) * (2 * half)
-    return row
-
-
-def make_sur(folder, _tool):
-    rows = [wavy_row(j) for j in range(SIDE)]
-    write_sur(folder / "scan.sur", SIDE, rows, (0.01, 0.01, 0.001), (0.0, 0.0, 0.0))
-
-
-def make_rep(folder, tool):
-    make_sur(folder, tool)
-    subprocess.run([tool, "-i", "scan.sur", "-o", "scan.rep"], cwd=folder, check=True, **QUIET)
-
-
-def make_srf(folder, tool):
-    make_rep(folder, tool)
-    subprocess.run([tool, "-i", "scan.rep", "-o", "scan.srf"], cwd=folder, check=True, **QUIET)
-
-
-def cloud_row(j):
-    """x, y and z of the points of row j as 32-bit floats, NaN in the hole."""
-    row = array("f", bytes(12 * SIDE))
-    row[0::3] = array("f", (0.01 * i for i in range(SIDE)))
-    row[1::3] = array("f", [0.01 * j]) * SIDE
-    row[2::3] = array("f", (math.nan if raw == INVALID else 0.001 * raw for raw in wavy_row(j)))
-    return row
-
-
-def make_pcd(folder, _tool):
-    with open(folder / "scan.pcd", "wb") as file:
-        file.write(b"VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\n"
-                   + f"WIDTH {SIDE}\nHEIGHT {SIDE}\nVIEWPOINT 0 0 0 1 0 0 0\n".encode()
-                   + f"POINTS {SIDE * SIDE}\nDATA binary\n".encode())
-        for j in range(SIDE):
-            cloud_row(j).tofile(file)
-
-
-def make_csv_input(folder, tool):
-    make_sur(folder, tool)
-    shutil.copytree(EXAMPLES / "config", folder / "config")
-    subprocess.run([tool, "-i", "scan.sur", "-o", "scan.ovrec"], cwd=folder, check=True, **QUIET)
-    with open(folder / "heights", "wb") as heights:
-        for j in range(SIDE):
-            wavy_row(j).tofile(heights)
-
-
-def make_archive(folder, tool, scan, frames):
-    """An archive of many frames that all hold the same scan."""
-    (folder / "scans").mkdir()
-    for frame in range(frames):
-        (folder / f"scans/scan-Frame-{frame:04d}_Top.sur").symlink_to(folder / scan)
-    shutil.copytree(EXAMPLES / "config", folder / "config")
-    subprocess.run([tool, "-i", "scans", "-o", "scans.ovrec"], cwd=folder, check=True, **QUIET)
-
-
-def make_large_archive(folder, tool):
-    make_sur(folder, tool)
-    make_archive(folder, tool, "scan.sur", 32)
-
-
-def make_long_archive(folder, tool):
-    rows = [row[:512] for row in map(wavy_row, range(512))]
-    write_sur(folder / "small.sur", 512, rows, (0.01, 0.01, 0.001), (0.0, 0.0, 0.0))
-    make_archive(folder, tool, "small.sur", 1000)
-    (folder / "files").mkdir()
-    for frame in range(1000):
-        shutil.copy(folder / "small.sur", folder / f"files/scan-{frame}.sur")
-
-
-def check_recording(folder):
-    data = (folder / "scan.rep").read_bytes()
-    if not (data.startswith(MCAP_MAGIC) and data.endswith(MCAP_MAGIC)):
-        raise ValueError("is not a recording")
-    if not 0 <= len(data) - size_of(folder / "scan.sur") < 64 * 1024:
-        raise ValueError(f"has {len(data)} bytes")
-    samples = array("h", (raw for j in range(SIDE) for raw in wavy_row(j)))
-    if sys.byteorder == "big":
-        samples.byteswap()
-    if samples.tobytes() not in data:
-        raise ValueError("does not hold the scan's heights")
-
-
-def same(one, other):
-    if one.read_bytes() != other.read_bytes():
-        raise ValueError(f"{one.name} is not {other.name}")
-
-
-def check_srf(folder):
-    same(folder / "back.srf", folder / "scan.srf")
-    samples = array("h", (raw for j in range(SIDE) for raw in wavy_row(j)))
-    if (folder / "back.srf").read_bytes()[60:] != samples.tobytes() + b"\0":
-        raise ValueError("does not hold the scan's heights")
-
-
-def check_cloud(folder):
-    """x from 0 to 40.95 stands on the raw values from -32767 to 32767."""
-    data = (folder / "scan.rep").read_bytes()
-    row = cloud_row(0)
-    lowest, highest = row[0], row[-3]
-    offset, scale = array("f", [highest + lowest])[0] * 0.5, (highest - lowest) * 0.5 / 32767
-    raws = [(x - offset) / scale for x in row[0::3]]
-    expected = array("h", (int(raw + math.copysign(0.5, raw)) for raw in raws))
-    first = data.find(struct.pack("<2h", expected[0], -32767))  # y is lowest in row 0
-    found = array("h", data[first:first + 6 * SIDE])[0::3]
-    if first < 0 or found != expected:
-        raise ValueError("does not hold the quantised points")
-
-
-def check_points(folder):
-    points = (folder / "back.pcd").read_bytes()[-12 * SIDE * SIDE:]
-    for j in (0, 1, SIDE // 2, SIDE - 1):
-        found = array("f", points[12 * SIDE * j:12 * SIDE * (j + 1)])
-        for raw, x, z, wanted in zip(wavy_row(j), found[0::3], found[2::3], cloud_row(j)[0::3]):
-            valid = abs(x - wanted) < 1e-5 and abs(z - 0.001 * raw) < 1e-5
-            if not (math.isnan(x) and math.isnan(z) if raw == INVALID else valid):
-                raise ValueError(f"row {j} is wrong")
-
-
-def check_surface(folder):
-    same(folder / "back.sur", folder / "scan.sur")
-
-
-def check_csv(folder):
-    """The heights are the same cells in the tool's file, in the bare loop's and in the wave."""
-    cells = {raw: f"{raw * 0.001:.6g}".encode() for raw in range(-32767, 32768)}
-    cells[INVALID] = b""
-    lines = (folder / "scan.csv").read_bytes().split(b"\r\n")
-    if lines[-2:] != [b"End", b""]:
-        raise ValueError("has no end")
-    with open(folder / "bare.csv", "rb") as bare:
-        for j, line in enumerate(lines[-2 - SIDE:-2]):
-            y, _, row = line.partition(b",")
-            if y != f"{j * 0.01:.6g}".encode() or row != b",".join(map(cells.get, wavy_row(j))):
-                raise ValueError(f"row {j} is wrong")
-            if bare.readline() != row + b"\r\n":
-                raise ValueError(f"row {j} of the bare loop is another")
-
-
-def check_frames(folder):
-    names = list((folder / "frames").iterdir())
-    if len(names) != 1000:
-        raise ValueError(f"has {len(names)} files")
-    for name in names:
-        same(name, folder / "small.sur")
-
-
-def python_with_numpy():
-    """Debian's numpy is only there for Debian's interpreter."""
-    for python in (sys.executable, "/usr/bin/python3"):
-        found = subprocess.run([python, "-c", "import numpy"], stderr=subprocess.DEVNULL, **QUIET,
-                               check=False) if os.path.exists(python) else None
-        if found is not None and found.returncode == 0:
-            return python
-    print("bench: without numpy.savetxt, since python3-numpy is missing", file=sys.stderr)
-    return None
-
-
-def csv_rivals():
-    bare = Rival("bare loop over ready cells", ["bare_cells", "heights", str(SIDE), "bare.csv"],
-                 "bare.csv")
-    python = python_with_numpy()
-    if python is None:
-        return (bare,)
-    script = str(Path(__file__).resolve().parent / "savetxt.py")
-    return bare, Rival("numpy.savetxt", [python, script, "heights", str(SIDE), "numpy.csv"],
-                       "numpy.csv", most_runs=3)
-
-
-def make_rows():
-    return [
-        Row(f".sur ({SIDE} x {SIDE}, 33 MB) to .rep", make_sur, "scan.sur", "scan.rep",
-            ["-i", "scan.sur", "-o", "scan.rep"], check_recording, "scan.sur", {"cp": 3},
-            (Rival("bare read and write", ["bare_copy", "scan.sur", "copy"], "copy"),)),
-        Row(".rep to that .sur", make_rep, "scan.rep", "back.sur",
-            ["-i", "scan.rep", "-o", "back.sur"], check_surface, "scan.sur", {"cp": 3}),
-        Row(f".srf ({SIDE} x {SIDE}, 33 MB) to .rep", make_srf, "scan.srf", "scan.rep",
-            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", {"cp": 3}),
-        Row(".rep to that .srf", make_srf, "scan.rep", "back.srf",
-            ["-i", "scan.rep", "-o", "back.srf"], check_srf, "scan.srf", {"cp": 3}),
-        Row(f".pcd ({SIDE} x {SIDE}, 201 MB) to .rep", make_pcd, "scan.pcd", "scan.rep",
-            ["-i", "scan.pcd", "-o", "scan.rep"], check_cloud, "scan.pcd", {"cp": 3}),
-        Row(f".rep ({SIDE} x {SIDE} heights) to .pcd (201 MB)", make_rep, "scan.rep", "back.pcd",
-            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd", {"cp": 2.5}),
-        Row("one frame of a 1 GiB .ovrec to .sur", make_large_archive, "scans.ovrec", "back.sur",
-            ["-i", "scans.ovrec", "-f", "20", "-o", "back.sur"], check_surface, "scans.ovrec",
-            {"cp": 3}),
-        Row("1000 frames of 512 x 512 in an .ovrec to .sur files", make_long_archive,
-            "scans.ovrec", "frames/", ["-i", "scans.ovrec", "-a", "-o", "frames/frame.sur"],
-            check_frames, "files", {"cp": 4}),
-        Row(f".ovrec ({SIDE} x {SIDE}) to .csv", make_csv_input, "scan.ovrec", "scan.csv",
-            ["-i", "scan.ovrec", "-o", "scan.csv"], check_csv, "scan.ovrec",
-            {"bare loop over ready cells": 1.5, "numpy.savetxt": 1 / 20}, csv_rivals(),
-            memory=(3, 1.2)),
-    ]
+POINTS_OF_A_PEAK = 10_000_000  # with fewer, the peak says little of the points
+MOST_GROWTH = 1.25
 
 
 def in_child(function, *arguments):
@@ -305,10 +47,12 @@ def clear(path, is_folder):
 
 def run(command, output, folder):
     """Runs the command, which makes `output`; gives its seconds and its peak memory in bytes."""
-    clear(folder / output, output.endswith("/"))
+    if output:
+        clear(folder / output, output.endswith("/"))
     with open(folder / "console.txt", "wb") as console:
         start = time.perf_counter()
-        child = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=console)
+        child = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=console,
+                                 stderr=subprocess.STDOUT)
         _, status, usage = os.wait4(child.pid, 0)
         seconds = time.perf_counter() - start
         child.returncode = os.waitstatus_to_exitcode(status)
@@ -354,8 +98,50 @@ def measure(row, programs, folder, runs):
     first["most_peak_mib"] = most_memory / MIB
     first["goals"] = {name: {"most_times": most, "times": median["Trelvane"] / median[name]}
                       for name, most in row.most.items() if name in median}
+    first["above"] = {name: {"most_ms": most, "ms": 1e3 * (median["Trelvane"] - median[name])}
+                      for name, most in row.most_above}
     first["met"] = (first["peak_mib"] <= first["most_peak_mib"]
-                    and all(g["times"] <= g["most_times"] for g in first["goals"].values()))
+                    and all(g["times"] <= g["most_times"] for g in first["goals"].values())
+                    and all(a["ms"] <= a["most_ms"] for a in first["above"].values()))
+    return results
+
+
+def measure_growth(growth, programs, folder, runs, start_up):
+    """From the least times, which a busy machine spoils least, without that of the start-up. All
+    sizes take turns."""
+    inputs = []
+    for size, points in growth.sizes.items():
+        place = folder / str(size)
+        place.mkdir()
+        in_child(growth.make, place, size)
+        inputs.append((place, points, []))
+    command = [programs / "Trelvane", *growth.arguments]
+    for i in range(runs + 1):
+        for place, _, samples in inputs:
+            sample = run(command, growth.output, place)
+            if i > 0:  # the first warms the caches
+                samples.append(sample)
+            (place / growth.output).unlink()
+    results = []
+    for _, points, samples in inputs:
+        seconds = [s for s, _ in samples]
+        results.append({
+            "work": growth.work,
+            "points": points,
+            "median_ms": 1e3 * statistics.median(seconds),
+            "least_ms": 1e3 * min(seconds),
+            "most_ms": 1e3 * max(seconds),
+            "ns_a_point": 1e9 * (min(seconds) - start_up) / points,
+            "peak_mib": max(peak for _, peak in samples) / MIB,
+        })
+    for line in results:
+        line["times_the_smallest"] = line["ns_a_point"] / results[0]["ns_a_point"]
+        line["bytes_a_point"] = (line["peak_mib"] * MIB / line["points"]
+                                 if line["points"] >= POINTS_OF_A_PEAK else None)
+    bytes_a_point = [line["bytes_a_point"] for line in results if line["bytes_a_point"]]
+    for line in results:
+        line["met"] = (line["times_the_smallest"] <= MOST_GROWTH
+                       and (line["bytes_a_point"] or 0) <= MOST_GROWTH * bytes_a_point[0])
     return results
 
 
@@ -391,10 +177,24 @@ def print_table(machine_facts, results, runs):
             goals = [f"{goal['most_times']:g} x {name}" + ("" if name == "cp" else
                                                           f" (is {goal['times']:.3g})")
                      for name, goal in line["goals"].items()]
+            goals += [f"{above['most_ms']} ms above {name} (is {above['ms']:.1f})"
+                      for name, above in line["above"].items()]
             goal = "at most " + ", ".join(goals) + f" and {line['most_peak_mib']:.0f} MiB"
             met = "met" if line["met"] else "**not met**"
         print("| {work} | {program} | {median_ms:.1f} | {least_ms:.1f} to {most_ms:.1f} "
               "| {times_cp:.2f} | {peak_mib:.0f} |".format(**line) + f" {goal} | {met} |")
+
+
+def print_growth(results):
+    print("\n| work | million points | median ms | least to most ms | ns a point | x the smallest "
+          "| peak MiB | bytes a point | |")
+    print("|---|---:|---:|---:|---:|---:|---:|---:|---|")
+    for line in results:
+        memory = f"{line['bytes_a_point']:.2f}" if line["bytes_a_point"] else ""
+        print("| {work} | {0:.0f} | {median_ms:.1f} | {least_ms:.1f} to {most_ms:.1f} "
+              "| {ns_a_point:.2f} | {times_the_smallest:.2f} | {peak_mib:.0f} "
+              "| {1} | {2} |".format(line["points"] / 1e6, memory,
+                                     "met" if line["met"] else "**not met**", **line))
 
 
 def main():
@@ -404,14 +204,22 @@ def main():
     parser.add_argument("--json", type=Path, help="also writes the results to this file")
     options = parser.parse_args()
 
+    programs = options.programs.resolve()
     results = []
     for row in make_rows():
         with tempfile.TemporaryDirectory(prefix="trelvane-bench-") as folder:
-            results += measure(row, options.programs.resolve(), Path(folder), options.runs)
+            results += measure(row, programs, Path(folder), options.runs)
+    growths = []
+    for growth in GROWTHS:
+        with tempfile.TemporaryDirectory(prefix="trelvane-bench-") as folder:
+            growths += measure_growth(growth, programs, Path(folder), options.runs,
+                                      results[0]["least_ms"] / 1e3)
     facts = machine()
     print_table(facts, results, options.runs)
+    print_growth(growths)
     if options.json:
-        text = json.dumps({"machine": facts, "runs": options.runs, "results": results}, indent=2)
+        text = json.dumps({"machine": facts, "runs": options.runs, "results": results,
+                           "growth": growths}, indent=2)
         options.json.write_text(text + "\n")
 
 

@@ -92,12 +92,12 @@ void SurfaceFileConverter::exportScan(const std::string& exportName, FileType ex
   } else {
     writeScan(serializer);
   }
-  const zBytes replay = serializer.GetReplayFile(false);
+  const Plovia::ReplayStream replay = serializer.GetReplayStream(false);
   if (exportType == OVREC) {
     WriteReplayData(replay, "config/config.json", "config/jobs/config.json",
                     "config/jobs/live/_live.ovjob", exportName, allocator);
   } else {
-    WriteBuffer(replay, exportName);
+    WriteReplayStream(replay, exportName);
   }
   exportedFileNames = {exportName};
 }

@@ -67,7 +67,7 @@ std::span<const z8u> FindLastMember(const zBytes& archive, const std::string& me
 
 }  // namespace
 
-void WriteReplayData(const zBytes& replay, const std::string& configPath,
+void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc) {
   const Require require{"WriteReplayData"};
@@ -91,10 +91,9 @@ void WriteReplayData(const zBytes& replay, const std::string& configPath,
           "Failed to write the jobs/live/_live.ovjob file");
   require(__LINE__, zTar_BeginWrite(tar.Get(), "replay", zTAR_DIRECTORY, 0),
           "Failed to create the replay directory");
-  require(__LINE__, zTar_BeginWrite(tar.Get(), "replay/buffer", zTAR_FILE, replay.size()),
+  require(__LINE__, zTar_BeginWrite(tar.Get(), "replay/buffer", zTAR_FILE, replay.Size()),
           "Failed to create the replay/buffer file");
-  require(__LINE__, zStream_Write(tar.Get(), replay.data(), replay.size()),
-          "Failed to write the replay/buffer file");
+  require(__LINE__, replay.WriteTo(tar.Get()), "Failed to write the replay/buffer file");
   // The last blocks of the archive and of the file are written only now.
   const zStatus completed = tar.Release();
   const zStatus closed = output.Release();

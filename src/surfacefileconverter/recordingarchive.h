@@ -8,12 +8,12 @@
 #include <span>
 #include <string>
 
-#include "sdk/object.h"
+#include "sdk/pipeline.h"
 #include "surfacefileconverter/filetypes.h"
 
 // Writes a recording: copies of three configuration files (their paths on disk are given) and the
 // replay stream. After a failure the file stays as far as it was written.
-void WriteReplayData(const zBytes& replay, const std::string& configPath,
+void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc);
 

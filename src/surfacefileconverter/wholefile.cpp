@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr const char* kWriteBuffer = "WriteBuffer";
+
 // Removes the file that is being written, unless it is finished. A device keeps its place in the
 // file system, whatever went wrong.
 class UnfinishedFile {
@@ -40,8 +42,10 @@ Orv::Exception CannotOpen(int line, const char* function, const std::string& pat
   return {line, kSourceFile, kBadInput, function, "Failed to open " + path};
 }
 
-void WriteFile(const char* function, const void* bytes, zSize size, const std::string& path,
-               const Orv::Exception& cannotOpen) {
+// `write` puts the content into the file that it is given and returns a status.
+template <class Write>
+void WriteFile(const char* function, const std::string& path, const Orv::Exception& cannotOpen,
+               const Write& write) {
   UnfinishedFile unfinished(path);
   Orv::Object<void*> file;
   // A name with a zero in it, as a recording may suggest, would be cut there.
@@ -51,7 +55,7 @@ void WriteFile(const char* function, const void* bytes, zSize size, const std::s
     throw cannotOpen;
   }
   unfinished.Begin();
-  const zStatus written = zStream_Write(file.Get(), bytes, size);
+  const zStatus written = write(file.Get());
   const zStatus closed = file.Release();
   if (written != zOK || closed != zOK) {
     throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function, "Failed to write " + path);
@@ -85,14 +89,21 @@ void ReadFileBuffer(const std::string& path, zBytes& bytes) {
 
 void WriteStream(zMemory stream, const std::string& path) {
   constexpr const char* kFunction = "WriteStream";
-  WriteFile(kFunction, zMemory_At(stream, 0), zMemory_Length(stream), path,
-            CannotOpen(__LINE__, kFunction, path));
+  WriteFile(kFunction, path, CannotOpen(__LINE__, kFunction, path), [stream](zStream file) {
+    return zStream_Write(file, zMemory_At(stream, 0), zMemory_Length(stream));
+  });
 }
 
 void WriteBuffer(const zBytes& bytes, const std::string& path) {
-  WriteBuffer(bytes, path, CannotOpen(__LINE__, "WriteBuffer", path));
+  WriteBuffer(bytes, path, CannotOpen(__LINE__, kWriteBuffer, path));
 }
 
 void WriteBuffer(const zBytes& bytes, const std::string& path, const Orv::Exception& cannotOpen) {
-  WriteFile("WriteBuffer", bytes.data(), bytes.size(), path, cannotOpen);
+  WriteFile(kWriteBuffer, path, cannotOpen,
+            [&bytes](zStream file) { return zStream_Write(file, bytes.data(), bytes.size()); });
+}
+
+void WriteReplayStream(const Plovia::ReplayStream& replay, const std::string& path) {
+  WriteFile(kWriteBuffer, path, CannotOpen(__LINE__, kWriteBuffer, path),
+            [&replay](zStream file) { return replay.WriteTo(file); });
 }

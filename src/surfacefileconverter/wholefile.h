@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "sdk/object.h"
+#include "sdk/pipeline.h"
 
 // Fills `bytes` with the file's content; an empty file is an error.
 void ReadFileBuffer(const std::string& path, zBytes& bytes);
@@ -17,3 +17,5 @@ void WriteStream(zMemory stream, const std::string& path);
 void WriteBuffer(const zBytes& bytes, const std::string& path);
 // With another error for a file that cannot be opened.
 void WriteBuffer(const zBytes& bytes, const std::string& path, const Orv::Exception& cannotOpen);
+// Replaces the file by a recording; its errors are those of WriteBuffer.
+void WriteReplayStream(const Plovia::ReplayStream& replay, const std::string& path);

@@ -26,6 +26,29 @@ TEST_P(Recording, GivesBackEveryKindOfMessage) {
   EXPECT_EQ(WriteRecording(MakeScanner(), frames, GetParam()), stream);
 }
 
+// Arrays of several kilobytes stay where they are; a small one between them is copied.
+TEST_P(Recording, IsTheSameInPiecesAsInOnePiece) {
+  std::vector<z16s> heights(64 * 33);
+  std::ranges::generate(heights, [next = z16s{0}]() mutable { return next++; });
+  Plovia::ReplaySerializer writer;
+  writer.WriteScannerInfo({MakeScanner()});
+  for (z32u frame = 0; frame < 3; ++frame) {
+    writer.WriteIndexInfo(frame);
+    writer.WriteData(MakeSurface(64, 33, heights));
+    writer.WriteData(MakeCloud(1));
+    writer.WriteData(MakeArrayOf({MakeSurface(33, 64, heights), MakeSurface(64, 33, heights)}));
+  }
+  const Plovia::ReplayStream pieces = writer.GetReplayStream(GetParam());
+  const zBytes whole = writer.GetReplayFile(GetParam());
+  const Handle stream = MakeStream();
+  EXPECT_EQ(pieces.Size(), whole.size());
+  EXPECT_EQ(pieces.WriteTo(stream.Get()), zOK);
+  EXPECT_EQ(BytesOf(stream.Get()), whole);
+  Plovia::ReplaySerializer reader;
+  reader.LoadBuffer(whole);  // verifies the checksums
+  EXPECT_EQ(pieces.WriteTo(nullptr), zERROR_PARAMETER);
+}
+
 TEST_P(Recording, GivesBackScannersAndSourcesInOrder) {
   Plovia::ReplayScannerInfo second = MakeScanner();
   second.id = "Scanner-1";

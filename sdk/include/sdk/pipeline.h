@@ -54,6 +54,34 @@ class ReplayInfo {
 // Messages of one frame, in the order in which they were written.
 using ReplayFrame = std::vector<Orv::Object<void*>>;
 
+// A finished recording in pieces: the messages' points stand where they are and are not copied, so
+// it must not outlive the serializer, and its messages must stay as they are.
+class ReplayStream {
+ public:
+  z64u Size() const noexcept { return own_.size() + viewed_; }  // bytes
+  zBytes ToBytes() const;
+  // Writes all of it at the stream's position; gives the first status that is not zOK.
+  zStatus WriteTo(zStream stream) const noexcept;
+
+  void Append(std::span<const z8u> bytes) { own_.insert(own_.end(), bytes.begin(), bytes.end()); }
+  // Bytes that stay in place; few are copied all the same.
+  void AppendInPlace(std::span<const z8u> bytes);
+  void Append(const ReplayStream& other);
+
+ private:
+  struct View {
+    zSize at;  // bytes of its own that come before
+    std::span<const z8u> bytes;
+  };
+
+  template <class Take>
+  zStatus InOrder(const Take& take) const;
+
+  zBytes own_;
+  std::vector<View> views_;
+  z64u viewed_ = 0;  // bytes of the views
+};
+
 // Something that is wrong in a recording stream.
 struct ReplayProblem {
   z64u offset;                  // in the stream; of the chunk, where that is compressed
@@ -101,11 +129,13 @@ class ReplaySerializer {
   void WriteScannerInfo(const std::vector<Plovia::ReplayScannerInfo>& scanners);
   // Begins a frame with this index entry.
   void WriteIndexInfo(z32u index);
-  // Adds a message to the frame. It is shared until GetReplayFile has written it out, so it must
+  // Adds a message to the frame. It is shared until the recording has been written out, so it must
   // not be edited before.
   void WriteData(Orv::Object<void*> message);
   // The finished recording, in the classic or the segmented layout.
   zBytes GetReplayFile(bool classic) const;
+  // The same bytes without a copy of the messages.
+  ReplayStream GetReplayStream(bool classic) const;
 
  private:
   class Reader;

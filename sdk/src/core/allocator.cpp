@@ -12,13 +12,12 @@ namespace {
 // Touching a fresh buffer costs a page fault for every 4 KiB; with large pages it is one for every
 // 2 MiB, and a scan of many megabytes is copied at the speed of memory.
 constexpr zSize kLargePage = zSize{2} << 20;
-constexpr zSize kLargeBlock = 4 * kLargePage;
 
 class StandardAllocator : public zAllocator {
  public:
   void* Allocate(zSize bytes) noexcept override {
 #ifdef __linux__
-    if (bytes >= kLargeBlock && bytes <= static_cast<zSize>(-1) - kLargePage) {
+    if (bytes >= kLargePage && bytes <= static_cast<zSize>(-1) - kLargePage) {
       const zSize whole = (bytes + kLargePage - 1) / kLargePage * kLargePage;
       void* block = std::aligned_alloc(kLargePage, whole);
       // A refusal only means ordinary pages.

@@ -18,6 +18,7 @@ class PayloadBuilder {
   explicit PayloadBuilder(const sdk::Message& message);
 
   zSize Size() const { return builder_.GetSize(); }
+  // The arrays are not copied here either.
   void AppendTo(StreamWriter& writer) const;
 
   // Bytes that the FlatBuffer of a message takes at most.

@@ -129,7 +129,7 @@ void PayloadBuilder::AppendTo(StreamWriter& writer) const {
   for (auto hole = holes_.rbegin(); hole != holes_.rend(); ++hole) {
     const zSize start = Size() - hole->fromEnd;
     writer.Append(buffer + done, start - done);
-    writer.Append(hole->array->Items(), hole->array->Size());
+    writer.AppendInPlace(hole->array->Items(), hole->array->Size());
     done = start + hole->array->Size();
   }
   writer.Append(buffer + done, Size() - done);

@@ -17,9 +17,6 @@ constexpr z16u kSchemaId = 1;
 constexpr z64u kNanosecondsPerFrame = 100'000'000;  // a nominal ten frames a second
 constexpr z64u kChunkSize = z64u{64} << 20;
 
-// Bytes around a message and its share of the indexes, rounded up.
-constexpr z64u kMessageOverhead = 128;
-
 [[noreturn]] void Refuse(std::string_view reason) {
   throw Orv::Exception(__LINE__, "pipeline", zERROR_PARAMETER,
                        "Plovia::ReplaySerializer::GetReplayFile", "%s", reason);
@@ -27,9 +24,8 @@ constexpr z64u kMessageOverhead = 128;
 
 class ReplayWriter {
  public:
-  ReplayWriter(const std::vector<Plovia::ReplayScannerInfo>& scanners, bool classic,
-               zSize expectedSize)
-      : scanners_(scanners), classic_(classic), out_(expectedSize) {
+  ReplayWriter(const std::vector<Plovia::ReplayScannerInfo>& scanners, bool classic)
+      : scanners_(scanners), classic_(classic) {
     out_.Append(kMagic, sizeof kMagic);
     out_.Put(Header{kProfile, kLibrary});
     PutMetadata(
@@ -46,24 +42,24 @@ class ReplayWriter {
 
   void PutFrame(z32u frame, const FrameContent& content) {
     const z64u logTime = frame * kNanosecondsPerFrame;
-    if (!classic_ && !chunk_) OpenChunk(logTime);
+    if (!classic_ && !chunk_) chunk_.emplace().fields.messageStartTime = logTime;
     if (chunk_) chunk_->fields.messageEndTime = logTime;
     statistics_.messageEndTime = logTime;  // the first frame's is 0
     const std::string index = "{\"index\":" + std::to_string(content.index) + "}";
     BeginMessage(kFrameIndexChannel, frame, 0, index.size());
-    out_.Append(index.data(), index.size());
+    Messages().Append(index.data(), index.size());
     for (zSize j = 0; j < content.messages.size(); ++j) {
       const auto& message = *As<sdk::Message>(content.messages[j].Get());
       const MxStamp* stamp = message.Stamp();
       const PayloadBuilder payload(message);
       const auto channel = static_cast<z16u>(std::min<zSize>(j + 1, sourceCount_));
       BeginMessage(channel, frame, stamp == nullptr ? 0 : stamp->time, payload.Size());
-      payload.AppendTo(out_);
+      payload.AppendTo(Messages());
     }
-    if (chunk_ && out_.Position() - chunk_->recordsStart >= kChunkSize) CloseChunk();
+    if (chunk_ && chunk_->records.Position() >= kChunkSize) CloseChunk();
   }
 
-  zBytes Finish() {
+  Plovia::ReplayStream Finish() {
     if (chunk_) CloseChunk();
     out_.Put(DataEnd{classic_ ? out_.Checksum() : 0});
     PutSummary();
@@ -72,12 +68,14 @@ class ReplayWriter {
   }
 
  private:
-  struct OpenChunkState {
-    z64u start;         // of the chunk record
-    z64u recordsStart;  // of its content's records
+  struct OpenChunk {
     Chunk fields;
+    StreamWriter records;
     std::map<z16u, IndexEntries> entries;
   };
+
+  // Where messages go.
+  StreamWriter& Messages() { return chunk_ ? chunk_->records : out_; }
 
   void PutMetadata(const Metadata& metadata) {
     const z64u offset = out_.Position();
@@ -115,41 +113,31 @@ class ReplayWriter {
   // The record of a message up to its data, which is appended next.
   void BeginMessage(z16u channel, z32u frame, z64u publishTime, z64u dataSize) {
     const z64u logTime = frame * kNanosecondsPerFrame;
-    if (chunk_) {
-      chunk_->entries[channel].emplace_back(logTime, out_.Position() - chunk_->recordsStart);
-    }
+    StreamWriter& out = Messages();
+    if (chunk_) chunk_->entries[channel].emplace_back(logTime, out.Position());
     ++messageCounts_[channel];
-    const Bytes fields = out_.Encode(Message{channel, frame, logTime, publishTime, {}});
-    out_.BeginRecord(Opcode::message, fields.size() + dataSize);
-    out_.Append(fields.data(), fields.size());
+    const Bytes fields = out.Encode(Message{channel, frame, logTime, publishTime, {}});
+    out.BeginRecord(Opcode::message, fields.size() + dataSize);
+    out.Append(fields.data(), fields.size());
   }
 
-  void OpenChunk(z64u startTime) {
-    chunk_.emplace();
-    chunk_->start = out_.Position();
-    chunk_->fields.messageStartTime = startTime;
-    const Bytes fields = out_.Encode(chunk_->fields);
-    out_.BeginRecord(Opcode::chunk, 0);
-    out_.Append(fields.data(), fields.size());
-    chunk_->recordsStart = out_.Position();
-    out_.RestartChecksum();
-  }
-
-  // Fills in what was not known when the chunk was opened and writes its indexes.
+  // Writes the chunk, whose sizes and checksum are known now, and its indexes.
   void CloseChunk() {
     Chunk& fields = chunk_->fields;
-    const z64u recordsSize = out_.Position() - chunk_->recordsStart;
+    const z64u start = out_.Position();
+    const z64u recordsSize = chunk_->records.Position();
     fields.uncompressedSize = recordsSize;
-    fields.uncompressedCrc = out_.Checksum();
-    const z64u contentSize = out_.Position() - chunk_->start - kRecordPrefix;
-    OverwriteNumber(chunk_->start + 1, contentSize);
-    out_.Overwrite(chunk_->start + kRecordPrefix, out_.Encode(fields));
-    OverwriteNumber(chunk_->recordsStart - sizeof recordsSize, recordsSize);
+    fields.uncompressedCrc = chunk_->records.Checksum();
+    const Bytes content = out_.Encode(fields);  // ends with the size of the records, none yet
+    out_.BeginRecord(Opcode::chunk, content.size() + recordsSize);
+    out_.Append(content.data(), content.size() - sizeof recordsSize);
+    out_.Append(&recordsSize, sizeof recordsSize);
+    out_.Append(chunk_->records);
 
     ChunkIndex index{fields.messageStartTime,
                      fields.messageEndTime,
-                     chunk_->start,
-                     out_.Position() - chunk_->start,
+                     start,
+                     out_.Position() - start,
                      {},
                      0,
                      {},
@@ -161,10 +149,6 @@ class ReplayWriter {
     }
     chunkIndexes_.push_back(std::move(index));
     chunk_.reset();
-  }
-
-  void OverwriteNumber(z64u position, z64u number) {
-    out_.Overwrite(position, Bytes(reinterpret_cast<const z8u*>(&number), sizeof number));
   }
 
   void PutSummary() {
@@ -213,32 +197,17 @@ class ReplayWriter {
   bool classic_;
   StreamWriter out_;
   z16u sourceCount_ = 0;
-  std::optional<OpenChunkState> chunk_;
+  std::optional<OpenChunk> chunk_;
   std::vector<MetadataIndex> metadataIndexes_;
   std::vector<ChunkIndex> chunkIndexes_;
   std::map<z16u, z64u> messageCounts_;
   Statistics statistics_;
 };
 
-zSize ExpectedSize(const std::vector<Plovia::ReplayScannerInfo>& scanners,
-                   const std::vector<FrameContent>& frames) {
-  z64u size = z64u{64} << 10;  // magic, schema, summary
-  for (const Plovia::ReplayScannerInfo& scanner : scanners) {
-    size += 512 * (scanner.sources.size() + 1);
-  }
-  for (const FrameContent& frame : frames) {
-    size += kMessageOverhead;
-    for (const auto& message : frame.messages) {
-      size += kMessageOverhead + PayloadBuilder::SizeBound(*As<sdk::Message>(message.Get()));
-    }
-  }
-  return static_cast<zSize>(size);
-}
-
 }  // namespace
 
-zBytes WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
-                   const std::vector<FrameContent>& frames, bool classic) {
+Plovia::ReplayStream WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
+                                 const std::vector<FrameContent>& frames, bool classic) {
   const bool sources = std::ranges::any_of(
       scanners, [](const Plovia::ReplayScannerInfo& scanner) { return !scanner.sources.empty(); });
   const bool messages = std::ranges::any_of(
@@ -246,7 +215,7 @@ zBytes WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
   if (messages && !sources) Refuse("The recording has messages but no source for them");
   if (frames.size() > 0xFFFFFFFF) Refuse("A recording holds at most 4294967295 frames");
 
-  ReplayWriter writer(scanners, classic, ExpectedSize(scanners, frames));
+  ReplayWriter writer(scanners, classic);
   for (zSize i = 0; i < frames.size(); ++i) writer.PutFrame(static_cast<z32u>(i), frames[i]);
   return writer.Finish();
 }

@@ -13,8 +13,9 @@ struct FrameContent {
   Plovia::ReplayFrame messages;
 };
 
-// Throws Orv::Exception for messages without a source and for what a recording cannot hold.
-zBytes WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
-                   const std::vector<FrameContent>& frames, bool classic);
+// The recording, which looks into the frames' messages. Throws Orv::Exception for messages without
+// a source and for what a recording cannot hold.
+Plovia::ReplayStream WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& scanners,
+                                 const std::vector<FrameContent>& frames, bool classic);
 
 }  // namespace sdk::replay

@@ -141,6 +141,11 @@ void ReplaySerializer::WriteData(Orv::Object<void*> message) {
 }
 
 zBytes ReplaySerializer::GetReplayFile(bool classic) const {
+  return Guarded("Plovia::ReplaySerializer::GetReplayFile",
+                 [&] { return GetReplayStream(classic).ToBytes(); });
+}
+
+ReplayStream ReplaySerializer::GetReplayStream(bool classic) const {
   return Guarded("Plovia::ReplaySerializer::GetReplayFile", [&] {
     return sdk::replay::WriteReplay(content_->scanners, content_->frames, classic);
   });

@@ -3,17 +3,20 @@
 #pragma once
 
 #include "pipeline/field_writer.h"
+#include "sdk/pipeline.h"
 
 namespace sdk::replay {
 
 class StreamWriter {
  public:
-  explicit StreamWriter(zSize expectedSize) { out_.reserve(expectedSize); }
-
-  z64u Position() const { return out_.size(); }
-  zBytes Take() { return std::move(out_); }
+  z64u Position() const { return out_.Size(); }
+  Plovia::ReplayStream Take() { return std::move(out_); }
 
   void Append(const void* bytes, zSize size);
+  // The same for bytes that stay where they are until the stream has been written.
+  void AppendInPlace(const void* bytes, zSize size);
+  // What another writer has appended; the checksum does not see it.
+  void Append(const StreamWriter& other) { out_.Append(other.out_); }
   // Opcode and length of a record whose content is appended next.
   void BeginRecord(Opcode opcode, z64u contentLength);
 
@@ -35,15 +38,12 @@ class StreamWriter {
     return content_;
   }
 
-  // Writes over bytes that were appended before; the checksum does not see it.
-  void Overwrite(z64u position, Bytes bytes);
-
   // CRC-32 of everything appended since the last restart.
   void RestartChecksum() { crc_ = 0; }
   z32u Checksum() const { return crc_; }
 
  private:
-  zBytes out_;
+  Plovia::ReplayStream out_;
   zBytes content_;
   z32u crc_ = 0;
 };
