@@ -181,7 +181,7 @@ TEST(Page, TakesScansOfNoExtent) {
   const std::vector<z16s> nothing(4, kInvalidRaw);
   EXPECT_EQ(Show(MakeScan(ScanKind::surface, 2, 2, nothing)).scan.at("measured"), 0);
   EXPECT_EQ(Show(MakeScan(ScanKind::surface, 4, 1, nothing), 2).scan.at("measured"), 0);
-  for (const z64u budget : {2, 1000}) {
+  for (const z64u budget : {z64u{2}, z64u{1000}}) {
     SCOPED_TRACE(budget);
     const Shown flat = Show(MakeScan<z16s>(ScanKind::surface, 2, 2, {5, 5, 5, 5}), budget);
     EXPECT_THAT(flat.RealHeights(), testing::Each(5.0));
@@ -195,7 +195,7 @@ TEST(Page, CountsPointsWithoutFinitePlaceAsNotMeasured) {
       {kNan, 1, 1}, {kInf, 1, 1}, {1, 1, kNan}, {1, 1, -kInf}, {1e308, 1, 1e308}};
   for (const zPoint3d64f& factors : wrong) {
     SCOPED_TRACE(testing::Message() << factors.x << ' ' << factors.z);
-    for (const z64u budget : {3, 1000}) {
+    for (const z64u budget : {z64u{3}, z64u{1000}}) {
       for (const bool offset : {false, true}) {
         const zPoint3d64f scale = offset ? zPoint3d64f{1e306, 1, 1e306} : factors;
         const zPoint3d64f shift = offset ? factors : zPoint3d64f{};
@@ -233,10 +233,10 @@ TEST(Page, KeepsToItsBudget) {
     for (const zSize announced : {zSize{6}, zSize{4}}) {
       Page page("", Json::object(), {3, announced, announced * 8000}, budget);
       zSize wanted = 0;
-      for (const zSize frame : {0, 1, 2}) {
+      for (zSize frame = 0; frame < 3; ++frame) {
         page.Add(frame, 0, {"a", {}, surface});
         page.Add(frame, 0, {"b", {}, profile});
-        wanted += page.Shows(frame) ? 2 : 0;
+        wanted += page.Shows(frame) ? 2U : 0U;
       }
       const std::string text = TextOf(page);
       const Json document = DocumentOf(text);
