@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "inspection/heightmap.h"
+#include "inspection/mapcells.h"
 
 namespace {
 
@@ -67,6 +67,12 @@ void TellRange(PageScan& page) {
   page.high = high;
 }
 
+// Those of points without a height too.
+std::vector<z8u> OwnIntensities(const Scan& scan) {
+  const std::span<const z8u> intensities = IntensitiesOf(scan);
+  return {intensities.begin(), intensities.end()};
+}
+
 PageScan FromMap(const Scan& scan, zSize mostPoints) {
   HeightMap map = MakeHeightMap(scan, std::min(mostPoints, scan.Count()));
   PageScan page;
@@ -83,6 +89,7 @@ PageScan FromMap(const Scan& scan, zSize mostPoints) {
   if (scan.kind == ScanKind::surface && !map.reduced && own.size() == map.heights.size()) {
     page.heights = Keep(own, scan.scale.z, scan.offset.z,
                         [&map](zSize i) { return std::isfinite(map.heights[i]); });
+    page.intensities = OwnIntensities(scan);
   } else {
     page.heights = Quantise({map.heights.begin(), map.heights.end()});
   }
@@ -92,10 +99,7 @@ PageScan FromMap(const Scan& scan, zSize mostPoints) {
 PageScan FromWholeProfile(const Scan& scan) {
   PageScan page;
   const auto place = [&scan](z64f raw) { return raw * scan.scale.x + scan.offset.x; };
-  const auto intensities = zArray_Items<z8u>(scan.intensities.Get());
-  if (intensities.size() == scan.Count()) {
-    page.intensities.assign(intensities.begin(), intensities.end());
-  }
+  page.intensities = OwnIntensities(scan);
   if (scan.kind == ScanKind::profile) {
     page.x = scan.offset.x;
     page.stepX = scan.scale.x;

@@ -14,12 +14,18 @@ const isTable = (value) => Array.isArray(value) && value.length > 0 && value.eve
 const isShort = (value) => Object.values(value).length <= 3 &&
   Object.values(value).every((part) => typeof part === "number");
 
+// Parts that have parts themselves stand on lines of their own.
+const joined = (texts, values) => texts.join(values.some(isObject) ? "\n" : ", ");
+
 function factText(value) {
   if (value === null) return "–";
   if (typeof value === "boolean") return value ? "yes" : "no";
-  if (Array.isArray(value)) return value.length === 0 ? "none" : value.map(factText).join(", ");
+  // What a float can tell; all digits are in the output of --json.
+  if (typeof value === "number" && !Number.isInteger(value)) return `${Number(value.toPrecision(7))}`;
+  if (Array.isArray(value)) return value.length === 0 ? "none" : joined(value.map(factText), value);
   if (isObject(value)) {
-    return Object.entries(value).map(([key, part]) => `${factName(key)} ${factText(part)}`).join(", ");
+    return joined(Object.entries(value).map(([key, part]) => `${factName(key)} ${factText(part)}`),
+      Object.values(value));
   }
   return clean(value);
 }
@@ -30,7 +36,7 @@ function factTable(rows) {
   const show = (from, to) => {
     for (const row of rows.slice(from, to)) {
       body.append(element("tr", "", ...keys.map((key) => element(
-        "td", typeof row[key] === "number" ? "number" : "",
+        "td", {number: "number", object: "lines"}[typeof row[key]],
         row[key] === undefined ? "" : factText(row[key])))));
     }
   };
