@@ -24,12 +24,15 @@ class Seeds {
  public:
   explicit Seeds(fs::path folder) : folder_(std::move(folder)) {}
 
-  // A seed of one target, and of whole conversions when it is a file of the kind with that number.
+  // A seed of one target, and of those that take whole files when it is a file of the kind with
+  // that number.
   void Add(const std::string& target, const std::string& seed, int kind = -1) {
     Write(target, seed);
     if (kind < 0) return;
     for (const char options : {'\0', '\1', '\x16'}) {
-      Write("conversion", std::string(1, static_cast<char>(kind)) + options + seed);
+      const std::string file = std::string(1, static_cast<char>(kind)) + options + seed;
+      Write("conversion", file);
+      Write("inspection", file);
     }
   }
   void Add(const std::string& target, const zBytes& seed, int kind = -1) {

@@ -28,7 +28,9 @@ void ForEachMember(std::span<const z8u> archive, const char* what, z64u start, F
   zAlloc alloc = &zAllocator::Default();
   Require(zMemory_Construct(stream.Out(), alloc));
   Require(zMemory_Attach(stream.Get(), archive.data(), 0, archive.size(), archive.size()));
-  Require(zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, alloc));
+  const zStatus opened = zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, alloc);
+  if (opened == zERROR_FORMAT) return findings.Problem(start, "%s is no archive", what);
+  Require(opened);
   z64u end = 0;  // of the last member whose place is known
   for (;;) {
     char name[kNameCapacity];
@@ -37,7 +39,7 @@ void ForEachMember(std::span<const z8u> archive, const char* what, z64u start, F
     const zStatus status = zTar_BeginRead(tar.Get(), name, sizeof name, &type, &size);
     if (status == zERROR_NOT_FOUND) return;
     if (status != zOK) {
-      return findings.Problem(start + end, "%s is damaged here or behind", what);
+      return findings.Problem(start + end, "%s is damaged as an archive, here or behind", what);
     }
     if (type != zTAR_FILE) continue;
     const void* content = nullptr;
@@ -79,7 +81,7 @@ void DescribeArchive(const zBytes& bytes, bool check, Findings& findings) {
   const auto offset = [&](std::span<const z8u> content) {
     return content.empty() ? 0 : static_cast<z64u>(content.data() - bytes.data());
   };
-  ForEachMember(bytes, "the archive", 0, findings,
+  ForEachMember(bytes, "the file", 0, findings,
                 [&](const std::string& name, std::span<const z8u> content) {
                   findings.facts.members.push_back({name, content.size()});
                   if (name == kReplay) replay = content;

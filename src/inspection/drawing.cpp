@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 #include "inspection/inspect.h"
+#include "inspection/page.h"
 #include "inspection/picture.h"
+#include "inspection/report.h"
 #include "surfacefileconverter/wholefile.h"
 
 namespace {
@@ -42,10 +45,52 @@ FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progr
   return facts;
 }
 
+// The most scans whose figures a page tells.
+constexpr zSize kMostRows = 1000;
+
+nlohmann::ordered_json PageFacts(const FileFacts& facts) {
+  nlohmann::ordered_json document = FileToJson(facts);
+  nlohmann::ordered_json scans = nlohmann::ordered_json::array();
+  for (const PlacedScan& scan : facts.scans) {
+    if (scans.size() < kMostRows) scans.push_back(ScanToJson(scan));
+  }
+  if (facts.scans.size() > kMostRows) {
+    document["notes"].push_back(
+        Orv::Format("of %zu scans, the first %zu are listed", facts.scans.size(), kMostRows));
+  }
+  document["scans"] = std::move(scans);
+  return document;
+}
+
+// A page of all scans that are wanted, of which `facts` tells.
+void WritePage(const std::string& path, const FileFacts& facts, const InspectOptions& options,
+               Progress& progress) {
+  PageExtent extent{facts.frames, 0, 0};
+  for (const PlacedScan& scan : facts.scans) {
+    if (!IsWanted(options, scan.frame, scan.source)) continue;
+    ++extent.scans;
+    extent.points += scan.facts.points;
+  }
+  if (options.frame) extent.frames = 1;  // of one frame, all scans are shown
+  Page page(FileName(path), PageFacts(facts), extent, options.points);
+  static_cast<void>(InspectFile(
+      path, false,
+      [&](zSize frame, z32u index, const TaggedScan& scan) {
+        if (IsWanted(options, frame, scan.source)) page.Add(frame, index, scan);
+      },
+      progress));
+  std::ostringstream text;
+  page.Write(text);
+  const std::string_view written = text.view();
+  const auto* bytes = reinterpret_cast<const z8u*>(written.data());
+  WriteBuffer(zBytes(bytes, bytes + written.size()), options.html);
+}
+
 }  // namespace
 
 FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress) {
-  FileFacts facts = DrawScan(path, options, progress);
+  FileFacts facts = options.png.empty() ? InspectFile(path, options.check, nullptr, progress)
+                                        : DrawScan(path, options, progress);
   const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {
     return IsWanted(options, scan.frame, scan.source);
   });
@@ -53,5 +98,6 @@ FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progr
     throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile",
                          "There is no such scan in " + path);
   }
+  if (any && !options.html.empty()) WritePage(path, facts, options, progress);
   return facts;
 }

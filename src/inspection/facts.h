@@ -43,7 +43,7 @@ struct RecordingFacts {
 };
 
 // A file in an archive, or in a directory.
-struct Member {
+struct StoredFile {
   std::string name;
   z64u size;
 };
@@ -63,7 +63,7 @@ struct FileFacts {
   std::optional<DigitalSurfFacts> digitalSurf;
   std::optional<CloudFacts> cloud;
   std::optional<RecordingFacts> recording;
-  std::vector<Member> members;  // of an archive or directory
+  std::vector<StoredFile> members;  // of an archive or directory
   zSize frames = 0;
   std::vector<PlacedScan> scans;
   std::vector<std::string> notes;  // what may mislead

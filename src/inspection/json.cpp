@@ -114,7 +114,7 @@ Json FileToJson(const FileFacts& facts) {
   if (facts.recording) document["recording"] = ToJson(*facts.recording);
   if (!facts.members.empty()) {
     Json members = Json::array();
-    for (const Member& member : facts.members) {
+    for (const StoredFile& member : facts.members) {
       members.push_back({{"name", member.name}, {"bytes", member.size}});
     }
     document["members"] = std::move(members);

@@ -13,7 +13,7 @@ namespace {
 constexpr int kMapLeft = 104;
 constexpr int kMapWidth = 736;
 constexpr int kMapHeight = 800;
-constexpr int kShortestSide = 120;
+constexpr int kShortestSide = 160;
 constexpr int kLineLeft = 104;
 constexpr int kLineWidth = 860;
 constexpr int kLineHeight = 420;
@@ -69,7 +69,8 @@ Range HeightsOf(const HeightMap& map) {
   return range;
 }
 
-void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Range& heights) {
+void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Range& heights,
+               const Blank& blank) {
   const auto palette = HeightPalette();
   const auto cell = [](int pixel, int pixels, z32u cells, bool backwards) {
     const int at = backwards ? pixels - 1 - pixel : pixel;
@@ -81,7 +82,7 @@ void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Ran
       const z64f z =
           static_cast<z64f>(map.heights[line + cell(column, plot.width, map.width, map.stepX < 0)]);
       const Rgb color = std::isnan(z)
-                            ? HatchAt(column, row)
+                            ? blank.At(column, row)
                             : palette[static_cast<zSize>(std::lround(heights.ShareOf(z) * 255))];
       canvas.Set(plot.x + column, plot.y + row, color);
     }
@@ -95,6 +96,12 @@ zBytes DrawNothing(const std::string& title) {
   text.Draw(canvas, (kPictureWidth - text.Width(nothing)) / 2, kPlotTop + kShortestSide / 2,
             nothing, kPaleInk);
   return canvas.ToPng();
+}
+
+// Single points stand out better from a plain ground.
+Blank BlankOf(const Scan& scan, const HeightMap& map) {
+  if (scan.kind == ScanKind::cloud) return {"no point", false};
+  return {map.reduced ? "mostly not measured" : "not measured", true};
 }
 
 zBytes DrawMap(const Scan& scan, const std::string& title) {
@@ -115,10 +122,11 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   if (measured == 0) notes.emplace_back("Too few points were measured to be seen at this size.");
   Canvas canvas = MakeSheet(plot.height, title, notes);
   const Range heights = HeightsOf(map);
-  DrawCells(canvas, plot, map, heights);
+  const Blank blank = BlankOf(scan, map);
+  DrawCells(canvas, plot, map, heights, blank);
   DrawAxes(canvas, plot, "y");
   if (measured > 0) DrawColorBar(canvas, plot, heights);
-  if (measured < map.heights.size()) DrawHatchLegend(canvas, plot);
+  if (measured < map.heights.size()) DrawLegend(canvas, plot, blank);
   return canvas.ToPng();
 }
 
@@ -150,10 +158,14 @@ zBytes DrawProfile(const Scan& scan, const std::string& title) {
     return PenPoint{static_cast<z32f>(plot.across.ShareOf(line.x[i]) * plot.width),
                     static_cast<z32f>((1 - plot.up.ShareOf(line.z[i])) * plot.height)};
   };
+  const auto isPoint = [&](zSize i) { return i < line.z.size() && !std::isnan(line.z[i]); };
   for (zSize i = 0; i < line.z.size(); ++i) {
-    if (std::isnan(line.z[i])) continue;
-    const bool goesOn = i + 1 < line.z.size() && !std::isnan(line.z[i + 1]);
-    pen.Line(place(i), place(goesOn ? i + 1 : i), 1.6F);
+    if (!isPoint(i)) continue;
+    if (isPoint(i + 1)) {
+      pen.Line(place(i), place(i + 1), 1.6F);
+    } else if (!isPoint(i - 1)) {
+      pen.Line(place(i), place(i), 5);  // one by itself
+    }
   }
   pen.DrawOnto(canvas, plot.x, plot.y, HeightPalette()[60]);
   DrawAxes(canvas, plot, "z");

@@ -25,7 +25,7 @@ std::vector<Tick> TicksAcross(const Plot& plot) {
   return TicksWithin(plot.across, std::max(3, plot.width / 90));
 }
 std::vector<Tick> TicksUp(const Plot& plot, const Range& range) {
-  return TicksWithin(range, std::max(3, plot.height / 55));
+  return TicksWithin(range, std::max(4, plot.height / 55));
 }
 
 }  // namespace
@@ -99,20 +99,21 @@ void DrawColorBar(Canvas& canvas, const Plot& plot, const Range& heights) {
   text.Draw(canvas, bar.x - 1, bar.y - 14, "z (mm)", kInk);
 }
 
-Rgb HatchAt(int x, int y) { return (x + y) % 8 < 2 ? Rgb{150, 150, 150} : Rgb{232, 232, 232}; }
+Rgb Blank::At(int x, int y) const {
+  return hatched && (x + y) % 8 < 2 ? Rgb{170, 170, 170} : Rgb{236, 236, 236};
+}
 
-void DrawHatchLegend(Canvas& canvas, const Plot& plot) {
+void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank) {
   const Lettering text(kTextSize);
-  const std::string name = "not measured";
-  const int x = kPictureWidth - kMargin - text.Width(name);
+  const int x = kPictureWidth - kMargin - text.Width(blank.name);
   const int y = plot.y + plot.height + 32;
   for (int row = 0; row < 16; ++row) {
     for (int column = 0; column < 22; ++column) {
-      canvas.Set(x - 32 + column, y + row, HatchAt(column, row));
+      canvas.Set(x - 32 + column, y + row, blank.At(column, row));
     }
   }
   canvas.Frame(x - 33, y - 1, 24, 18, kInk);
-  text.Draw(canvas, x, y + 12, name, kInk);
+  text.Draw(canvas, x, y + 12, blank.name, kInk);
 }
 
 void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes) {
@@ -122,6 +123,7 @@ void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std
   const bool upLonger = across > up;
   const z64f factor = upLonger ? across / up : up / across;
   if (factor < 1.02) return;
-  notes.push_back(Orv::FormatText("Not to scale: %s is stretched %.3g times.",
+  const std::string times = factor < 10 ? "%.2f" : factor < 1e6 ? "%.0f" : "%.2g";
+  notes.push_back(Orv::FormatText("Not to scale: %s is stretched " + times + " times.",
                                   {std::string_view(upLonger ? upName : "x"), factor}));
 }

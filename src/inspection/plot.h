@@ -31,9 +31,15 @@ void DrawGridLines(Canvas& canvas, const Plot& plot);
 // To the right of the plot.
 void DrawColorBar(Canvas& canvas, const Plot& plot, const Range& heights);
 
-// A place where nothing was measured, and what that looks like, told at the lower right.
-Rgb HatchAt(int x, int y);
-void DrawHatchLegend(Canvas& canvas, const Plot& plot);
+// What is drawn where there is no height, grey unlike any height, and its name.
+struct Blank {
+  std::string name;
+  bool hatched;
+
+  Rgb At(int x, int y) const;
+};
+// At the lower right.
+void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank);
 
 // "y is stretched 12 times", if the pixels of both axes stand for different lengths.
 void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes);

@@ -153,7 +153,7 @@ void WriteReport(const FileFacts& facts, std::ostream& out) {
   line("size", BytesText(facts.size));
   if (facts.digitalSurf) WriteDigitalSurf(*facts.digitalSurf, line);
   if (facts.cloud) line("fields", facts.cloud->fields);
-  for (const Member& member : facts.members) {
+  for (const StoredFile& member : facts.members) {
     line(facts.kind == FileKind::directory ? "file" : "member",
          member.name + ", " + BytesText(member.size));
   }

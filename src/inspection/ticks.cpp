@@ -9,6 +9,7 @@ namespace {
 
 // As many digits as tell ticks apart that are `step` from each other.
 std::string Label(z64f value, z64f step, z64f largest) {
+  if (value == 0) return "0";
   const z64f digits = std::floor(std::log10(step) + 1e-9);
   char text[400];
   std::to_chars_result end{};
@@ -26,7 +27,7 @@ std::string Label(z64f value, z64f step, z64f largest) {
 z64f NiceStep(z64f least) {
   const z64f power = std::pow(10, std::floor(std::log10(least)));
   for (const z64f factor : {1, 2, 5}) {
-    if (factor * power >= least) return factor * power;
+    if (factor * power >= least * (1 - 1e-9)) return factor * power;
   }
   return 10 * power;
 }

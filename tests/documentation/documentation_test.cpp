@@ -44,8 +44,8 @@ std::string OptionHeads(const std::string& manual) {
 
 TEST(Manuals, TellTheOptionsOfTheHelp) {
   const TempDirectory folder;
-  const std::pair<const char*, const char*> programs[] = {
-      {TRELVANE_PROGRAM, "Trelvane.1"}, {TRELVANE_INSPECT_PROGRAM, "trelvane-inspect.1"}};
+  const std::pair<const char*, const char*> programs[] = {{TRELVANE_PROGRAM, "Trelvane.1"},
+                                                          {TRELVANE_INSPECT, "trelvane-inspect.1"}};
   for (const auto& [program, manual] : programs) {
     SCOPED_TRACE(manual);
     const Names options = OptionsIn(RunProgram(program, {"--help"}).output, kOptions);
@@ -56,8 +56,7 @@ TEST(Manuals, TellTheOptionsOfTheHelp) {
 
 TEST(Completion, OffersTheOptionsOfTheHelp) {
   const TempDirectory folder;
-  const Names options =
-      OptionsIn(RunProgram(TRELVANE_INSPECT_PROGRAM, {"--help"}).output, kLongOptions);
+  const Names options = OptionsIn(RunProgram(TRELVANE_INSPECT, {"--help"}).output, kLongOptions);
   for (const char* file : {"/share/bash-completion/completions/trelvane-inspect",
                            "/share/zsh/site-functions/_trelvane-inspect"}) {
     SCOPED_TRACE(file);
@@ -98,7 +97,7 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
     args.push_back(EXAMPLES_DIR "/" + std::string(name));
   }
   Names keys;
-  std::istringstream documents(RunProgram(TRELVANE_INSPECT_PROGRAM, args).output);
+  std::istringstream documents(RunProgram(TRELVANE_INSPECT, args).output);
   for (std::string line; std::getline(documents, line);) {
     CollectKeys(nlohmann::json::parse(line), "", keys);
   }

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <random>
 
-#include "support/scans.h"
+#include "inspection/inspection_scans.h"
 
 namespace {
 
@@ -20,19 +20,6 @@ using testing::Pointwise;
 
 constexpr z64f kNan = std::numeric_limits<z64f>::quiet_NaN();
 constexpr z64f kInf = std::numeric_limits<z64f>::infinity();
-
-template <class Point>
-Scan MakeScan(ScanKind kind, z32u width, z32u length, const std::vector<Point>& points,
-              zPoint3d64f scale = {1, 1, 1}, zPoint3d64f offset = {}) {
-  Scan scan;
-  scan.kind = kind;
-  scan.width = width;
-  scan.length = length;
-  scan.scale = scale;
-  scan.offset = offset;
-  scan.points = MakeArray2(length, width, points);
-  return scan;
-}
 
 std::vector<z16s> RandomHeights(zSize count) {
   std::mt19937 random(7);
@@ -157,19 +144,35 @@ TEST(HeightMapOfCloud, HasACellForEachPointOfRowsAlongTheAxes) {
   }
 }
 
-TEST(HeightMapOfCloud, HasNoHolesInPlacesThatArePoorInPoints) {
-  const Scan turned = MakeScan(ScanKind::cloud, 90, 90, MakeLattice(90, 90, 0.4));
-  EXPECT_NEAR(MeasuredShare(MakeHeightMap(turned, 1'000'000)), 0.59, 0.08);
+TEST(HeightMapOfCloud, HasFineCellsWithoutHolesForRowsInAnyDirection) {
+  for (const z64f angle : {0.1, 0.4, std::numbers::pi / 4, 2.0}) {
+    const HeightMap map =
+        MakeHeightMap(MakeScan(ScanKind::cloud, 90, 60, MakeLattice(90, 60, angle)), 1'000'000);
+    EXPECT_LT(map.stepX, 160) << angle;
+    // The turned rectangle within its frame; some cells on its edge are cut.
+    const z64f c = std::abs(std::cos(angle));
+    const z64f s = std::abs(std::sin(angle));
+    const z64f share = 90 * 60 / ((90 * c + 60 * s) * (90 * s + 60 * c));
+    EXPECT_GT(MeasuredShare(map), share - 0.03) << angle;
+  }
+}
+
+TEST(HeightMapOfCloud, HasAsManyCellsAsScatteredPointsFill) {
   std::mt19937 random(3);
   std::vector<zPoint3d16s> points(4000);
   for (auto& point : points) {
     point = {static_cast<z16s>(random() % 1000), static_cast<z16s>(random() % 2000), 7};
   }
-  const Scan scattered = MakeScan(ScanKind::cloud, 4000, 1, points);
-  const HeightMap map = MakeHeightMap(scattered, 1'000'000);
+  const HeightMap map = MakeHeightMap(MakeScan(ScanKind::cloud, 80, 50, points), 1'000'000);
   EXPECT_GT(MeasuredShare(map), 0.9);
   EXPECT_GT(map.heights.size(), 1000U);
   EXPECT_NEAR(map.stepX, map.stepY, map.stepX / 10);
+  // Most of them in one corner: cells follow these, but are no more than the points allow.
+  for (zSize i = 0; i < points.size() - 1; ++i)
+    points[i] = {static_cast<z16s>(i % 63), static_cast<z16s>(i / 63), 7};
+  points.back() = {32000, 32000, 7};
+  EXPECT_LE(MakeHeightMap(MakeScan(ScanKind::cloud, 4000, 1, points), 1'000'000).heights.size(),
+            8000U);
 }
 
 TEST(HeightMapOfCloud, AveragesWhatFallsIntoACell) {

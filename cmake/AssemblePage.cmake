@@ -1,0 +1,11 @@
+# cmake -DPAGE=<html> -DSTYLE=<css> -DSCRIPTS=<js;...> -DOUTPUT=<html> -P AssemblePage.cmake
+file(READ ${PAGE} page)
+file(READ ${STYLE} style)
+set(script "")
+foreach(file IN LISTS SCRIPTS)
+  file(READ ${file} content)
+  string(APPEND script "${content}\n")
+endforeach()
+string(REPLACE "/* style */" "${style}" page "${page}")
+string(REPLACE "/* script */" "${script}" page "${page}")
+file(WRITE ${OUTPUT} "${page}")

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// A file of any kind is looked at in every way. The first byte chooses the kind, the second what is
+// done with its scans.
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "fuzz.h"
+#include "inspection/heightmap.h"
+#include "inspection/inspect.h"
+#include "inspection/picture.h"
+#include "inspection/report.h"
+#include "scratch.h"
+
+namespace {
+
+constexpr const char* kInputs[] = {"a.srf", "a.sur", "a.pro", "a.pcd", "a.rec", "a.rep", "a.ovrec"};
+
+// Neither reduction holds more than it was asked for.
+void Reduce(const Scan& scan, zSize most) {
+  if (scan.IsProfile()) {
+    Require(MakeProfileLine(scan, most).x.size() <= 3 * most);
+  } else {
+    const HeightMap map = MakeHeightMap(scan, most);
+    Require(map.heights.size() <= most);
+    Require(map.heights.size() == zSize{map.width} * map.length);
+  }
+}
+
+bool IsHarmless(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) {
+    return c == '\n' || (c != '\x7F' && static_cast<unsigned char>(c) >= 0x20);
+  });
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const ScratchFolder scratch;
+  if (size < 2) return 0;
+  const std::string input = kInputs[data[0] % std::size(kInputs)];
+  const z8u options = data[1];
+  ScratchFolder::Write(input, data + 2, size - 2);
+  Progress progress(1, false);
+  const auto visit = [&](zSize, z32u, const TaggedScan& scan) {
+    Reduce(scan.scan, 1 + options);
+    // Pictures take long.
+    if (options == 0xFF) Require(!DrawPicture(scan.scan, scan.source).empty());
+  };
+  // A file can be bad in any way, and is then told to be: nothing is thrown.
+  const FileFacts facts = InspectFile(input, (options & 1) != 0, visit, progress);
+  std::ostringstream json;
+  WriteJson(facts, json);
+  Require(nlohmann::json::parse(json.str()).is_object());
+  std::ostringstream report;
+  WriteReport(facts, report);
+  WriteVerdict(facts, report);
+  Require(IsHarmless(report.str()) && IsHarmless(json.str()));
+  scratch.Clear();
+  return 0;
+}
