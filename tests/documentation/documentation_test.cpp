@@ -2,7 +2,6 @@
 // What is written about the programs beside their sources: manuals, completion, guides.
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -64,29 +63,32 @@ TEST(Completion, OffersTheOptionsOfTheHelp) {
   }
 }
 
-// The paths of all keys: "scans[].scale.x".
-void CollectKeys(const nlohmann::json& value, const std::string& path, Names& keys) {
-  if (!path.empty() && !path.ends_with("[]")) keys.insert(path);
-  if (value.is_array()) {
-    for (const auto& item : value) CollectKeys(item, path + "[]", keys);
-  } else if (value.is_object()) {
-    for (const auto& [key, member] : value.items()) {
-      CollectKeys(member, path.empty() ? key : path + "." + key, keys);
-    }
+// A key's path with all that it lies in: for "a[].b" also "a".
+void AddKey(std::string path, Names& keys) {
+  for (;;) {
+    if (path.ends_with("[]")) path.resize(path.size() - 2);
+    keys.insert(path);
+    const std::size_t dot = path.rfind('.');
+    if (dot == std::string::npos) return;
+    path.resize(dot);
   }
 }
 
-// A key of the guide with all that it lies in: for "a[].b.{x,y}" also "a", "a[].b.x", and so on.
-void AddWritten(const std::string& key, Names& keys) {
-  if (const std::size_t brace = key.find('{'); brace != std::string::npos) {
-    for (const std::string& last : FindAll(key.substr(brace), R"((\w+))")) {
-      AddWritten(key.substr(0, brace) + last, keys);
-    }
-    return;
+void AddKeysOf(const nlohmann::json& document, Names& keys) {
+  const nlohmann::json leaves = document.flatten();
+  for (const auto& [pointer, value] : leaves.items()) {  // "/a/0/b"
+    const std::string marked = std::regex_replace(pointer, std::regex(R"(/\d+(?=/|$))"), "[]");
+    AddKey(std::regex_replace(marked.substr(1), std::regex("/"), "."), keys);
   }
-  keys.insert(key.ends_with("[]") ? key.substr(0, key.size() - 2) : key);
-  const std::size_t dot = key.rfind('.');
-  if (dot != std::string::npos) AddWritten(key.substr(0, dot), keys);
+}
+
+// As the guide writes it: "a[].{b,c}" stands for two keys.
+void AddWrittenKey(const std::string& key, Names& keys) {
+  const std::size_t brace = key.find('{');
+  if (brace == std::string::npos) return AddKey(key, keys);
+  for (const std::string& last : FindAll(key.substr(brace), R"((\w+))")) {
+    AddKey(key.substr(0, brace) + last, keys);
+  }
 }
 
 TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
@@ -99,7 +101,7 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   Names keys;
   std::istringstream documents(RunProgram(TRELVANE_INSPECT, args).output);
   for (std::string line; std::getline(documents, line);) {
-    CollectKeys(nlohmann::json::parse(line), "", keys);
+    AddKeysOf(nlohmann::json::parse(line), keys);
   }
 
   const std::string guide = ReadFile(kProject + "/docs/inspect.md");
@@ -109,7 +111,7 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with("| `")) continue;
     for (const auto& key : FindAll(line.substr(0, line.find('|', 1)), "`([^`]+)`")) {
-      AddWritten(key, written);
+      AddWrittenKey(key, written);
     }
   }
   EXPECT_EQ(written, keys);
