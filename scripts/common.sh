@@ -29,6 +29,17 @@ build() (
   cmake --build --preset "$preset" "$@"
 )
 
+# run_program <target> [arguments...]: sets up and builds a program where that is due, and becomes it.
+# Only the program itself writes to standard output.
+run_program() {
+  "$root/scripts/setup" >&2
+  program=$root/build/release/$1
+  [ -e "$program" ] || echo "${0##*/}: building the program, a minute or two" >&2
+  quietly build release --target "$1"
+  shift
+  exec "$program" "$@"
+}
+
 # source_files <folder...>: the C++ files in those of the project's folders that exist.
 source_files() (
   cd "$root" || exit
