@@ -69,7 +69,7 @@ def in_folder(command, programs):
 def measure(row, programs, folder, runs):
     tool = programs / "Trelvane"
     in_child(row.make, folder, tool)
-    entries = [Rival("Trelvane", ["Trelvane", *row.arguments], row.output), *row.rivals,
+    entries = [Rival(row.program, [row.program, *row.arguments], row.output), *row.rivals,
                Rival("cp", [shutil.which("cp"), "-r", row.copied, "copy"], "copy")]
     for entry in entries:  # warms the caches
         run(in_folder(entry.command, programs), entry.output, folder)
@@ -96,9 +96,9 @@ def measure(row, programs, folder, runs):
     } for name in samples]
     first = results[0]
     first["most_peak_mib"] = most_memory / MIB
-    first["goals"] = {name: {"most_times": most, "times": median["Trelvane"] / median[name]}
+    first["goals"] = {name: {"most_times": most, "times": median[row.program] / median[name]}
                       for name, most in row.most.items() if name in median}
-    first["above"] = {name: {"most_ms": most, "ms": 1e3 * (median["Trelvane"] - median[name])}
+    first["above"] = {name: {"most_ms": most, "ms": 1e3 * (median[row.program] - median[name])}
                       for name, most in row.most_above}
     first["met"] = (first["peak_mib"] <= first["most_peak_mib"]
                     and all(g["times"] <= g["most_times"] for g in first["goals"].values())

@@ -52,10 +52,11 @@ class Row:
     rivals: tuple[Rival, ...] = ()
     memory: tuple[float, float] = (2.5, 2.5)  # times input and output, at the peak
     most_above: tuple[tuple[str, float], ...] = ()  # milliseconds above the time of a rival
+    program: str = "Trelvane"
 
     def most_memory(self, folder):
         """Bytes at the peak, with 32 MiB for everything else."""
-        sizes = size_of(folder / self.input), size_of(folder / self.output)
+        sizes = size_of(folder / self.input), size_of(folder / self.output) if self.output else 0
         return sum(times * size for times, size in zip(self.memory, sizes)) + 32 * MIB
 
 
@@ -288,13 +289,24 @@ def check_point(folder):
         raise ValueError("is not a recording")
 
 
+def check_picture(folder):
+    data = (folder / "scan.png").read_bytes()
+    if not data.startswith(b"\x89PNG") or struct.unpack(">I", data[16:20]) != (1000,):
+        raise ValueError("is no picture of 1000 pixels in width")
+
+
+def check_exit_code(_folder):
+    """A report has no file; a run that fails ends the measurement."""
+
+
 def make_rows():
+    true = Rival("true", [shutil.which("true")], "")
     bare_cells = Rival("bare loop over ready cells",
                        ["bare_cells", "heights", str(SIDE), "bare.csv"], "bare.csv")
     return [
         Row("1 x 1 .sur to .rep", make_point, "scan.sur", "scan.rep",
             ["-i", "scan.sur", "-o", "scan.rep"], check_point, "scan.sur", {},
-            (Rival("true", [shutil.which("true")], ""),), most_above=(("true", 10),)),
+            (true,), most_above=(("true", 10),)),
         Row(f".sur ({SIDE} x {SIDE}, 33 MB) to .rep", make_sur, "scan.sur", "scan.rep",
             ["-i", "scan.sur", "-o", "scan.rep"], check_recording, "scan.sur", {"cp": 3},
             (Rival("bare read and write", ["bare_copy", "scan.sur", "copy"], "copy"),
@@ -322,6 +334,11 @@ def make_rows():
             {"bare loop over ready cells": 1.5, "numpy.savetxt": 1 / 20},
             (bare_cells, *numpy_rival("numpy.savetxt", "savetxt.py", ["heights", str(SIDE)],
                                       "numpy.csv")), memory=(3, 1.2)),
+        Row("report of a 1 GiB .ovrec", make_large_archive, "scans.ovrec", "", ["scans.ovrec"],
+            check_exit_code, "scans.ovrec", {"cp": 1.5}, program="trelvane-inspect"),
+        Row(f".sur ({SIDE} x {SIDE}) to .png", make_sur, "scan.sur", "scan.png",
+            ["--png", "scan.png", "scan.sur"], check_picture, "scan.sur", {}, (true,),
+            most_above=(("true", 1000),), program="trelvane-inspect"),
     ]
 
 
@@ -337,7 +354,8 @@ class Growth:
 
 
 GROWTHS = [
-    Growth(".sur to .rep", make_large_sur, {side: side**2 for side in (1024, 2048, 4096, 8192, 16384)},
+    Growth(".sur to .rep", make_large_sur,
+           {side: side**2 for side in (1024, 2048, 4096, 8192, 16384)},
            ["-i", "scan.sur", "-o", "scan.rep"], "scan.rep"),
     Growth("folder of 256 x 256 .sur to .rep", make_frames,
            {frames: frames << 16 for frames in (250, 500, 1000, 2000)},

@@ -5,9 +5,9 @@
 #include <sstream>
 
 #include "fuzz.h"
-#include "inspection/heightmap.h"
 #include "inspection/inspect.h"
-#include "inspection/picture.h"
+#include "inspection/picture/picture.h"
+#include "inspection/reduction/heightmap.h"
 #include "inspection/report.h"
 #include "scratch.h"
 

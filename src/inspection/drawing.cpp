@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "inspection/inspect.h"
-#include "inspection/page.h"
-#include "inspection/picture.h"
+#include "inspection/page/page.h"
+#include "inspection/picture/picture.h"
 #include "inspection/report.h"
 #include "surfacefileconverter/wholefile.h"
 

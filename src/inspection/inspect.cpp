@@ -33,11 +33,13 @@ void Describe(const zBytes& bytes, bool check, Findings& findings) {
   }
 }
 
-// A scan file whose points are all invalid cannot be converted.
 void NoteEmptyScans(Findings& findings) {
-  const auto isEmpty = [](const PlacedScan& scan) { return scan.facts.validPoints == 0; };
+  const auto isEmpty = [](const PlacedScan& scan) { return !scan.facts.box; };
   const auto count = std::ranges::count_if(findings.facts.scans, isEmpty);
-  if (count > 0) findings.Note("%lld scans have no valid point", static_cast<long long>(count));
+  if (count > 0) {
+    findings.Note("%lld of %zu scans are empty for a conversion", static_cast<long long>(count),
+                  findings.facts.scans.size());
+  }
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ Record ToRecord(const Scan& scan) {
   return record;
 }
 
-BoundingBox6 FindBox(const Scan& scan) {
+BoundingBox6 ComputeBox(const Scan& scan) {
   if (scan.IsProfile()) {
     auto record = ToRecord<ProfileBuffer>(scan);
     record.count = scan.width;
@@ -76,6 +76,16 @@ BoundingBox6 FindBox(const Scan& scan) {
   record.width = scan.width;
   record.length = scan.length;
   return GetSurfaceBoundingBox(record);
+}
+
+// Nothing for a scan that a conversion calls empty, such as one that never is below the largest raw
+// value.
+std::optional<BoundingBox6> FindBox(const Scan& scan) {
+  try {
+    return ComputeBox(scan);
+  } catch (const Orv::Exception&) {
+    return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -90,7 +100,7 @@ ScanFacts MeasureScan(const Scan& scan) {
     const auto [lowest, highest] =
         std::minmax({real(measured.heights.lowest), real(measured.heights.highest)});
     facts.heights = {lowest, highest};
-    facts.box = scan.box ? *scan.box : FindBox(scan);
+    facts.box = scan.box ? scan.box : FindBox(scan);
   }
   const auto intensities = zArray_Items<z8u>(scan.intensities.Get());
   if (!intensities.empty()) {

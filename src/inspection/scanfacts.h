@@ -21,5 +21,5 @@ struct ScanFacts {
 };
 
 // One pass over the points. The bounding box is the scan's own, or the one that a conversion gives
-// it; neither heights nor box without a valid point.
+// it, if any; neither heights nor box without a valid point.
 ScanFacts MeasureScan(const Scan& scan);

@@ -6,7 +6,10 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <sstream>
 
+#include "inspection/inspect.h"
+#include "inspection/report.h"
 #include "support/archives.h"
 #include "support/csv_export.h"
 #include "support/run_program.h"
@@ -30,6 +33,11 @@ class HostileFile : public testing::Test {
 #if !defined(__SANITIZE_ADDRESS__)
     EXPECT_LE(run.peakMemory, (z64u{64} << 20) + 4 * bytes.size()) << change;
 #endif
+    // Looking at it ends, too, and lets nothing through that is not fit to be read.
+    Progress progress(1, false);
+    std::ostringstream report;
+    WriteReport(InspectFile(name, true, nullptr, progress), report);
+    EXPECT_THAT(report.str(), testing::Not(testing::HasSubstr("\x1B"))) << change;
   }
 
   // Numbers of `size` bytes at a place of a file.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/heightmap.h"
+#include "inspection/reduction/heightmap.h"
 
 #include <gmock/gmock.h>
 

@@ -123,6 +123,17 @@ TEST_F(Inspection, TellsWhatAConversionIgnores) {
                           "7 bytes after the samples are ignored"));
 }
 
+TEST_F(Inspection, KnowsScansThatAConversionCallsEmpty) {
+  SurFile file;
+  for (const z32s height : {-32768, 32767}) {
+    file.samples.assign(6, height);
+    const FileFacts facts = InspectBytes("a.sur", PlainSurface(file));
+    EXPECT_EQ(facts.scans.front().facts.validPoints, height == 32767 ? 6U : 0U);
+    EXPECT_FALSE(facts.scans.front().facts.box);
+    EXPECT_THAT(facts.notes, ElementsAre("1 of 1 scans are empty for a conversion"));
+  }
+}
+
 TEST_F(Inspection, TellsWhereAFileIsWrong) {
   const zBytes surface = SurFile{}.Bytes();
   const auto changed = [](zBytes bytes, zSize offset, auto value) {

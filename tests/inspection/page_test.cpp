@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/page.h"
+#include "inspection/page/page.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/picture.h"
+#include "inspection/picture/picture.h"
 
 #include <gmock/gmock.h>
 #include <png.h>
@@ -7,10 +7,10 @@
 #include <cmath>
 #include <limits>
 
-#include "inspection/colormap.h"
 #include "inspection/inspection_scans.h"
-#include "inspection/lettering.h"
-#include "inspection/ticks.h"
+#include "inspection/picture/colormap.h"
+#include "inspection/picture/lettering.h"
+#include "inspection/picture/ticks.h"
 
 namespace {
 

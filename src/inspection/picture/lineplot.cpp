@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/lineplot.h"
+#include "inspection/picture/lineplot.h"
 
 #include <algorithm>
 #include <cmath>

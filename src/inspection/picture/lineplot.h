@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "inspection/canvas.h"
+#include "inspection/picture/canvas.h"
 
 struct PenPoint {
   z32f x, y;  // pixels, from the upper left corner; finite

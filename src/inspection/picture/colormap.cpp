@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/colormap.h"
+#include "inspection/picture/colormap.h"
 
 #include <algorithm>
 #include <cmath>

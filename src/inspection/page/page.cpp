@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/page.h"
+#include "inspection/page/page.h"
 
 #include <algorithm>
 #include <array>
@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
-#include "inspection/colormap.h"
-#include "inspection/pagescan.h"
+#include "inspection/page/pagescan.h"
+#include "inspection/picture/colormap.h"
 #include "page_html.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/plot.h"
+#include "inspection/picture/plot.h"
 
 #include <algorithm>
 #include <cmath>

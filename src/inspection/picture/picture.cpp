@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/picture.h"
+#include "inspection/picture/picture.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "inspection/heightmap.h"
-#include "inspection/lineplot.h"
-#include "inspection/plot.h"
+#include "inspection/picture/lineplot.h"
+#include "inspection/picture/plot.h"
+#include "inspection/reduction/heightmap.h"
 
 namespace {
 

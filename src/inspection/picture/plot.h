@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "inspection/canvas.h"
-#include "inspection/lettering.h"
-#include "inspection/ticks.h"
+#include "inspection/picture/canvas.h"
+#include "inspection/picture/lettering.h"
+#include "inspection/picture/ticks.h"
 
 inline constexpr int kPictureWidth = 1000;
 inline constexpr int kPlotTop = 80;  // below the title and the name of the upward axis

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "inspection/heightmap.h"
+#include "inspection/reduction/heightmap.h"
 
 inline constexpr z32f kNotMeasured = std::numeric_limits<z32f>::quiet_NaN();
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "inspection/canvas.h"
+#include "inspection/picture/canvas.h"
 
 // The characters of UTF-8. Bytes that are none, control characters and those that change the
 // direction of writing become U+FFFD.

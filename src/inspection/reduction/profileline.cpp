@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "inspection/mapcells.h"
+#include "inspection/reduction/mapcells.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // Clouds seen from above.
 #include <algorithm>
 
-#include "inspection/mapcells.h"
+#include "inspection/reduction/mapcells.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/pagescan.h"
+#include "inspection/page/pagescan.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "inspection/mapcells.h"
+#include "inspection/reduction/mapcells.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Surfaces. Both axes are reduced by a box filter whose borders may cut a point in two.
-#include "inspection/heightmap.h"
+#include "inspection/reduction/heightmap.h"
 
 #include <algorithm>
 
-#include "inspection/mapcells.h"
+#include "inspection/reduction/mapcells.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "inspection/colormap.h"
+#include "inspection/picture/colormap.h"
 
 class Canvas {
  public:

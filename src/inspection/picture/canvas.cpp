@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/canvas.h"
+#include "inspection/picture/canvas.h"
 
 #include <png.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/lettering.h"
+#include "inspection/picture/lettering.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "inspection/ticks.h"
+#include "inspection/picture/ticks.h"
 
 #include <algorithm>
 #include <charconv>
