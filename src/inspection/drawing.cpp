@@ -86,9 +86,19 @@ void WritePage(const std::string& path, const FileFacts& facts, const InspectOpt
   WriteBuffer(zBytes(bytes, bytes + written.size()), options.html);
 }
 
+void RequireOtherFile(const std::string& path, const std::string& output) {
+  std::error_code missing;
+  if (!output.empty() && std::filesystem::equivalent(path, output, missing)) {
+    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile",
+                         output + " is what should be looked at");
+  }
+}
+
 }  // namespace
 
 FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress) {
+  RequireOtherFile(path, options.png);
+  RequireOtherFile(path, options.html);
   FileFacts facts = options.png.empty() ? InspectFile(path, options.check, nullptr, progress)
                                         : DrawScan(path, options, progress);
   const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {

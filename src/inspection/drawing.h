@@ -7,5 +7,5 @@
 #include "inspection/progress.h"
 
 // Writes the picture and the page that the options ask for. Throws Orv::Exception when there is no
-// such scan, or when a file cannot be written.
+// such scan, when an output is the file itself, or when it cannot be written.
 FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress);

@@ -76,8 +76,8 @@ FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& vi
       return facts;
     }
     facts.size = bytes.size();
-    progress.AddBytes(0);
     Describe(bytes, check, findings);
+    if (!facts.recording) progress.AddBytes(bytes.size());
   } else {
     findings.Problem({},
                      "the ending of the name is none of .sur, .pro, .srf, .pcd, .rep, .rec, "

@@ -281,6 +281,7 @@ TEST_F(Inspection, EndsWithAnExitCodeThatTells) {
       {{"--png", "x.png", "--frame", "1", "good.sur"}, 1, "", "There is no such scan in good.sur"},
       {{"--png", "x.png", "bad.sur"}, 1, "", "bad.sur: 3 x 2 samples"},
       {{"--png", "none/x.png", "good.sur"}, 1, "", "Failed to open none/x.png"},
+      {{"--png", "./good.sur", "good.sur"}, 1, "", "./good.sur is what should be looked at"},
       {{"--png", "x.png", "good.sur"}, 0, "", ""},
   };
   for (const auto& row : rows) {
@@ -289,6 +290,7 @@ TEST_F(Inspection, EndsWithAnExitCodeThatTells) {
     EXPECT_EQ(run.exitCode, row.exitCode);
     EXPECT_THAT(run.output, HasSubstr(row.output));
     EXPECT_THAT(run.errors, HasSubstr(row.errors));
+    EXPECT_EQ(run.errors.empty(), std::string_view(row.errors).empty());
   }
   EXPECT_EQ(ReadFile("x.png").substr(1, 3), "PNG");
 }
