@@ -47,12 +47,13 @@ void Count(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<z64s>(kPoints));
 }
 
-void MinimumAndMaximumOf16Bits(benchmark::State& state) {
+void MinimumAndMaximumOf16Bits(benchmark::State& state, zVectors vectors) {
   const std::vector<z16s> heights = MakeHeights();
-  for (auto _ : state) benchmark::DoNotOptimize(FindHeightRange(heights));
+  for (auto _ : state) benchmark::DoNotOptimize(FindHeightRange(heights, vectors));
   Count(state);
 }
-BENCHMARK(MinimumAndMaximumOf16Bits);
+BENCHMARK_CAPTURE(MinimumAndMaximumOf16Bits, Baseline, zVectors::baseline);
+BENCHMARK_CAPTURE(MinimumAndMaximumOf16Bits, Wide, zVectors_Widest());
 
 // A file of 32-bit samples; with `marked` points its header tells their range.
 zBytes MakeWideSur(bool marked) {

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "sdk/message.h"
+#include "sdk/vectors.h"
 
 // Smallest and largest valid height; 32767 and -32768 when none is valid.
 struct HeightRange {
@@ -12,4 +13,5 @@ struct HeightRange {
   bool hasInvalid = false;
 };
 
-HeightRange FindHeightRange(std::span<const z16s> heights);
+// The same for every `vectors`.
+HeightRange FindHeightRange(std::span<const z16s> heights, zVectors vectors = zVectors_Widest());

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "getfilestream/getfilestream.h"
+#include "getfilestream/heightrange.h"
 #include "support/scans.h"
 
 namespace {
@@ -99,6 +102,33 @@ TEST(ProfileBoundingBox, RefusesAProfileWithoutAValidPoint) {
     EXPECT_EQ(Box(record), "-997 GetProfileBoundingBox: The input profile is empty");
   }
   EXPECT_EQ(Box(MakeProfileOf<z8u>({0})), "-996 GetProfileBoundingBox: Unsupported profile type");
+}
+
+// With vectors of every width, at every length, as a plain loop tells it.
+TEST(HeightRange, IsTheSameForEveryWidthOfVectors) {
+  std::mt19937 random(1);
+  for (zSize size = 0; size < 200; ++size) {
+    std::vector<z16s> heights(size);
+    HeightRange plain;
+    for (z16s& height : heights) {
+      constexpr z16s kEdges[] = {-32768, -32767, 32767, 32766, 0};
+      const auto draw = static_cast<z32u>(random());
+      height = draw % 8 < std::size(kEdges) ? kEdges[draw % 8] : static_cast<z16s>(draw >> 16);
+      if (size % 3 == 1) height = kInvalidRaw;
+      if (height == kInvalidRaw) {
+        plain.hasInvalid = true;
+      } else {
+        plain.lowest = std::min(plain.lowest, height);
+        plain.highest = std::max(plain.highest, height);
+      }
+    }
+    for (const zVectors vectors : {zVectors::baseline, zVectors_Widest()}) {
+      const HeightRange range = FindHeightRange(heights, vectors);
+      EXPECT_EQ(range.lowest, plain.lowest) << size;
+      EXPECT_EQ(range.highest, plain.highest) << size;
+      EXPECT_EQ(range.hasInvalid, plain.hasInvalid) << size;
+    }
+  }
 }
 
 }  // namespace
