@@ -30,7 +30,7 @@ struct PointBlock {
 };
 
 // Points from `start` on; past the last one there are points that are not finite.
-void Gather(PcdRecords records, zSize start, zSize count, PointBlock& block) {
+void Gather(const PcdRecords& records, zSize start, zSize count, PointBlock& block) {
   for (zSize i = 0; i < count; ++i) {
     const zPoint3d32f point = records.Point(start + i);
     block.x[i] = point.x;
@@ -66,7 +66,7 @@ void Replace(Values& values, const Mask& kept, z32f substitute) {
 
 // Floats as integers of the same order, whose extremes vector instructions find in any order; and
 // the way back.
-z32s ToOrdered(z32s bits) { return bits ^ ((bits >> 31) & 0x7FFFFFFF); }
+z32s ToOrdered(z32s bits) { return bits ^ (bits < 0 ? 0x7FFFFFFF : 0); }
 z32f FromOrdered(z32s ordered) { return std::bit_cast<z32f>(ToOrdered(ordered)); }
 
 struct Extremes {
