@@ -56,6 +56,20 @@ TEST(RecordingCheck, GoesOnAfterAProblem) {
   }
 }
 
+// A message index is compared with the chunk before it, not with what is left of an earlier one.
+TEST(RecordingCheck, SaysNothingOfTheMessagesOfAnUnreadableChunk) {
+  using mcap::Raw;
+  const std::string records = mcap::FrameIndex();
+  const auto index = [](z64u offset) {
+    return mcap::Record(0x07, Raw(z16u{0}) + Raw(z32u{16}) + Raw(z64u{5}) + Raw(offset));
+  };
+  EXPECT_THAT(Complaints(mcap::File(mcap::Chunk(records) + index(0) + mcap::Chunk(records, "bz2") +
+                                    index(7))),
+              ElementsAre(HasSubstr("unknown compression")));
+  EXPECT_THAT(Complaints(mcap::File(mcap::Chunk(records, "lz4") + index(0) + index(7))),
+              ElementsAre(HasSubstr("at byte 7 of the chunk before")));
+}
+
 TEST(RecordingCheck, GivesUpAfterManyProblems) {
   std::string records;
   for (zSize i = 0; i < 2 * Plovia::kMostReplayProblems; ++i) records += mcap::Message(77, "");

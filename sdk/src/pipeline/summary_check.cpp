@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <vector>
 
 #include "pipeline/checksum.h"
 #include "pipeline/decompress.h"
@@ -18,6 +19,13 @@ struct Indexed {
   Opcode opcode;
   z64u length;  // with its prefix
   RawRecord record;
+};
+
+// There may be very many.
+struct ChunkMessage {
+  z64u offset;  // in the chunk's records
+  z16u channel;
+  z64u time;
 };
 
 // What a data section holds.
@@ -76,8 +84,9 @@ class SummaryCheck {
   }
 
   void TakeChunk(const RawRecord& raw) {
-    const auto chunk = Parse<Chunk>(raw);
+    chunkRead_ = false;
     chunkMessages_.clear();
+    const auto chunk = Parse<Chunk>(raw);
     const zBytes decompressed = chunk.compression.empty() ? zBytes() : Decompress(chunk, raw.place);
     const Bytes records = chunk.compression.empty() ? chunk.records.bytes : Bytes(decompressed);
     for (RecordCursor cursor(records, Place{}); !cursor.AtEnd();) {
@@ -85,16 +94,20 @@ class SummaryCheck {
       Count(record);
       if (record.opcode != Opcode::message) continue;
       const auto message = Parse<Message>(record);
-      chunkMessages_.emplace(record.place.offset, std::pair(message.channelId, message.logTime));
+      chunkMessages_.push_back({record.place.offset, message.channelId, message.logTime});
     }
+    chunkRead_ = true;
   }
 
-  // It stands behind its chunk.
+  // It stands behind its chunk. Of one that cannot be read, nothing is known.
   void CheckMessageIndex(const RawRecord& record) {
     const auto index = Parse<MessageIndex>(record);
+    if (!chunkRead_) return;
     for (const auto& [time, offset] : index.records) {
-      const auto found = chunkMessages_.find(offset);
-      if (found == chunkMessages_.end() || found->second != std::pair(index.channelId, time)) {
+      const auto found =
+          std::ranges::lower_bound(chunkMessages_, offset, {}, &ChunkMessage::offset);
+      if (found == chunkMessages_.end() || found->offset != offset ||
+          found->channel != index.channelId || found->time != time) {
         ThrowDamage(record.place,
                     "a message of channel %u at time %llu is said to stand at byte %llu of the "
                     "chunk before, and does not",
@@ -194,8 +207,9 @@ class SummaryCheck {
   Bytes stream_;
   DamageLog& log_;
   Counted counted_;
-  std::map<z64u, Indexed> indexed_;                      // by offset
-  std::map<z64u, std::pair<z16u, z64u>> chunkMessages_;  // of the last chunk, by offset in it
+  std::map<z64u, Indexed> indexed_;          // by offset
+  std::vector<ChunkMessage> chunkMessages_;  // of the last chunk, in order
+  bool chunkRead_ = true;
 };
 
 }  // namespace
