@@ -67,6 +67,11 @@ void WriteFile(const char* function, const std::string& path, const Orv::Excepti
 
 void ReadFileBuffer(const std::string& path, zBytes& bytes) {
   constexpr const char* kFunction = "ReadFileBuffer";
+  std::error_code unknown;
+  // Opening a pipe would wait for whoever writes into it; it has no size to read anyway.
+  if (std::filesystem::is_fifo(path, unknown)) {
+    throw Orv::Exception(__LINE__, kSourceFile, kBadInput, kFunction, "Failed to read " + path);
+  }
   std::ifstream file(path, std::ios::binary);
   // Some systems open a directory like a file.
   if (!file.is_open() || zDirectory_Exists(path.c_str())) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // State, settings and conversion matrix of the converter; whole files.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <functional>
@@ -229,6 +230,9 @@ TEST(WholeFile, IsReadAndWrittenWholeOrNotAtAll) {
     EXPECT_EQ(Thrown([&] { ReadFileBuffer(path, bytes); }),
               std::string("-997 ReadFileBuffer: Failed to open ") + path);
   }
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);  // nobody writes into it
+  EXPECT_EQ(Thrown([&] { ReadFileBuffer("pipe", bytes); }),
+            "-997 ReadFileBuffer: Failed to read pipe");
   EXPECT_EQ(Thrown([&] { WriteBuffer(bytes, "no/file"); }),
             "-997 WriteBuffer: Failed to open no/file");
   WriteFile("long", std::string(100, 'x'));
