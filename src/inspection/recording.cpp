@@ -11,11 +11,18 @@ struct Source {
   bool arrayed;
 };
 
+// Each of its scans bears the name, so a long one would take many times the memory of the file.
+std::string TagOf(const ReplaySourceInfo& source) {
+  constexpr zSize kLongest = 256;
+  const std::string& name = source.displayName;
+  return name.size() <= kLongest ? name : name.substr(0, kLongest) + "...";
+}
+
 std::vector<Source> SourcesOf(const RecordingFacts& facts) {
   std::vector<Source> sources;
   for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
     for (const ReplaySourceInfo& source : scanner.sources) {
-      sources.push_back({source.displayName, source.arrayed != 0});
+      sources.push_back({TagOf(source), source.arrayed != 0});
     }
   }
   return sources;

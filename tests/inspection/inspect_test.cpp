@@ -11,6 +11,8 @@
 #include "inspection/text.h"
 #include "support/archives.h"
 #include "support/csv_export.h"
+#include "support/mcap_file.h"
+#include "support/payloads.h"
 #include "support/run_program.h"
 #include "support/sur_file.h"
 
@@ -224,6 +226,20 @@ TEST_F(Inspection, NamesFramesAndSourcesOfADirectory) {
   facts = Inspect("d");
   EXPECT_THAT(facts.notes, Contains(HasSubstr("a conversion refuses the directory: Not all")));
   EXPECT_THAT(Problems(facts), ElementsAre(HasSubstr("500: a-Frame-0001_R.sur: the file ends")));
+}
+
+// Otherwise a small recording of many frames would take gigabytes.
+TEST_F(Inspection, CutsLongNamesOfSources) {
+  const std::string longName(300, 'n');
+  const zBytes bytes =
+      mcap::Bare(mcap::Header() + mcap::Recording("classic") + mcap::Scanner() + mcap::Schema() +
+                 mcap::FrameChannel() +
+                 mcap::SourceChannel(1, "Top", {{"display_name", longName}}) + mcap::FrameIndex() +
+                 mcap::Message(1, payloads::Surface()) + mcap::DataEnd() + mcap::Footer());
+  const FileFacts facts = InspectBytes("a.rep", bytes, true);
+  EXPECT_THAT(Problems(facts), IsEmpty());
+  EXPECT_EQ(facts.scans.at(0).source, longName.substr(0, 256) + "...");
+  EXPECT_EQ(facts.recording->scanners.at(0).sources.at(0).displayName, longName);
 }
 
 TEST_F(Inspection, LetsNoControlCharacterThrough) {
