@@ -3,10 +3,20 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <sstream>
+
+#include "inspection/text.h"
 
 namespace {
 
+constexpr int kFailure = 1;
 constexpr int kUsage = 2;
+
+// Messages repeat what the command line says, whatever that holds.
+void WriteLines(const std::string& text, std::ostream& out) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) out << Printable(line) << '\n';
+}
 
 }  // namespace
 
@@ -44,8 +54,12 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
       throw CLI::ValidationError("FILE", "a picture or a page shows one file");
     }
   } catch (const CLI::ParseError& error) {
-    const int code = app.exit(error, std::cout, std::cerr);
-    parsed.exitCode = code == 0 ? 0 : kUsage;
+    std::ostringstream help;
+    std::ostringstream complaint;
+    const int code = app.exit(error, help, complaint);
+    WriteLines(help.str(), std::cout);
+    WriteLines(complaint.str(), std::cerr);
+    parsed.exitCode = code != 0 ? kUsage : std::cout.flush() ? 0 : kFailure;
   }
   return parsed;
 }

@@ -291,6 +291,7 @@ TEST_F(Inspection, EndsWithAnExitCodeThatTells) {
       {{"--version"}, 0, "trelvane-inspect 1.0.0.4\n", ""},
       {{}, 2, "", "FILE"},
       {{"--frobnicate", "good.sur"}, 2, "", "--frobnicate"},
+      {{"--\x1B[31m", "good.sur"}, 2, "", "--\\x1b[31m"},
       {{"--frame", "-1", "--png", "x.png", "good.sur"}, 2, "", "--frame"},
       {{"--frame", "0", "good.sur"}, 2, "", "--frame requires --png or --html"},
       {{"--png", "x.png", "good.sur", "bad.sur"}, 2, "", "FILE"},
