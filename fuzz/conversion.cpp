@@ -14,7 +14,9 @@ constexpr const char* kOutputs[] = {"b.srf", "b.sur", "b.pro", "b.pcd", "b.csv",
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const ScratchFolder scratch;
   if (size < 2) return 0;
-  const auto [input, options] = ScratchFolder::WriteInput(data, size);
+  const ScratchFolder::Input file = ScratchFolder::WriteInput(data, size);
+  const std::string& input = file.name;
+  const z8u options = file.options;
   Attempt([&] {
     SurfaceFileConverter converter;
     converter.importFile(input);

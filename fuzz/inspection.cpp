@@ -35,9 +35,10 @@ bool IsHarmless(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const ScratchFolder scratch;
   if (size < 2) return 0;
-  const auto [input, options] = ScratchFolder::WriteInput(data, size);
+  const ScratchFolder::Input file = ScratchFolder::WriteInput(data, size);
+  const std::string& input = file.name;
+  const z8u options = file.options;
   Progress progress(1, false);
-  // Clang 14 captures no structured bindings.
   const auto visit = [most = zSize{1} + options](zSize, z32u, const TaggedScan& scan) {
     Reduce(scan.scan, most);
     // Pictures take long.

@@ -37,7 +37,11 @@ class ScratchFolder {
 
   // Makes a file of any kind of at least two bytes: the first chooses the kind, the second is for
   // options, the rest is the file.
-  static std::pair<std::string, z8u> WriteInput(const std::uint8_t* data, std::size_t size) {
+  struct Input {
+    std::string name;
+    z8u options;
+  };
+  static Input WriteInput(const std::uint8_t* data, std::size_t size) {
     constexpr const char* kNames[] = {"a.srf", "a.sur", "a.pro",  "a.pcd",
                                       "a.rec", "a.rep", "a.ovrec"};
     const std::string name = kNames[data[0] % std::size(kNames)];
