@@ -86,7 +86,8 @@ void DescribeDirectory(const std::string& path, Findings& findings) {
   }
   std::map<std::string, zSize> notes;  // and how many files have them
   for (const std::string& name : ListFiles(path)) {
-    FileFacts file = DescribeFile(path + "/" + name, ParseName(name), findings);
+    FileFacts file =
+        DescribeFile(std::string(path).append("/").append(name), ParseName(name), findings);
     facts.members.push_back({name, file.size});
     facts.size += file.size;
     for (const std::string& note : file.notes) ++notes[note];
