@@ -10,8 +10,8 @@ namespace {
 constexpr double kMega = 1e6;
 
 void Show(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stderr);
-  std::fflush(stderr);
+  static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
+  static_cast<void>(std::fflush(stderr));
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ Measured MeasurePoints(std::span<const Point> points) {
 }
 
 Measured Measure(const Scan& scan) {
-  const zObject points = scan.points.Get();
+  zObject points = scan.points.Get();
   switch (scan.kind) {
     case ScanKind::cloud:
       return MeasurePoints(zArray_Items<zPoint3d16s>(points));

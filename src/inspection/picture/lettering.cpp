@@ -82,7 +82,7 @@ Lettering::Lettering(int height) : font_(std::make_unique<Font>()) {
 Lettering::~Lettering() = default;
 
 z32f Lettering::Advance(char32_t character) const {
-  const FT_GlyphSlot glyph = font_->Load(character, FT_LOAD_DEFAULT);
+  FT_GlyphSlot glyph = font_->Load(character, FT_LOAD_DEFAULT);
   return glyph == nullptr ? 0 : static_cast<z32f>(glyph->advance.x) / 64;
 }
 
@@ -114,7 +114,7 @@ void Lettering::Draw(Canvas& canvas, int x, int baseline, std::string_view utf8,
                      int mostWidth) const {
   z32f pen = static_cast<z32f>(x);
   for (const char32_t character : Cut(ToPrintable(utf8), mostWidth)) {
-    const FT_GlyphSlot glyph = font_->Load(character, FT_LOAD_RENDER);
+    FT_GlyphSlot glyph = font_->Load(character, FT_LOAD_RENDER);
     if (glyph == nullptr) continue;
     const FT_Bitmap& bitmap = glyph->bitmap;
     const int left = static_cast<int>(std::lround(pen)) + glyph->bitmap_left;
