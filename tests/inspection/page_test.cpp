@@ -7,7 +7,7 @@
 #include <limits>
 #include <sstream>
 
-#include "support/scans.h"
+#include "inspection/inspection_scans.h"
 
 namespace {
 
@@ -18,19 +18,6 @@ using testing::IsEmpty;
 
 constexpr z64f kNan = std::numeric_limits<z64f>::quiet_NaN();
 constexpr z64f kInf = std::numeric_limits<z64f>::infinity();
-
-template <class Point>
-Scan MakeScan(ScanKind kind, z32u width, z32u length, const std::vector<Point>& points,
-              zPoint3d64f scale = {1, 1, 1}, zPoint3d64f offset = {}) {
-  Scan scan;
-  scan.kind = kind;
-  scan.width = width;
-  scan.length = length;
-  scan.scale = scale;
-  scan.offset = offset;
-  scan.points = MakeArray2(length, width, points);
-  return scan;
-}
 
 std::vector<z16s> Counting(zSize count) {
   std::vector<z16s> heights(count);
