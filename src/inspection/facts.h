@@ -73,5 +73,5 @@ struct FileFacts {
 // The kind that a path's ending tells; nothing for another ending.
 std::optional<FileKind> KindOfPath(const std::string& path);
 
-// "surface_point_cloud" for 15; "type 99" for an unknown one.
+// "SURFACE_POINT_CLOUD" for 15; "type 99" for an unknown one.
 std::string SourceTypeName(z16u dataType);

@@ -1,19 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "inspection/text.h"
 
-#include <optional>
-
 #include "numbers.h"
 #include "sdk/object.h"
 
-namespace {
-
-struct Character {
-  char32_t code;
-  std::size_t size;  // bytes
-};
-
-// The UTF-8 character at the front of a text; nothing when its bytes are none.
 std::optional<Character> FirstCharacter(std::string_view text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   if (byte(0) < 0x80) return Character{byte(0), 1};
@@ -29,6 +19,8 @@ std::optional<Character> FirstCharacter(std::string_view text) {
   if (code < kLeast[size] || surrogate || code > 0x10FFFF) return std::nullopt;
   return Character{code, size};
 }
+
+namespace {
 
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {

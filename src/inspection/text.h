@@ -2,8 +2,17 @@
 // Texts from files, made fit for people.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+
+struct Character {
+  char32_t code;
+  std::size_t size;  // bytes
+};
+
+// The UTF-8 character at the front of a text that is not empty; nothing when its bytes are none.
+std::optional<Character> FirstCharacter(std::string_view text);
 
 // A text field of a file as UTF-8: it ends at its first zero, blanks at its end are dropped, and
 // bytes that are no UTF-8 are taken as Latin-1.

@@ -7,31 +7,13 @@
 #include <cmath>
 
 #include "font_ttf.h"
+#include "inspection/text.h"
 #include "sdk/object.h"
 
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kEllipsis = 0x2026;
-
-// The length of the character's code, 1 for a byte that begins none; the character in `character`.
-zSize DecodeOne(std::string_view utf8, char32_t& character) {
-  const auto byte = [utf8](zSize i) { return static_cast<z8u>(utf8[i]); };
-  character = byte(0);
-  if (byte(0) < 0x80) return 1;
-  const zSize size = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
-  character = byte(0) & (0x7FU >> size);
-  bool good = byte(0) >= 0xC2 && byte(0) <= 0xF4 && size <= utf8.size();
-  for (zSize i = 1; good && i < size; ++i) {
-    good = (byte(i) & 0xC0) == 0x80;
-    character = character << 6 | (byte(i) & 0x3FU);
-  }
-  const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-  const char32_t least = size == 4 ? 0x10000 : size == 3 ? 0x800 : 0x80;
-  if (good && !surrogate && character >= least && character <= 0x10FFFF) return size;
-  character = kReplacement;
-  return 1;
-}
 
 bool IsPrintable(char32_t c) {
   const auto within = [c](char32_t first, char32_t last) { return c >= first && c <= last; };
@@ -50,9 +32,9 @@ void MustBeDone(FT_Error error) {
 std::u32string ToPrintable(std::string_view utf8) {
   std::u32string text;
   while (!utf8.empty()) {
-    char32_t character = 0;
-    utf8.remove_prefix(DecodeOne(utf8, character));
-    text += IsPrintable(character) ? character : kReplacement;
+    const auto character = FirstCharacter(utf8);
+    text += character && IsPrintable(character->code) ? character->code : kReplacement;
+    utf8.remove_prefix(character ? character->size : 1);
   }
   return text;
 }

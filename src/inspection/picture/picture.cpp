@@ -24,7 +24,7 @@ bool HasValidPoint(const Scan& scan) {
   return any;
 }
 
-Range EdgesOf(z64f first, z64f step, z32u cells) {
+AxisRange EdgesOf(z64f first, z64f step, z32u cells) {
   const z64f begin = first - step / 2;
   const z64f end = begin + step * cells;
   return {std::min(begin, end), std::max(begin, end)};
@@ -57,19 +57,19 @@ Plot PlotOf(const MapGrid& map) {
   return plot;
 }
 
-Range HeightsOf(const HeightMap& map) {
-  Range range;
+AxisRange HeightsOf(const HeightMap& map) {
+  AxisRange range;
   bool any = false;
   for (const z32f height : map.heights) {
     const z64f z = static_cast<z64f>(height);
     if (std::isnan(z)) continue;
-    range = any ? Range{std::min(range.low, z), std::max(range.high, z)} : Range{z, z};
+    range = any ? AxisRange{std::min(range.low, z), std::max(range.high, z)} : AxisRange{z, z};
     any = true;
   }
   return range;
 }
 
-void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Range& heights,
+void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const AxisRange& heights,
                const Blank& blank) {
   const auto palette = HeightPalette();
   const auto cell = [](int pixel, int pixels, z32u cells, bool backwards) {
@@ -121,7 +121,7 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   if (plot.up.Size() == 0) notes.emplace_back("All points have the same y.");
   if (measured == 0) notes.emplace_back("Too few points were measured to be seen at this size.");
   Canvas canvas = MakeSheet(plot.height, title, notes);
-  const Range heights = HeightsOf(map);
+  const AxisRange heights = HeightsOf(map);
   const Blank blank = BlankOf(scan, map);
   DrawCells(canvas, plot, map, heights, blank);
   DrawAxes(canvas, plot, "y");
@@ -131,8 +131,8 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
 }
 
 // All finite values; some room around a single one.
-Range RangeOf(const std::vector<z64f>& values) {
-  Range range{std::numeric_limits<z64f>::infinity(), -std::numeric_limits<z64f>::infinity()};
+AxisRange RangeOf(const std::vector<z64f>& values) {
+  AxisRange range{std::numeric_limits<z64f>::infinity(), -std::numeric_limits<z64f>::infinity()};
   for (const z64f value : values) {
     if (std::isnan(value)) continue;
     range = {std::min(range.low, value), std::max(range.high, value)};

@@ -24,7 +24,7 @@ int PixelOf(z64f share, int pixels) {
 std::vector<Tick> TicksAcross(const Plot& plot) {
   return TicksWithin(plot.across, std::max(3, plot.width / 90));
 }
-std::vector<Tick> TicksUp(const Plot& plot, const Range& range) {
+std::vector<Tick> TicksUp(const Plot& plot, const AxisRange& range) {
   return TicksWithin(range, std::max(4, plot.height / 55));
 }
 
@@ -80,7 +80,7 @@ void DrawGridLines(Canvas& canvas, const Plot& plot) {
   }
 }
 
-void DrawColorBar(Canvas& canvas, const Plot& plot, const Range& heights) {
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights) {
   const Lettering text(kTextSize);
   const auto palette = HeightPalette();
   const Plot bar{plot.x + plot.width + 32, plot.y, 22, plot.height, {}, heights};

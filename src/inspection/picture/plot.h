@@ -17,7 +17,7 @@ inline constexpr Rgb kPaleInk{110, 110, 110};
 // Where x and the upward axis of a plot lie on a canvas.
 struct Plot {
   int x, y, width, height;  // pixels, of the inside
-  Range across, up;         // mm, from edge to edge
+  AxisRange across, up;     // mm, from edge to edge
 
   int ColumnOf(z64f mm) const;
   int RowOf(z64f mm) const;
@@ -29,7 +29,7 @@ Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<std
 void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName);
 void DrawGridLines(Canvas& canvas, const Plot& plot);
 // To the right of the plot.
-void DrawColorBar(Canvas& canvas, const Plot& plot, const Range& heights);
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights);
 
 // What is drawn where there is no height, grey unlike any height, and its name.
 struct Blank {

@@ -34,7 +34,7 @@ z64f NiceStep(z64f least) {
 
 }  // namespace
 
-std::vector<Tick> TicksWithin(const Range& range, int most) {
+std::vector<Tick> TicksWithin(const AxisRange& range, int most) {
   const z64f largest = std::max(std::abs(range.low), std::abs(range.high));
   const z64f step = NiceStep(range.Size() / most);
   // Too small to be told apart: the one number to as many digits as a float32 has.

@@ -7,7 +7,7 @@
 
 #include "sdk/core.h"
 
-struct Range {
+struct AxisRange {
   z64f low = 0, high = 0;
 
   z64f Size() const { return high - low; }
@@ -22,4 +22,4 @@ struct Tick {
 
 // Multiples of 1, 2 or 5 times a power of ten within a range of finite numbers, about `most` at the
 // most; one for a range without size.
-std::vector<Tick> TicksWithin(const Range& range, int most);
+std::vector<Tick> TicksWithin(const AxisRange& range, int most);
