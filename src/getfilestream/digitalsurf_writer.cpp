@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "getfilestream/digitalsurf_writer.h"
 
-#include <algorithm>
-
 #include "getfilestream/heightrange.h"
 #include "loadfilestream/loadfilestream.h"
 #include "loadfilestream/surheader.h"
@@ -34,7 +32,8 @@ SurHeader MakeHeader(const DigitalSurfScan& scan, const HeightRange& range) {
 zStatus MarkInvalidPoints(zObject points, z16s mark) {
   const std::span<z16s> heights = zArray_EditableItems<z16s>(points);
   if (heights.empty()) return zERROR_MEMORY;
-  std::ranges::replace(heights, kInvalidRaw, mark);
+  // Storing each of them is what compilers put into vector instructions.
+  for (z16s& height : heights) height = height == kInvalidRaw ? mark : height;
   return zOK;
 }
 

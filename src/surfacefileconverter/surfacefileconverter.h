@@ -52,7 +52,9 @@ class SurfaceFileConverter {
   // Files that the last export wrote.
   std::vector<std::string> getExportedFileNames() const { return exportedFileNames; }
 
-  bool exportAll = false;  // export every frame of a recording, set by the command line
+  // Set by the command line:
+  bool exportAll = false;      // export every frame of a recording
+  bool releaseFrames = false;  // give a frame's points up once they are written; it is empty then
 
  private:
   void requireImport(int line, const char* function) const;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Frames of a recording as scan files or CSV.
+#include <algorithm>
+
 #include "console.h"
 #include "sdk/message.h"
 #include "surfacefileconverter/failure.h"
@@ -41,6 +43,7 @@ void SurfaceFileConverter::exportFrames(const std::string& exportName, FileType 
   RequireExtension(__LINE__, exportName);
   for (zSize i = 0; i < frames.size(); ++i) {
     writeMsgs(frames, static_cast<z32s>(i), exportName, exportType, false);
+    if (releaseFrames) std::ranges::fill(frames[i], Orv::Object<void*>());
   }
 }
 

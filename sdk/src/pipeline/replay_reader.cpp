@@ -67,9 +67,11 @@ Orv::Object<void*> ReplayReader::ReadMessage(zSize position) {
   const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
   Place place{message.offset};
   if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
+  // A single message keeps the copy that was checked; of several, only those are kept that are used.
+  const bool keepsCopy = compressed || index_.messages.size() == 1;
   return payloads_.Read(
       records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
-      compressed ? nullptr : owner_, place);
+      keepsCopy ? nullptr : owner_, place);
 }
 
 Bytes ReplayReader::CompressedRecords(z32u chunk) {
