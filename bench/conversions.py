@@ -266,6 +266,12 @@ def numpy_rival(name, script, arguments, output):
     return missing(name, "python3-numpy")
 
 
+def bare_rival(source, size, *outputs, output=None):
+    """Reads the source and writes so many bytes to each output."""
+    name = "bare read and write" if outputs else "bare read"
+    return Rival(name, ["bare_copy", source, str(size), *outputs], output or "".join(outputs))
+
+
 def gwyddion_rival():
     """Needs a display, though it shows nothing."""
     program = shutil.which("gwyddion")
@@ -303,39 +309,47 @@ def make_rows():
     true = Rival("true", [shutil.which("true")], "")
     bare_cells = Rival("bare loop over ready cells",
                        ["bare_cells", "heights", str(SIDE), "bare.csv"], "bare.csv")
+    scan, points = 512 + 2 * SIDE**2, 12 * SIDE**2  # bytes of the files
     return [
         Row("1 x 1 .sur to .rep", make_point, "scan.sur", "scan.rep",
             ["-i", "scan.sur", "-o", "scan.rep"], check_point, "scan.sur", {},
             (true,), most_above=(("true", 10),)),
         Row(f".sur ({SIDE} x {SIDE}, 33 MB) to .rep", make_sur, "scan.sur", "scan.rep",
             ["-i", "scan.sur", "-o", "scan.rep"], check_recording, "scan.sur", {"cp": 3},
-            (Rival("bare read and write", ["bare_copy", "scan.sur", "copy"], "copy"),
+            (bare_rival("scan.sur", scan, "bare"),
              *numpy_rival("numpy to .npy", "save.py", ["scan.sur", str(SIDE)], "scan.npy"),
              *gwyddion_rival())),
         Row(".rep to that .sur", make_rep, "scan.rep", "back.sur",
-            ["-i", "scan.rep", "-o", "back.sur"], check_surface, "scan.sur", {"cp": 3}),
+            ["-i", "scan.rep", "-o", "back.sur"], check_surface, "scan.sur", {"cp": 3},
+            (bare_rival("scan.rep", scan, "bare"),)),
         Row(f".srf ({SIDE} x {SIDE}, 33 MB) to .rep", make_srf, "scan.srf", "scan.rep",
-            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", {"cp": 3}),
+            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", {"cp": 3},
+            (bare_rival("scan.srf", scan, "bare"),)),
         Row(".rep to that .srf", make_srf, "scan.rep", "back.srf",
-            ["-i", "scan.rep", "-o", "back.srf"], check_srf, "scan.srf", {"cp": 3}),
+            ["-i", "scan.rep", "-o", "back.srf"], check_srf, "scan.srf", {"cp": 3},
+            (bare_rival("scan.rep", scan, "bare"),)),
         Row(f".pcd ({SIDE} x {SIDE}, 201 MB) to .rep", make_pcd, "scan.pcd", "scan.rep",
             ["-i", "scan.pcd", "-o", "scan.rep"], check_cloud, "scan.pcd", {"cp": 3},
-            pcl_rival()),
+            (bare_rival("scan.pcd", points // 2, "bare"), *pcl_rival())),
         Row(f".rep ({SIDE} x {SIDE} heights) to .pcd (201 MB)", make_rep, "scan.rep", "back.pcd",
-            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd", {"cp": 2.5}),
+            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd", {"cp": 2.5},
+            (bare_rival("scan.rep", points, "bare"),)),
         Row("one frame of a 1 GiB .ovrec to .sur", make_large_archive, "scans.ovrec", "back.sur",
             ["-i", "scans.ovrec", "-f", "20", "-o", "back.sur"], check_surface, "scans.ovrec",
-            {"cp": 3}),
+            {"cp": 3}, (bare_rival("scans.ovrec", scan, "bare"),)),
         Row("1000 frames of 512 x 512 in an .ovrec to .sur files", make_long_archive,
             "scans.ovrec", "frames/", ["-i", "scans.ovrec", "-a", "-o", "frames/frame.sur"],
-            check_frames, "files", {"cp": 4}),
+            check_frames, "files", {"cp": 4},
+            (bare_rival("scans.ovrec", 512 + 2 * 512**2, *(f"bare/{i}" for i in range(1000)),
+                        output="bare/"),)),
         Row(f".ovrec ({SIDE} x {SIDE}) to .csv", make_csv_input, "scan.ovrec", "scan.csv",
             ["-i", "scan.ovrec", "-o", "scan.csv"], check_csv, "scan.ovrec",
             {"bare loop over ready cells": 1.5, "numpy.savetxt": 1 / 20},
             (bare_cells, *numpy_rival("numpy.savetxt", "savetxt.py", ["heights", str(SIDE)],
                                       "numpy.csv")), memory=(3, 1.2)),
         Row("report of a 1 GiB .ovrec", make_large_archive, "scans.ovrec", "", ["scans.ovrec"],
-            check_exit_code, "scans.ovrec", {"cp": 1.5}, program="trelvane-inspect"),
+            check_exit_code, "scans.ovrec", {"cp": 1.5}, (bare_rival("scans.ovrec", 0),),
+            program="trelvane-inspect"),
         Row(f".sur ({SIDE} x {SIDE}) to .png", make_sur, "scan.sur", "scan.png",
             ["--png", "scan.png", "scan.sur"], check_picture, "scan.sur", {}, (true,),
             most_above=(("true", 1000),), program="trelvane-inspect"),
