@@ -105,8 +105,7 @@ FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progr
     return IsWanted(options, scan.frame, scan.source);
   });
   if (!any && facts.problems.empty()) {
-    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile",
-                         "There is no such scan in " + path);
+    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile", "There is no such scan");
   }
   if (any && !options.html.empty()) WritePage(path, facts, options, progress);
   return facts;

@@ -33,6 +33,19 @@ void Describe(const zBytes& bytes, bool check, Findings& findings) {
   }
 }
 
+void DescribeFile(const std::string& path, bool check, Findings& findings, Progress& progress) {
+  zBytes bytes;
+  try {
+    ReadFileBuffer(path, bytes);
+  } catch (const Orv::Exception& failure) {
+    return findings.Problem({}, "%s", failure.what());
+  }
+  findings.facts.size = bytes.size();
+  Describe(bytes, check, findings);
+  // A recording's were counted scan by scan.
+  if (!findings.facts.recording) progress.AddBytes(bytes.size());
+}
+
 void NoteEmptyScans(Findings& findings) {
   const auto isEmpty = [](const PlacedScan& scan) { return !scan.facts.box; };
   const auto count = std::ranges::count_if(findings.facts.scans, isEmpty);
@@ -68,16 +81,7 @@ FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& vi
     DescribeDirectory(path, findings);
   } else if (const auto kind = KindOfPath(path)) {
     facts.kind = *kind;
-    zBytes bytes;
-    try {
-      ReadFileBuffer(path, bytes);
-    } catch (const Orv::Exception& failure) {
-      findings.Problem({}, "%s", failure.what());
-      return facts;
-    }
-    facts.size = bytes.size();
-    Describe(bytes, check, findings);
-    if (!facts.recording) progress.AddBytes(bytes.size());
+    DescribeFile(path, check, findings, progress);
   } else {
     findings.Problem({},
                      "the ending of the name is none of .sur, .pro, .srf, .pcd, .rep, .rec, "

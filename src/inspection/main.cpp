@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <new>
 
 #include "inspection/drawing.h"
 #include "inspection/inspect.h"
@@ -44,15 +45,20 @@ int Inspect(const InspectOptions& options) {
   int exitCode = kWhole;
   Progress progress(options.files.size(), zConsole_ErrorsAreSeen());
   for (const std::string& path : options.files) {
+    const auto giveUp = [&](const std::string& why) {
+      progress.Clear();
+      Complain(path + ": " + why);
+      exitCode = kDamaged;
+    };
     try {
       const FileFacts facts = Look(path, options, progress);
       progress.Clear();
       Print(facts, options);
       if (!facts.problems.empty()) exitCode = kDamaged;
+    } catch (const std::bad_alloc&) {
+      giveUp("There is not enough memory");
     } catch (const Orv::Exception& failure) {
-      progress.Clear();
-      Complain(failure.what());
-      exitCode = kDamaged;
+      giveUp(failure.what());
     }
   }
   if (!std::cout.flush()) {

@@ -198,8 +198,12 @@ TEST_F(Inspection, ChecksTheDocumentsAndTheStreamOfAnArchive) {
   std::string stream = ToText(WriteRecording(scanner, {{MakeSurfaceWithIntensity(1)}}, false));
   const zSize inPayload = stream.rfind("TSCN") + 40;
   stream[inPayload] = static_cast<char>(stream[inPayload] ^ 4);
-  const zBytes bytes =
-      MakeArchive({{"config.json", "{\"a\": }"}, MakeJob("{"), {"replay/buffer", stream}});
+  // Only a scanner's document has bounds.
+  const std::string deep = std::string(200, '[') + std::string(200, ']');
+  const zBytes bytes = MakeArchive({{"config.json", "{\"a\": }"},
+                                    {"jobs/config.json", deep},
+                                    MakeJob("{"),
+                                    {"replay/buffer", stream}});
   EXPECT_THAT(
       Problems(InspectBytes("a.ovrec", bytes, true)),
       ElementsAre("518: \"config.json\" is no JSON document",
@@ -295,7 +299,7 @@ TEST_F(Inspection, EndsWithAnExitCodeThatTells) {
       {{"--frame", "-1", "--png", "x.png", "good.sur"}, 2, "", "--frame"},
       {{"--frame", "0", "good.sur"}, 2, "", "--frame requires --png or --html"},
       {{"--png", "x.png", "good.sur", "bad.sur"}, 2, "", "FILE"},
-      {{"--png", "x.png", "--frame", "1", "good.sur"}, 1, "", "There is no such scan in good.sur"},
+      {{"--png", "x.png", "--frame", "1", "good.sur"}, 1, "", "good.sur: There is no such scan"},
       {{"--png", "x.png", "bad.sur"}, 1, "", "bad.sur: 3 x 2 samples"},
       {{"--png", "none/x.png", "good.sur"}, 1, "", "Failed to open none/x.png"},
       {{"--png", "./good.sur", "good.sur"}, 1, "", "./good.sur is what should be looked at"},
