@@ -44,10 +44,10 @@ class PayloadBuilder {
 class PayloadReader {
  public:
   // The message in a payload that stands at `place`. Its arrays look into the copy; with an owner
-  // of the payload, they share that instead and the copy makes room for the next one. Throws
-  // Orv::Exception for damage.
+  // of the payload, they share that instead and the copy makes room for the next one, unless the
+  // points shall keep it. Throws Orv::Exception for damage.
   Orv::Object<void*> Read(Bytes payload, const std::shared_ptr<const void>& owner,
-                          const Place& place);
+                          bool pointsKeepCopy, const Place& place);
 
  private:
   Block copy_;

@@ -35,10 +35,12 @@ MxStamp ToStamp(const fb::Stamp* stamp) {
 // payload has an owner, into the payload.
 class MessageReader {
  public:
-  MessageReader(Block copy, Bytes payload, std::shared_ptr<const void> owner, const Place& place)
+  MessageReader(Block copy, Bytes payload, std::shared_ptr<const void> owner, bool pointsKeepCopy,
+                const Place& place)
       : copy_(std::move(copy)),
         payload_(payload),
         owner_(std::move(owner)),
+        pointsKeepCopy_(pointsKeepCopy),
         bytesLeft_(payload.size()),
         place_(place) {}
 
@@ -120,7 +122,9 @@ class MessageReader {
       start = static_cast<zSize>(reinterpret_cast<const std::byte*>(vector->data()) - copy_.get());
     }
     zAlloc alloc = &zAllocator::Default();
-    if (owner_ == nullptr) {
+    // Were intensities to share the copy too, an edit of the points would copy them again.
+    const bool inCopy = owner_ == nullptr || (pointsKeepCopy_ && type != zType::z8u);
+    if (inCopy) {
       return Checked(Make<Array>(type, length0, length1, Block(copy_, copy_.get() + start), alloc));
     }
     return Checked(Make<Array>(type, length0, length1,
@@ -151,6 +155,7 @@ class MessageReader {
   Block copy_;
   Bytes payload_;
   std::shared_ptr<const void> owner_;  // of the payload; null: it may go
+  bool pointsKeepCopy_;
   z64u bytesLeft_;
   Place place_;
 };
@@ -158,7 +163,7 @@ class MessageReader {
 }  // namespace
 
 Orv::Object<void*> PayloadReader::Read(Bytes payload, const std::shared_ptr<const void>& owner,
-                                       const Place& place) {
+                                       bool pointsKeepCopy, const Place& place) {
   if (payload.size() >= FLATBUFFERS_MAX_BUFFER_SIZE) {
     ThrowDamage(place, "a message of %zu bytes is larger than a FlatBuffer can be", payload.size());
   }
@@ -179,7 +184,7 @@ Orv::Object<void*> PayloadReader::Read(Bytes payload, const std::shared_ptr<cons
                 payload.size());
   }
   const fb::ScanMessage& message = *fb::GetScanMessage(copy_.get());
-  MessageReader reader(copy_, payload, owner, place);
+  MessageReader reader(copy_, payload, owner, pointsKeepCopy, place);
   return Orv::Object<void*>(ToHandle(reader.Read(message).release()));
 }
 

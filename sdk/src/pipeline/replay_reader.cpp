@@ -67,12 +67,9 @@ Orv::Object<void*> ReplayReader::ReadMessage(zSize position) {
   const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
   Place place{message.offset};
   if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
-  // A single message keeps the copy that was checked. Of several, those that are needed are copied
-  // again then.
-  const bool keepsCopy = compressed || index_.messages.size() == 1;
   return payloads_.Read(
       records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
-      keepsCopy ? nullptr : owner_, place);
+      compressed ? nullptr : owner_, index_.messages.size() == 1, place);
 }
 
 Bytes ReplayReader::CompressedRecords(z32u chunk) {
