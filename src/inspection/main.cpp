@@ -47,7 +47,7 @@ int Inspect(const InspectOptions& options) {
   for (const std::string& path : options.files) {
     const auto giveUp = [&](const std::string& why) {
       progress.Clear();
-      Complain(path + ": " + why);
+      Complain(Orv::Format("%s: %s", path, why));
       exitCode = kDamaged;
     };
     try {
