@@ -5,10 +5,10 @@
 #include <sstream>
 
 #include "fuzz.h"
-#include "inspection/inspect.h"
-#include "inspection/picture/picture.h"
-#include "inspection/reduction/heightmap.h"
-#include "inspection/report.h"
+#include "inspect/inspect.h"
+#include "inspect/picture/picture.h"
+#include "inspect/reduction/heightmap.h"
+#include "inspect/report.h"
 #include "scratch.h"
 
 namespace {

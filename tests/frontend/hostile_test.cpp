@@ -8,8 +8,8 @@
 #include <limits>
 #include <sstream>
 
-#include "inspection/inspect.h"
-#include "inspection/report.h"
+#include "inspect/inspect.h"
+#include "inspect/report.h"
 #include "support/archives.h"
 #include "support/csv_export.h"
 #include "support/run_program.h"

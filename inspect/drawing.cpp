@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "inspect/drawing.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "inspect/inspect.h"
+#include "inspect/page/page.h"
+#include "inspect/picture/picture.h"
+#include "inspect/report.h"
+#include "surfacefileconverter/wholefile.h"
+
+namespace {
+
+bool IsWanted(const InspectOptions& options, zSize frame, const std::string& source) {
+  return (!options.frame || *options.frame == frame) &&
+         (options.source.empty() || options.source == source);
+}
+
+std::string FileName(const std::string& path) {
+  const auto name = std::filesystem::path(path).filename().string();
+  return name.empty() ? path : name;
+}
+
+std::string TitleOf(const std::string& path, zSize frame, const TaggedScan& scan) {
+  std::string title = FileName(path);
+  if (scan.source.empty()) return title;
+  title += Orv::Format(", frame %zu, %s", frame, scan.source);
+  if (scan.item) title += Orv::Format(" [%zu]", *scan.item);
+  return title;
+}
+
+// Draws the first scan that is wanted.
+FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progress& progress) {
+  zBytes picture;
+  FileFacts facts = InspectFile(
+      path, options.check,
+      [&](zSize frame, z32u, const TaggedScan& scan) {
+        if (!picture.empty() || !IsWanted(options, frame, scan.source)) return;
+        picture = DrawPicture(scan.scan, TitleOf(path, frame, scan));
+      },
+      progress);
+  if (!picture.empty()) WriteBuffer(picture, options.png);
+  return facts;
+}
+
+// The most scans whose figures a page tells.
+constexpr zSize kMostRows = 1000;
+
+nlohmann::ordered_json PageFacts(const FileFacts& facts) {
+  nlohmann::ordered_json document = FileToJson(facts);
+  nlohmann::ordered_json scans = nlohmann::ordered_json::array();
+  for (const PlacedScan& scan : facts.scans) {
+    if (scans.size() < kMostRows) scans.push_back(ScanToJson(scan));
+  }
+  if (facts.scans.size() > kMostRows) {
+    document["notes"].push_back(
+        Orv::Format("of %zu scans, the first %zu are listed", facts.scans.size(), kMostRows));
+  }
+  document["scans"] = std::move(scans);
+  return document;
+}
+
+// A page of all scans that are wanted, of which `facts` tells.
+void WritePage(const std::string& path, const FileFacts& facts, const InspectOptions& options,
+               Progress& progress) {
+  PageExtent extent{facts.frames, 0, 0};
+  for (const PlacedScan& scan : facts.scans) {
+    if (!IsWanted(options, scan.frame, scan.source)) continue;
+    ++extent.scans;
+    extent.points += scan.facts.points;
+  }
+  if (options.frame) extent.frames = 1;  // of one frame, all scans are shown
+  Page page(FileName(path), PageFacts(facts), extent, options.points);
+  static_cast<void>(InspectFile(
+      path, false,
+      [&](zSize frame, z32u index, const TaggedScan& scan) {
+        if (IsWanted(options, frame, scan.source)) page.Add(frame, index, scan);
+      },
+      progress));
+  std::ostringstream text;
+  page.Write(text);
+  const std::string_view written = text.view();
+  const auto* bytes = reinterpret_cast<const z8u*>(written.data());
+  WriteBuffer(zBytes(bytes, bytes + written.size()), options.html);
+}
+
+void RequireOtherFile(const std::string& path, const std::string& output) {
+  std::error_code missing;
+  if (!output.empty() && std::filesystem::equivalent(path, output, missing)) {
+    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile",
+                         output + " is what should be looked at");
+  }
+}
+
+}  // namespace
+
+FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress) {
+  RequireOtherFile(path, options.png);
+  RequireOtherFile(path, options.html);
+  FileFacts facts = options.png.empty() ? InspectFile(path, options.check, nullptr, progress)
+                                        : DrawScan(path, options, progress);
+  const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {
+    return IsWanted(options, scan.frame, scan.source);
+  });
+  if (!any && facts.problems.empty()) {
+    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile", "There is no such scan");
+  }
+  if (any && !options.html.empty()) WritePage(path, facts, options, progress);
+  return facts;
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// Where the describers of the file kinds put what they find, and the describers.
+#pragma once
+
+#include <functional>
+#include <span>
+
+#include "inspect/facts.h"
+#include "inspect/progress.h"
+
+// Takes each scan while it is in memory.
+using ScanVisitor = std::function<void(zSize frame, z32u index, const TaggedScan& scan)>;
+
+class Findings {
+ public:
+  Findings(FileFacts& fileFacts, const ScanVisitor& scanVisitor, Progress& fileProgress)
+      : facts(fileFacts), visit(scanVisitor), progress(fileProgress) {}
+
+  template <class... Values>
+  void Note(std::string_view format, const Values&... values) {
+    facts.notes.push_back(Orv::Format(format, values...));
+  }
+  template <class... Values>
+  void Problem(std::optional<z64u> offset, std::string_view format, const Values&... values) {
+    facts.problems.push_back({offset, Orv::Format(format, values...)});
+  }
+  // Measures a scan and shows it to the visitor.
+  void Take(zSize frame, z32u index, const TaggedScan& scan) {
+    facts.scans.push_back({frame, index, scan.source, scan.item, MeasureScan(scan.scan)});
+    if (visit) visit(frame, index, scan);
+  }
+  // The only scan of a file.
+  void Take(Scan scan) {
+    facts.frames = 1;
+    Take(0, 0, {{}, {}, std::move(scan)});
+  }
+
+  FileFacts& facts;
+  const ScanVisitor& visit;  // may be null
+  Progress& progress;
+};
+
+// Each fills in the facts of a file of its kind; what is wrong with the file becomes a problem, not
+// an exception.
+void DescribeDigitalSurf(const zBytes& bytes, Findings& findings);  // .sur or .pro
+void DescribeSrf(const zBytes& bytes, Findings& findings);
+void DescribePcd(const zBytes& bytes, Findings& findings);
+// A replay stream that begins at `start` of its file. `check` asks for everything that can be
+// verified, beyond what reading it verifies.
+void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings);
+void DescribeArchive(const zBytes& bytes, bool check, Findings& findings);
+void DescribeDirectory(const std::string& path, Findings& findings);

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// Entry of trelvane-inspect, which tells what files hold and changes none of them.
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <new>
+
+#include "inspect/drawing.h"
+#include "inspect/inspect.h"
+#include "inspect/options.h"
+#include "inspect/report.h"
+#include "inspect/text.h"
+
+namespace {
+
+constexpr int kWhole = 0;
+constexpr int kDamaged = 1;
+
+void Complain(std::string_view text) {
+  std::cout.flush();
+  std::cerr << "trelvane-inspect: " << Printable(text) << '\n';
+}
+
+bool Draws(const InspectOptions& options) { return !options.png.empty() || !options.html.empty(); }
+
+// A picture or a page stands for the report.
+void Print(const FileFacts& facts, const InspectOptions& options) {
+  if (options.json) {
+    WriteJson(facts, std::cout);
+  } else if (options.check) {
+    WriteVerdict(facts, std::cout);
+  } else if (!Draws(options)) {
+    WriteReport(facts, std::cout);
+  } else {
+    for (const Problem& problem : facts.problems) Complain(facts.path + ": " + problem.text);
+  }
+}
+
+FileFacts Look(const std::string& path, const InspectOptions& options, Progress& progress) {
+  if (Draws(options)) return DrawFile(path, options, progress);
+  return InspectFile(path, options.check, nullptr, progress);
+}
+
+int Inspect(const InspectOptions& options) {
+  int exitCode = kWhole;
+  Progress progress(options.files.size(), zConsole_ErrorsAreSeen());
+  for (const std::string& path : options.files) {
+    const auto giveUp = [&](const std::string& why) {
+      progress.Clear();
+      Complain(Orv::Format("%s: %s", path, why));
+      exitCode = kDamaged;
+    };
+    try {
+      const FileFacts facts = Look(path, options, progress);
+      progress.Clear();
+      Print(facts, options);
+      if (!facts.problems.empty()) exitCode = kDamaged;
+    } catch (const std::bad_alloc&) {
+      giveUp("There is not enough memory");
+    } catch (const Orv::Exception& failure) {
+      giveUp(failure.what());
+    }
+  }
+  if (!std::cout.flush()) {
+    Complain("Failed to write the report");
+    return kDamaged;
+  }
+  return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    const ParsedOptions parsed = ParseInspectOptions(argc, argv);
+    return parsed.exitCode ? *parsed.exitCode : Inspect(parsed.options);
+  } catch (const std::exception& failure) {
+    static_cast<void>(std::fprintf(stderr, "trelvane-inspect: %s\n", failure.what()));
+  }
+  return kDamaged;
+}

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "inspect/options.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <sstream>
+
+#include "inspect/text.h"
+
+namespace {
+
+constexpr int kFailure = 1;
+constexpr int kUsage = 2;
+
+// Messages repeat what the command line says, whatever that holds.
+void WriteLines(const std::string& text, std::ostream& out) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) out << Printable(line) << '\n';
+}
+
+}  // namespace
+
+ParsedOptions ParseInspectOptions(int argc, char** argv) {
+  ParsedOptions parsed;
+  InspectOptions& options = parsed.options;
+  CLI::App app("Tells and shows what scan files, recordings and directories of surfaces hold.",
+               "trelvane-inspect");
+  app.set_version_flag("--version", "trelvane-inspect " TRELVANE_VERSION);
+  app.set_help_flag("--help", "Show this help and end");
+  app.add_option("FILE", options.files, "What to look at")->required()->type_name("");
+  app.add_flag("--json", options.json, "Print one JSON document for each file");
+  app.add_flag("--check", options.check,
+               "Verify every checksum, size and payload; the exit code is 1 when one is wrong");
+  const auto* png =
+      app.add_option("--png", options.png, "Draw a scan into this file")->type_name("OUT");
+  const auto* html = app.add_option("--html", options.html,
+                                    "Write a page to explore the scans with into this file")
+                         ->type_name("OUT");
+  auto* frame =
+      app.add_option("--frame", options.frame, "Frame to draw, counted from 0")->type_name("N");
+  auto* source = app.add_option("--source", options.source, "Source to draw")->type_name("TAG");
+  auto* points = app.add_option("--points", options.points, "Points in a page, in all")
+                     ->type_name("N")
+                     ->check(CLI::Range(z64u{1}, z64u{100'000'000}))
+                     ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+    const bool draws = png->count() + html->count() > 0;
+    if (!draws && frame->count() + source->count() > 0) {
+      throw CLI::RequiresError(frame->count() > 0 ? "--frame" : "--source", "--png or --html");
+    }
+    if (html->count() == 0 && points->count() > 0) throw CLI::RequiresError("--points", "--html");
+    if (draws && options.files.size() != 1) {
+      throw CLI::ValidationError("FILE", "a picture or a page shows one file");
+    }
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream help;
+    std::ostringstream complaint;
+    const int code = app.exit(error, help, complaint);
+    WriteLines(help.str(), std::cout);
+    WriteLines(complaint.str(), std::cerr);
+    parsed.exitCode = code != 0 ? kUsage : std::cout.flush() ? 0 : kFailure;
+  }
+  return parsed;
+}

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "inspect/page/page.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <span>
+#include <string_view>
+
+#include "inspect/page/pagescan.h"
+#include "inspect/picture/colormap.h"
+#include "page_html.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr z64u kLeastPerScan = 4096;  // fewer points of a large scan show nothing
+constexpr z64u kScanItself = 64;      // what the description of a scan counts for
+constexpr std::string_view kDataMark = "<!-- data -->";
+
+std::string_view PageSource() {
+  return {reinterpret_cast<const char*>(page_html), sizeof page_html};
+}
+
+std::string Base64(std::span<const z8u> bytes) {
+  constexpr std::string_view kDigits =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (zSize i = 0; i < bytes.size(); i += 3) {
+    const zSize count = std::min(zSize{3}, bytes.size() - i);
+    z32u group = 0;
+    for (zSize j = 0; j < 3; ++j) group = group << 8 | (j < count ? bytes[i + j] : 0U);
+    for (zSize j = 0; j < 4; ++j) {
+      text += j <= count ? kDigits[group >> (18 - 6 * j) & 63] : '=';
+    }
+  }
+  return text;
+}
+
+std::string Base64(const std::vector<z16s>& values) {
+  // Memory holds them as the page wants them, the low byte first.
+  return Base64({reinterpret_cast<const z8u*>(values.data()), values.size() * sizeof(z16s)});
+}
+
+// Json that may stand in an element of a page: ASCII, and no "<" that could end the element or
+// begin a comment. Bytes that are no UTF-8 become U+FFFD.
+std::string ToElementText(const Json& json) {
+  const std::string plain = json.dump(-1, ' ', true, Json::error_handler_t::replace);
+  std::string text;
+  text.reserve(plain.size());
+  for (const char c : plain) {
+    if (c == '<') {
+      text += "\\u003c";
+    } else {
+      text += c;
+    }
+  }
+  return text;
+}
+
+std::string KindName(ScanKind kind) {
+  switch (kind) {
+    case ScanKind::surface:
+      return "surface";
+    case ScanKind::cloud:
+      return "cloud";
+    case ScanKind::profile:
+    case ScanKind::pointProfile:
+      return "profile";
+  }
+  return {};
+}
+
+std::string SourceName(const TaggedScan& scan) {
+  return scan.item ? scan.source + " [" + std::to_string(*scan.item) + "]" : scan.source;
+}
+
+z64u RoundedUp(z64u value, z64u divisor) {
+  return value / divisor + (value % divisor != 0 ? 1 : 0);
+}
+
+std::string Palette() {
+  std::vector<z8u> bytes;
+  for (const auto& color : HeightPalette()) {
+    for (const z8u part : {color.r, color.g, color.b}) bytes.push_back(part);
+  }
+  return Base64(bytes);
+}
+
+}  // namespace
+
+Page::Page(std::string name, Json facts, const PageExtent& extent, z64u budget)
+    : budget_(budget), left_(budget), pointsPerScan_(budget) {
+  document_["name"] = std::move(name);
+  document_["facts"] = std::move(facts);
+  document_["palette"] = Palette();
+  document_["frames"] = extent.frames;
+  document_["scans"] = Json::array();
+  const z64u frames = std::max(zSize{1}, extent.frames);
+  const z64u scans = std::max(zSize{1}, extent.scans);
+  if (extent.points <= budget && scans <= budget / kScanItself) return;
+  const z64u mostScans = std::max(z64u{1}, budget / kLeastPerScan);
+  every_ = std::min(frames, RoundedUp(scans, mostScans));
+  const z64u shown = RoundedUp(frames, every_);
+  pointsPerScan_ = std::max(z64u{1}, budget / shown / RoundedUp(scans, frames));
+}
+
+void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
+  if (!Shows(frame)) return;
+  if (left_ == 0) {
+    ++leftOut_;
+    return;
+  }
+  const Scan& scan = tagged.scan;
+  const PageScan page = MakePageScan(scan, std::min(left_, pointsPerScan_));
+  left_ -= std::min<z64u>(left_, std::max<z64u>(kScanItself, page.heights.raw.size()));
+
+  Json entry = {{"frame", frame},
+                {"index", frameIndex},
+                {"source", SourceName(tagged)},
+                {"kind", KindName(scan.kind)},
+                {"columns", scan.width},
+                {"rows", scan.length},
+                {"width", page.width},
+                {"length", page.length},
+                {"x", page.x},
+                {"y", page.y},
+                {"stepX", page.stepX},
+                {"stepY", page.stepY},
+                {"scale", page.heights.scale},
+                {"offset", page.heights.offset},
+                {"low", page.low},
+                {"high", page.high},
+                {"measured", page.measured},
+                {"reduced", page.reduced}};
+  const auto add = [&](const char* key, std::string array) {
+    entry[key] = arrays_.size();
+    arrays_.push_back(std::move(array));
+  };
+  add("heights", Base64(page.heights.raw));
+  if (!page.intensities.empty()) add("intensities", Base64(page.intensities));
+  if (!page.places.raw.empty()) {
+    add("places", Base64(page.places.raw));
+    entry["placeScale"] = page.places.scale;
+    entry["placeOffset"] = page.places.offset;
+  }
+  document_["scans"].push_back(std::move(entry));
+}
+
+void Page::Write(std::ostream& out) const {
+  Json document = document_;
+  document["budget"] = budget_;
+  document["every"] = every_;
+  document["leftOut"] = leftOut_;
+  const std::string_view source = PageSource();
+  const zSize mark = source.find(kDataMark);
+  out << source.substr(0, mark) << R"(<script type="application/json" id="document">)"
+      << ToElementText(document) << "</script>\n";
+  for (zSize i = 0; i < arrays_.size(); ++i) {
+    out << R"(<script type="text/plain" id="array)" << i << "\">" << arrays_[i] << "</script>\n";
+  }
+  out << source.substr(mark + kDataMark.size());
+}

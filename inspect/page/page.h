@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// One HTML page to explore the scans of a file with. It stands alone: it opens from disk and asks
+// no network for anything.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "inspect/scan.h"
+
+// What a file holds in all.
+struct PageExtent {
+  zSize frames = 1;
+  zSize scans = 1;  // of all frames; each item of an array counts
+  z64u points = 0;  // of all scans
+};
+
+// Holds no more points than its budget, however many are added. As long as a file has no more, all
+// of them are kept; otherwise each scan is reduced to its share, and frames are left out evenly
+// where the shares would be too small to look at. The page tells about both.
+class Page {
+ public:
+  // `name` heads the page. `facts` are shown as they stand: objects as sections, arrays of objects
+  // as tables. Texts may hold anything.
+  Page(std::string name, nlohmann::ordered_json facts, const PageExtent& extent, z64u budget);
+
+  // Whether scans of that frame are wanted; those of others need not be read.
+  bool Shows(zSize frame) const { return frame % every_ == 0; }
+  // `frame` is counted from 0, `frameIndex` its entry in the recording's index. Frames come in
+  // ascending order.
+  void Add(zSize frame, z32u frameIndex, const TaggedScan& scan);
+
+  void Write(std::ostream& out) const;
+
+ private:
+  nlohmann::ordered_json document_;
+  std::vector<std::string> arrays_;  // base64, as the scans in the document number them
+  z64u budget_;
+  z64u left_;  // points that may still be added
+  zSize every_ = 1;
+  z64u pointsPerScan_;
+  zSize leftOut_ = 0;  // scans for which nothing was left
+};

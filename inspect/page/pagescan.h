@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// A scan as a page holds it: 16-bit values with a scale and an offset, intensities as bytes.
+#pragma once
+
+#include <vector>
+
+#include "inspect/scan.h"
+
+// A value v stands for v * scale + offset mm, kInvalidRaw for nothing measured.
+struct PageValues {
+  std::vector<z16s> raw;
+  z64f scale = 1, offset = 0;
+};
+
+struct PageScan {
+  z32u width = 0, length = 0;    // cells of a map, or points of a profile in one row
+  z64f x = 0, y = 0;             // mm, centre of the first cell of the first row
+  z64f stepX = 0, stepY = 0;     // mm from cell to cell
+  PageValues heights;            // row by row
+  PageValues places;             // x of the points of a profile that have no even step
+  std::vector<z8u> intensities;  // likewise; empty for a scan without
+  bool reduced = false;    // more points than wished; of a surface, cells stand for more than one
+  z64f low = 0, high = 0;  // mm, of the heights; both 0 when there is none
+  zSize measured = 0;      // cells with a height
+};
+
+// At most `mostPoints` cells or points. A scan of no more points keeps its raw heights, their scale
+// and offset, a cloud excepted: it falls into a grid. A point without a finite place is not
+// measured.
+PageScan MakePageScan(const Scan& scan, zSize mostPoints);

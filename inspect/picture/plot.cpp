@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "inspect/picture/plot.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "sdk/object.h"
+
+namespace {
+
+constexpr int kTitleSize = 18;
+constexpr int kTextSize = 14;
+constexpr int kTickLength = 5;
+constexpr int kMargin = 16;
+constexpr int kBelowPlot = 56;  // tick labels and the name of the axis
+constexpr int kNoteHeight = 22;
+constexpr Rgb kGridLine{226, 226, 226};
+
+// From 0 to `pixels` - 1.
+int PixelOf(z64f share, int pixels) {
+  return static_cast<int>(std::clamp(std::floor(share * pixels), 0.0, pixels - 1.0));
+}
+
+std::vector<Tick> TicksAcross(const Plot& plot) {
+  return TicksWithin(plot.across, std::max(3, plot.width / 90));
+}
+std::vector<Tick> TicksUp(const Plot& plot, const AxisRange& range) {
+  return TicksWithin(range, std::max(4, plot.height / 55));
+}
+
+}  // namespace
+
+int Plot::ColumnOf(z64f mm) const { return x + PixelOf(across.ShareOf(mm), width); }
+int Plot::RowOf(z64f mm) const { return y + height - 1 - PixelOf(up.ShareOf(mm), height); }
+
+Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<std::string>& notes) {
+  const int notesTop = kPlotTop + plotHeight + kBelowPlot;
+  Canvas canvas(kPictureWidth, notesTop + static_cast<int>(notes.size()) * kNoteHeight + 8);
+  Lettering(kTitleSize).Draw(canvas, kMargin, 32, title, kInk, kPictureWidth - 2 * kMargin);
+  const Lettering text(kTextSize);
+  int baseline = notesTop + 14;
+  for (const std::string& note : notes) {
+    text.Draw(canvas, kMargin, baseline, note, kPaleInk, kPictureWidth - 2 * kMargin);
+    baseline += kNoteHeight;
+  }
+  return canvas;
+}
+
+void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName) {
+  const Lettering text(kTextSize);
+  const int bottom = plot.y + plot.height;
+  canvas.Frame(plot.x - 1, plot.y - 1, plot.width + 2, plot.height + 2, kInk);
+  int taken = 0;  // by labels so far
+  for (const Tick& tick : TicksAcross(plot)) {
+    const int column = plot.ColumnOf(tick.value);
+    canvas.Fill(column, bottom + 1, 1, kTickLength, kInk);
+    const int width = text.Width(tick.label);
+    if (column - width / 2 < taken) continue;
+    text.Draw(canvas, column - width / 2, bottom + 21, tick.label, kInk);
+    taken = column + width / 2 + 8;
+  }
+  for (const Tick& tick : TicksUp(plot, plot.up)) {
+    const int row = plot.RowOf(tick.value);
+    canvas.Fill(plot.x - 1 - kTickLength, row, kTickLength, 1, kInk);
+    const int end = plot.x - 10;
+    text.Draw(canvas, std::max(2, end - text.Width(tick.label)), row + 5, tick.label, kInk);
+  }
+  const std::string across = "x (mm)";
+  const std::string up = upName + " (mm)";
+  text.Draw(canvas, plot.x + (plot.width - text.Width(across)) / 2, bottom + 44, across, kInk);
+  text.Draw(canvas, plot.x - text.Width(up) / 2, plot.y - 14, up, kInk);
+}
+
+void DrawGridLines(Canvas& canvas, const Plot& plot) {
+  for (const Tick& tick : TicksAcross(plot)) {
+    canvas.Fill(plot.ColumnOf(tick.value), plot.y, 1, plot.height, kGridLine);
+  }
+  for (const Tick& tick : TicksUp(plot, plot.up)) {
+    canvas.Fill(plot.x, plot.RowOf(tick.value), plot.width, 1, kGridLine);
+  }
+}
+
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights) {
+  const Lettering text(kTextSize);
+  const auto palette = HeightPalette();
+  const Plot bar{plot.x + plot.width + 32, plot.y, 22, plot.height, {}, heights};
+  const int last = bar.height - 1;
+  for (int row = 0; row <= last; ++row) {
+    const int color = heights.Size() > 0 ? 255 * (last - row) / last : 128;
+    canvas.Fill(bar.x, bar.y + row, bar.width, 1, palette[static_cast<zSize>(color)]);
+  }
+  canvas.Frame(bar.x - 1, bar.y - 1, bar.width + 2, bar.height + 2, kInk);
+  const int right = bar.x + bar.width;
+  for (const Tick& tick : TicksUp(bar, heights)) {
+    const int row = bar.RowOf(tick.value);
+    canvas.Fill(right + 1, row, kTickLength, 1, kInk);
+    text.Draw(canvas, right + 11, row + 5, tick.label, kInk, kPictureWidth - right - 13);
+  }
+  text.Draw(canvas, bar.x - 1, bar.y - 14, "z (mm)", kInk);
+}
+
+Rgb Blank::At(int x, int y) const {
+  return hatched && (x + y) % 8 < 2 ? Rgb{170, 170, 170} : Rgb{236, 236, 236};
+}
+
+void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank) {
+  const Lettering text(kTextSize);
+  const int x = kPictureWidth - kMargin - text.Width(blank.name);
+  const int y = plot.y + plot.height + 32;
+  for (int row = 0; row < 16; ++row) {
+    for (int column = 0; column < 22; ++column) {
+      canvas.Set(x - 32 + column, y + row, blank.At(column, row));
+    }
+  }
+  canvas.Frame(x - 33, y - 1, 24, 18, kInk);
+  text.Draw(canvas, x, y + 12, blank.name, kInk);
+}
+
+void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes) {
+  const z64f across = plot.across.Size() / plot.width;
+  const z64f up = plot.up.Size() / plot.height;
+  if (!(across > 0) || !(up > 0)) return;
+  const bool upLonger = across > up;
+  const z64f factor = upLonger ? across / up : up / across;
+  if (factor < 1.02) return;
+  const std::string times = factor < 10 ? "%.2f" : factor < 1e6 ? "%.0f" : "%.2g";
+  notes.push_back(Orv::FormatText("Not to scale: %s is stretched " + times + " times.",
+                                  {std::string_view(upLonger ? upName : "x"), factor}));
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// Parts that pictures of all kinds are made of.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "inspect/picture/canvas.h"
+#include "inspect/picture/lettering.h"
+#include "inspect/picture/ticks.h"
+
+inline constexpr int kPictureWidth = 1000;
+inline constexpr int kPlotTop = 80;  // below the title and the name of the upward axis
+inline constexpr Rgb kInk{30, 30, 30};
+inline constexpr Rgb kPaleInk{110, 110, 110};
+
+// Where x and the upward axis of a plot lie on a canvas.
+struct Plot {
+  int x, y, width, height;  // pixels, of the inside
+  AxisRange across, up;     // mm, from edge to edge
+
+  int ColumnOf(z64f mm) const;
+  int RowOf(z64f mm) const;
+};
+
+// A canvas with the title, and room for a plot of this height and for notes below.
+Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<std::string>& notes);
+
+void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName);
+void DrawGridLines(Canvas& canvas, const Plot& plot);
+// To the right of the plot.
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights);
+
+// What is drawn where there is no height, grey unlike any height, and its name.
+struct Blank {
+  std::string name;
+  bool hatched;
+
+  Rgb At(int x, int y) const;
+};
+// At the lower right.
+void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank);
+
+// "y is stretched 12 times", if the pixels of both axes stand for different lengths.
+void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes);

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// What recordings tell.
+#include "inspect/findings.h"
+#include "surfacefileconverter/filetypes.h"
+
+namespace {
+
+// A source of any scanner, as its messages are told apart.
+struct Source {
+  std::string name;
+  bool arrayed;
+};
+
+// Each of its scans bears the name, so a long one would take many times the memory of the file.
+std::string TagOf(const ReplaySourceInfo& source) {
+  constexpr zSize kLongest = 256;
+  const std::string& name = source.displayName;
+  return name.size() <= kLongest ? name : name.substr(0, kLongest) + "...";
+}
+
+std::vector<Source> SourcesOf(const RecordingFacts& facts) {
+  std::vector<Source> sources;
+  for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
+    for (const ReplaySourceInfo& source : scanner.sources) {
+      sources.push_back({TagOf(source), source.arrayed != 0});
+    }
+  }
+  return sources;
+}
+
+class RecordingDescriber {
+ public:
+  RecordingDescriber(std::span<const z8u> replay, Findings& findings)
+      : findings_(findings), replay_(replay) {}
+
+  // Throws Orv::Exception for damage.
+  void Run() {
+    // Without an owner, a frame's arrays look into memory that serves the next frame again.
+    serializer_.LoadBuffer(replay_);
+    RecordingFacts& facts = findings_.facts.recording.emplace();
+    facts.classic = serializer_.GetReplayInfo().IsClassic();
+    facts.segments = serializer_.SegmentCount();
+    facts.scanners = serializer_.ReadScannerInfo();
+    sources_ = SourcesOf(facts);
+    NoteSources(facts);
+    if (facts.classic) {
+      ReadFrames();
+    } else {
+      for (z64u segment = 0; segment < facts.segments; ++segment) {
+        serializer_.LoadDataIndexFiles();
+        ReadFrames();
+      }
+    }
+    if (findings_.facts.frames == 0) findings_.Note("there is no frame");
+    if (unevenFrames_ > 0) {
+      findings_.Note("%zu of %zu frames do not hold one message for each of the %zu sources",
+                     unevenFrames_, findings_.facts.frames, sources_.size());
+    }
+  }
+
+ private:
+  void NoteSources(const RecordingFacts& facts) {
+    if (facts.scanners.size() != 1) {
+      findings_.Note("a conversion takes recordings of one scanner, this one has %zu",
+                     facts.scanners.size());
+    }
+    for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
+      for (const ReplaySourceInfo& source : scanner.sources) {
+        const bool known =
+            source.dataType >= UNIFORM_PROFILE && source.dataType <= SURFACE_POINT_CLOUD;
+        if (!known || source.name.find("multi-exp") != source.name.npos) {
+          findings_.Note("a conversion leaves out the source \"%s\"", source.displayName);
+        }
+      }
+    }
+  }
+
+  // Those of the current segment, or of all a classic recording.
+  void ReadFrames() {
+    const std::vector<z32u> indexes = serializer_.ReadIndexInfo();
+    for (zSize i = 0; i < indexes.size(); ++i) {
+      const Plovia::ReplayFrame frame = serializer_.ReadData(i);
+      if (frame.size() != sources_.size()) ++unevenFrames_;
+      for (zSize j = 0; j < frame.size(); ++j) TakeMessage(indexes[i], j, frame[j].Get());
+      ++findings_.facts.frames;
+    }
+  }
+
+  // Messages stand in the order of their sources.
+  void TakeMessage(z32u index, zSize position, MxMsg message) {
+    const std::string& source = position < sources_.size() ? sources_[position].name : kUnknown;
+    const zSize frame = findings_.facts.frames;
+    if (MxMsg_Kind(message) != MxKind::array) {
+      return TakeScan(frame, index, {source, {}, ToScan(message)});
+    }
+    for (zSize item = 0; item < MxArrayMsg_Count(message); ++item) {
+      TakeScan(frame, index, {source, item, ToScan(MxArrayMsg_At(message, item))});
+    }
+  }
+
+  void TakeScan(zSize frame, z32u index, const TaggedScan& scan) {
+    findings_.Take(frame, index, scan);
+    findings_.progress.AddBytes(scan.scan.Count() *
+                                zType_Size(zArray_ItemType(scan.scan.points.Get())));
+  }
+
+  const std::string kUnknown = "unknown";
+  Findings& findings_;
+  std::span<const z8u> replay_;
+  Plovia::ReplaySerializer serializer_;
+  std::vector<Source> sources_;
+  zSize unevenFrames_ = 0;
+};
+
+void TellProblems(std::span<const z8u> replay, z64u start, Findings& findings) {
+  for (const Plovia::ReplayProblem& problem : Plovia::CheckReplay(replay)) {
+    if (problem.inChunk) {
+      findings.Problem(start + problem.offset, "in the compressed chunk here, at byte %llu: %s",
+                       *problem.inChunk, problem.what);
+    } else {
+      findings.Problem(start + problem.offset, "%s", problem.what);
+    }
+  }
+  if (findings.facts.problems.size() >= Plovia::kMostReplayProblems) {
+    findings.Problem({}, "there may be more: the search ended here");
+  }
+}
+
+}  // namespace
+
+void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings) {
+  bool whole = true;
+  try {
+    RecordingDescriber(replay, findings).Run();
+  } catch (const Orv::Exception& failure) {
+    if (failure.Status() == zERROR_MEMORY) throw;
+    whole = false;
+  }
+  if (check || !whole) TellProblems(replay, start, findings);
+}

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+#include "inspect/report.h"
+
+#include <algorithm>
+
+#include "inspect/text.h"
+
+namespace {
+
+constexpr const char* kKinds[] = {
+    "unknown",           "Digital Surf surface", "Digital Surf profile",
+    "compact surface",   "point cloud (PCD)",    "recording",
+    "recording archive", "directory of surfaces"};
+
+std::string BytesText(z64u bytes) {
+  if (bytes < 1000) return Orv::Format("%llu bytes", bytes);
+  double size = static_cast<double>(bytes);
+  const char* unit = "";
+  for (const char* larger : {"kB", "MB", "GB", "TB"}) {
+    if (size < 1000) break;
+    size /= 1000;
+    unit = larger;
+  }
+  return Orv::Format("%.3g %s (%llu bytes)", size, unit, bytes);
+}
+
+std::string PointText(const zPoint3d64f& point, const char* separator = ", ") {
+  return RealText(point.x) + separator + RealText(point.y) + separator + RealText(point.z);
+}
+
+// One line with a name in front.
+class Lines {
+ public:
+  explicit Lines(std::ostream& out) : out_(out) {}
+
+  void operator()(std::string_view name, std::string_view text) {
+    out_ << Orv::Format("  %-11s %s\n", name, Printable(text));
+  }
+
+ private:
+  std::ostream& out_;
+};
+
+// As it is laid out, but not all of a long one.
+void WriteComment(std::string_view comment, Lines& line) {
+  constexpr int kMostLines = 8;
+  std::string_view name = "comment";
+  for (int i = 0; i < kMostLines && !comment.empty(); ++i) {
+    std::string_view text = comment.substr(0, comment.find('\n'));
+    comment.remove_prefix(std::min(text.size() + 1, comment.size()));
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    line(name, text);
+    name = "";
+  }
+  if (!comment.empty())
+    line("", Orv::Format("... and %zu bytes more, which --json shows", comment.size()));
+}
+
+void WriteDigitalSurf(const DigitalSurfFacts& facts, Lines& line) {
+  line("object", Orv::Format("\"%s\", type %d, %d in the file, %d bits a point", facts.objectName,
+                             facts.objectType, facts.objectCount, facts.bitsPerPoint));
+  if (!facts.operatorName.empty()) line("operator", "\"" + facts.operatorName + "\"");
+  if (!facts.acquired.empty()) line("acquired", facts.acquired);
+  line("units", "steps in \"" + facts.stepUnits[0] + "\", \"" + facts.stepUnits[1] + "\", \"" +
+                    facts.stepUnits[2] + "\"; lengths in \"" + facts.lengthUnits[0] + "\", \"" +
+                    facts.lengthUnits[1] + "\", \"" + facts.lengthUnits[2] + "\"");
+  if (!facts.comment.empty()) WriteComment(facts.comment, line);
+}
+
+void WriteRecording(const RecordingFacts& facts, zSize frames, Lines& line) {
+  line("layout", facts.classic ? "classic"
+                               : Orv::Format("segmented, %llu segment%s", facts.segments,
+                                             facts.segments == 1 ? "" : "s"));
+  line("frames", std::to_string(frames));
+  for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
+    line("scanner", "\"" + scanner.displayName + "\", family \"" + scanner.family + "\", id \"" +
+                        scanner.id + "\"");
+    for (const ReplaySourceInfo& source : scanner.sources) {
+      line("source", "\"" + source.displayName + "\", " + SourceTypeName(source.dataType) +
+                         (source.arrayed != 0 ? ", in arrays" : ""));
+    }
+  }
+}
+
+std::string ShareText(zSize part, zSize whole) {
+  if (whole == 0) return "none";
+  // A share that is not whole never reads as one.
+  const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+  const bool hidden = part != whole && part != 0 && (percent > 99.95 || percent < 0.05);
+  return Orv::Format(hidden ? "%.3g %%" : "%.1f %%", percent);
+}
+
+bool IsEmpty(const MxStamp& stamp) {
+  return stamp.frame == 0 && stamp.time == 0 && stamp.encoder == 0 && stamp.zEncoder == 0 &&
+         stamp.inputs == 0;
+}
+
+void WriteScan(const ScanFacts& scan, Lines& line) {
+  const bool profile = scan.kind >= ScanKind::profile;
+  const bool cloud = scan.kind == ScanKind::cloud || scan.kind == ScanKind::pointProfile;
+  line(profile ? "profile"
+       : cloud ? "cloud"
+               : "surface",
+       (profile ? Orv::Format("%u points", scan.width)
+                : Orv::Format("%u x %u points", scan.width, scan.length)) +
+           ", " +
+           Orv::Format("%zu valid (%s)", scan.validPoints,
+                       ShareText(scan.validPoints, scan.points)));
+  line("scale", PointText(scan.scale) + " mm");
+  line("offset", PointText(scan.offset) + " mm");
+  if (scan.heights) {
+    line("heights",
+         RealText(scan.heights->lowest) + " to " + RealText(scan.heights->highest) + " mm");
+  }
+  if (scan.box) {
+    line("box",
+         PointText(scan.box->size, " x ") + " mm about (" + PointText(scan.box->center) + ") mm");
+  }
+  if (scan.intensity) {
+    line("intensity", Orv::Format("%u to %u", scan.intensity->lowest, scan.intensity->highest));
+  }
+  if (scan.stamp && !IsEmpty(*scan.stamp)) {
+    line("stamp",
+         Orv::Format("frame %llu, time %llu, encoder %lld, z encoder %lld, inputs 0x%04llx",
+                     scan.stamp->frame, scan.stamp->time, scan.stamp->encoder, scan.stamp->zEncoder,
+                     scan.stamp->inputs));
+  }
+}
+
+void WriteScans(const FileFacts& facts, Lines& line, std::ostream& out) {
+  const bool single = !facts.recording && facts.kind != FileKind::directory;
+  for (const PlacedScan& scan : facts.scans) {
+    if (!single) {
+      std::string title = Orv::Format("frame %zu", scan.frame);
+      title += ", " + scan.source;
+      if (scan.item) title += Orv::Format(" [%zu]", *scan.item);
+      out << ' ' << Printable(title) << '\n';
+    }
+    WriteScan(scan.facts, line);
+  }
+}
+
+std::string ProblemText(const Problem& problem) {
+  return (problem.offset ? Orv::Format("at byte %llu: ", *problem.offset) : "") + problem.text;
+}
+
+}  // namespace
+
+void WriteReport(const FileFacts& facts, std::ostream& out) {
+  out << Printable(facts.path) << '\n';
+  Lines line(out);
+  line("kind", kKinds[static_cast<zSize>(facts.kind)]);
+  line("size", BytesText(facts.size));
+  if (facts.digitalSurf) WriteDigitalSurf(*facts.digitalSurf, line);
+  if (facts.cloud) line("fields", facts.cloud->fields);
+  for (const StoredFile& member : facts.members) {
+    line(facts.kind == FileKind::directory ? "file" : "member",
+         member.name + ", " + BytesText(member.size));
+  }
+  if (facts.recording) {
+    WriteRecording(*facts.recording, facts.frames, line);
+  } else if (facts.kind == FileKind::directory) {
+    line("frames", std::to_string(facts.frames));
+  }
+  WriteScans(facts, line, out);
+  for (const std::string& note : facts.notes) line("note", note);
+  for (const Problem& problem : facts.problems) line("PROBLEM", ProblemText(problem));
+  out << '\n';
+}
+
+void WriteVerdict(const FileFacts& facts, std::ostream& out) {
+  const std::string path = Printable(facts.path);
+  if (facts.problems.empty()) out << path << ": whole\n";
+  for (const Problem& problem : facts.problems) {
+    out << path << ": " << Printable(ProblemText(problem)) << '\n';
+  }
+}

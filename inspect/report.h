@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// The facts of a file as text for people and as JSON for programs.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "inspect/facts.h"
+
+// Several lines, with an empty one at the end.
+void WriteReport(const FileFacts& facts, std::ostream& out);
+// "<path>: whole", or one line for each problem.
+void WriteVerdict(const FileFacts& facts, std::ostream& out);
+
+// One line with one document; docs/inspect.md tells the keys. Numbers that are no number, or
+// infinite, are null.
+void WriteJson(const FileFacts& facts, std::ostream& out);
+// The document without its scans, and each scan of it.
+nlohmann::ordered_json FileToJson(const FileFacts& facts);
+nlohmann::ordered_json ScanToJson(const PlacedScan& scan);

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// What can be said about a scan in numbers.
+#pragma once
+
+#include "inspect/scan.h"
+
+template <class Value>
+struct Range {
+  Value lowest, highest;
+};
+
+struct ScanFacts {
+  ScanKind kind;
+  z32u width, length;                   // points
+  zSize points, validPoints;            // of all rows
+  zPoint3d64f scale, offset;            // mm
+  std::optional<Range<z64f>> heights;   // mm, of the valid points
+  std::optional<BoundingBox6> box;      // mm, of the valid points
+  std::optional<Range<z8u>> intensity;  // of all points that have one
+  std::optional<MxStamp> stamp;
+};
+
+// One pass over the points. The bounding box is the scan's own, or the one that a conversion gives
+// it, if any; neither heights nor box without a valid point.
+ScanFacts MeasureScan(const Scan& scan);
