@@ -8,11 +8,12 @@
 #include <limits>
 #include <random>
 
-#include "getfilestream/getfilestream.h"
-#include "getfilestream/heightrange.h"
-#include "loadfilestream/pcdpoints.h"
-#include "loadfilestream/surheader.h"
-#include "surfacefileconverter/csvtext.h"
+#include "formats/csv/text.h"
+#include "formats/digitalsurf/layout.h"
+#include "formats/digitalsurf/reader.h"
+#include "formats/pcd/quantize.h"
+#include "scan/box.h"
+#include "scan/heightrange.h"
 
 namespace {
 
@@ -81,7 +82,7 @@ zBytes MakeWideSur(bool marked) {
 void Folding(benchmark::State& state, bool marked) {
   const zBytes file = MakeWideSur(marked);
   for (auto _ : state) {
-    SurfaceBuffer record;
+    Scan record;
     if (LoadSurFileBuffer(file, record, &zAllocator::Default()) != zOK) {
       state.SkipWithError("no surface");
     }
@@ -103,9 +104,9 @@ void Quantising(benchmark::State& state, zVectors vectors) {
   if (vectors > zVectors_Widest()) return state.SkipWithError("not on this processor");
   const std::vector<zPoint3d32f> cloud = MakeCloud();
   std::vector<zPoint3d16s> cells(kPoints);
-  SurfaceBuffer record;
+  Scan record;
   for (auto _ : state) {
-    QuantizePoints(cells, Records(cloud), record, nullptr, nullptr, vectors);
+    QuantizePoints(cells, Records(cloud), {}, record, vectors);
     benchmark::ClobberMemory();
   }
   Count(state);
@@ -114,12 +115,13 @@ BENCHMARK_CAPTURE(Quantising, Baseline, zVectors::baseline);
 BENCHMARK_CAPTURE(Quantising, Wide, zVectors::wide);
 
 void BoundingBoxOfACloud(benchmark::State& state) {
-  SurfaceBuffer record;
+  Scan record;
+  record.kind = ScanKind::cloud;
   record.width = record.length = kSide;
   zArray2_Construct(record.points.Out(), zType::zPoint3d16s, kSide, kSide, &zAllocator::Default());
-  QuantizePoints(zArray_EditableItems<zPoint3d16s>(record.points.Get()), Records(MakeCloud()),
-                 record, nullptr, nullptr);
-  for (auto _ : state) benchmark::DoNotOptimize(GetSurfaceBoundingBox(record));
+  QuantizePoints(zArray_EditableItems<zPoint3d16s>(record.points.Get()), Records(MakeCloud()), {},
+                 record);
+  for (auto _ : state) benchmark::DoNotOptimize(FindBox(record));
   Count(state);
 }
 BENCHMARK(BoundingBoxOfACloud);
@@ -146,7 +148,7 @@ BENCHMARK_CAPTURE(Dequantising, PointsAndIntensities, true);
 void CsvCells(benchmark::State& state) {
   const std::vector<z16s> heights = MakeHeights();
   const std::unique_ptr<char[]> text(new char[kPoints * kCellRoom]);
-  AxisCells cells(kScale, 0);
+  AxisCells cells({kScale, 0});
   for (auto _ : state) {
     char* end = text.get();
     for (const z16s height : heights) end = cells.Write(end, height);

@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Recording archives, and the job inside them, which is an archive with documents.
-#include <nlohmann/json.hpp>
-
+#include "formats/archive/reader.h"
+#include "formats/csv/job.h"
 #include "fuzz.h"
-#include "surfacefileconverter/recordingarchive.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const zBytes archive(data, data + size);
-  Attempt([&] { GetReplayData(archive, DefaultAlloc()); });
-  zBytes job;
-  Attempt([&] { GetResourceData(archive, "jobs/live/_live.ovjob", job, DefaultAlloc()); });
-  nlohmann::json scanner;
-  Attempt([&] { GetScannerConfig(job, "r4xxx", scanner, DefaultAlloc()); });
-  Attempt([&] { GetScannerConfig(archive, "r4xxx", scanner, DefaultAlloc()); });
+  const std::span<const z8u> archive(data, size);
+  Attempt([&] { CsvJob(GetResourceData(OpenRecordingArchive(archive).job), {}).Device(); });
+  Attempt([&] { CsvJob(archive, {}).Device(); });
   return 0;
 }

@@ -16,19 +16,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::int64_t bits = input.ConsumeIntegral<std::int64_t>();
     return (switches & 8) != 0 ? std::bit_cast<z64f>(bits) : static_cast<z64f>(bits % 1000) / 8;
   };
+  PcdOptions options{width, height, (switches & 1) != 0, {}, {}};
   const zPoint3d64f invalid{real(), real(), real()};
   const z64f zoom = real();
+  if ((switches & 2) != 0) options.invalidPoint = invalid;
+  if ((switches & 4) != 0) options.zoom = zoom;
   const auto bytes = input.ConsumeRemainingBytes<std::uint8_t>();
   Attempt([&] {
     Handle message;
-    GenerateSurfaceMsgFromBuffer(message, zBytes(bytes.begin(), bytes.end()), width, height,
-                                 (switches & 1) != 0, (switches & 2) != 0 ? &invalid : nullptr,
-                                 (switches & 4) != 0 ? &zoom : nullptr, DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(message, zBytes(bytes.begin(), bytes.end()), options,
+                                 DefaultAlloc());
     const Handle cloud = MakeStream();
     GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), DefaultAlloc());
     Handle again;
-    GenerateSurfaceMsgFromBuffer(again, BytesOf(cloud.Get()), 0, 0, false, nullptr, nullptr,
-                                 DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(again, BytesOf(cloud.Get()), PcdOptions(), DefaultAlloc());
   });
   return 0;
 }

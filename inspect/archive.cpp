@@ -1,64 +1,54 @@
 // SPDX-License-Identifier: MIT
 // What recording archives tell.
-#include "sdk/archive.h"
+#include "formats/archive/document.h"
+#include "formats/archive/layout.h"
+#include "formats/archive/reader.h"
 #include "inspect/findings.h"
-#include "surfacefileconverter/boundeddocument.h"
 
 namespace {
 
-constexpr zSize kNameCapacity = 512;
 constexpr z64u kBlockSize = 512;  // contents are filled up to whole blocks
 
-using Handle = Orv::Object<void*>;
+constexpr Orv::Operation kOperation{"inspection", "DescribeArchive"};
 
-void Require(zStatus status) {
-  if (status != zOK) {
-    throw Orv::Exception(__LINE__, "inspection", status, "DescribeArchive",
-                         "The archive cannot be opened");
+// Nothing for what is no archive.
+std::optional<ArchiveWalk> OpenArchive(std::span<const z8u> archive) {
+  try {
+    return ArchiveWalk(archive, kOperation);
+  } catch (const Orv::Exception& failure) {
+    if (failure.Status() == zERROR_FORMAT) return std::nullopt;
+    kOperation.Fail(failure.Status(), "The archive cannot be opened");
   }
 }
 
-// Gives each file member to `use(name, content)`, where it lies. Tells where the archive is
-// damaged; `what` names it.
+// Gives each file to `use(name, content)`, where it lies. Tells where the archive is damaged;
+// `what` names it.
 template <class Use>
 void ForEachMember(std::span<const z8u> archive, const char* what, z64u start, Findings& findings,
                    const Use& use) {
-  Handle stream;
-  Handle tar;
-  zAlloc alloc = &zAllocator::Default();
-  Require(zMemory_Construct(stream.Out(), alloc));
-  Require(zMemory_Attach(stream.Get(), archive.data(), 0, archive.size(), archive.size()));
-  const zStatus opened = zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, alloc);
-  if (opened == zERROR_FORMAT) return findings.Problem(start, "%s is no archive", what);
-  Require(opened);
+  std::optional<ArchiveWalk> walk = OpenArchive(archive);
+  if (!walk) return findings.Problem(start, "%s is no archive", what);
   z64u end = 0;  // of the last member whose place is known
-  for (;;) {
-    char name[kNameCapacity];
-    z32s type = zTAR_OTHER;
-    z64u size = 0;
-    const zStatus status = zTar_BeginRead(tar.Get(), name, sizeof name, &type, &size);
-    if (status == zERROR_NOT_FOUND) return;
-    if (status != zOK) {
-      return findings.Problem(start + end, "%s is damaged as an archive, here or behind", what);
+  while (const std::optional<ArchiveMember> member = walk->Next()) {
+    if (member->status != zOK) {
+      return findings.Problem(start + end, "the member \"%s\" of %s is cut", member->name, what);
     }
-    if (type != zTAR_FILE) continue;
-    const void* content = nullptr;
-    if (zTar_View(tar.Get(), &content, size) != zOK) {
-      return findings.Problem(start + end, "the member \"%s\" of %s is cut", name, what);
+    const std::span<const z8u> content = member->content;
+    if (!content.empty()) {
+      end = static_cast<z64u>(content.data() - archive.data()) +
+            (content.size() + kBlockSize - 1) / kBlockSize * kBlockSize;
     }
-    const auto* bytes = static_cast<const z8u*>(content);
-    if (size > 0) {
-      end = static_cast<z64u>(bytes - archive.data()) +
-            (size + kBlockSize - 1) / kBlockSize * kBlockSize;
-    }
-    use(std::string(name), std::span<const z8u>(bytes, static_cast<zSize>(size)));
+    use(member->name, content);
+  }
+  if (walk->End() != zERROR_NOT_FOUND) {
+    findings.Problem(start + end, "%s is damaged as an archive, here or behind", what);
   }
 }
 
 // Of the documents, a conversion reads those of scanners, and sets bounds to them.
 void ParseDocument(const std::string& name, std::span<const z8u> content) {
-  if (name.starts_with("scan/") && name.ends_with("/config.json")) {
-    static_cast<void>(ParseBounded(zBytes(content.begin(), content.end()), "DescribeArchive"));
+  if (name.starts_with(kScannerFolder) && name.ends_with(kScannerConfig)) {
+    static_cast<void>(ParseBounded(content, kOperation));
     return;
   }
   const auto keepNothing = [](int, nlohmann::json::parse_event_t, nlohmann::json&) {
@@ -87,8 +77,6 @@ bool IsDocument(const std::string& name) { return name.ends_with(".json"); }
 }  // namespace
 
 void DescribeArchive(const zBytes& bytes, bool check, Findings& findings) {
-  constexpr std::string_view kReplay = "replay/buffer";
-  constexpr std::string_view kJob = "jobs/live/_live.ovjob";
   std::span<const z8u> replay;
   bool hasJob = false;
   const auto offset = [&](std::span<const z8u> content) {
@@ -97,11 +85,11 @@ void DescribeArchive(const zBytes& bytes, bool check, Findings& findings) {
   ForEachMember(bytes, "the file", 0, findings,
                 [&](const std::string& name, std::span<const z8u> content) {
                   findings.facts.members.push_back({name, content.size()});
-                  if (name == kReplay) replay = content;
+                  if (name == kReplayMember) replay = content;
                   if (check && IsDocument(name)) {
                     CheckDocument(name, content, offset(content), findings);
                   }
-                  if (name != kJob || content.empty()) return;
+                  if (name != kJobMember || content.empty()) return;
                   hasJob = true;
                   if (!check) return;
                   const z64u start = offset(content);
@@ -112,10 +100,10 @@ void DescribeArchive(const zBytes& bytes, bool check, Findings& findings) {
                                 });
                 });
   if (!hasJob) {
-    findings.Note("there is no job (\"%s\"), so it cannot be exported to .csv", kJob);
+    findings.Note("there is no job (\"%s\"), so it cannot be exported to .csv", kJobMember);
   }
   if (replay.empty()) {
-    return findings.Problem({}, "there is no recording (\"%s\") in the archive", kReplay);
+    return findings.Problem({}, "there is no recording (\"%s\") in the archive", kReplayMember);
   }
   DescribeRecording(replay, offset(replay), check, findings);
 }

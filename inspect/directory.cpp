@@ -3,51 +3,40 @@
 #include <algorithm>
 #include <map>
 
+#include "formats/directory/reader.h"
 #include "inspect/findings.h"
-#include "surfacefileconverter/surfacefileconverter.h"
-#include "surfacefileconverter/wholefile.h"
+#include "numbers.h"
+#include "wholefile.h"
 
 namespace {
 
+constexpr Orv::Operation kOperation{"inspection", "DescribeDirectory"};
+
 std::vector<std::string> ListFiles(const std::string& path) {
-  Orv::Object<void*> list;
-  zStatus status = zArrayList_Construct(list.Out(), zType::zString, 0, &zAllocator::Default());
-  if (status == zOK) status = zDirectory_ListFiles(path.c_str(), list.Get());
-  if (status != zOK) {
-    throw Orv::Exception(__LINE__, "inspection", status, "DescribeDirectory",
-                         "The directory cannot be listed");
+  try {
+    return ListFileNames(path, kOperation, &zAllocator::Default());
+  } catch (const Orv::Exception& failure) {
+    kOperation.Fail(failure.Status(), "The directory cannot be listed");
   }
-  std::vector<std::string> names;
-  for (zSize i = 0; i < zArrayList_Count(list.Get()); ++i) {
-    names.push_back(*static_cast<const zString*>(zArrayList_At(list.Get(), i)));
-  }
-  return names;
 }
 
 // Whose file a name says that it is.
-struct FrameName {
+struct FramePlace {
   zSize frame = 0;
   std::string source;
 };
 
-// Of <prefix>-Frame-<four digits>_<source>.sur; of another name, the name itself as the source.
-FrameName ParseName(const std::string& name) {
-  constexpr std::string_view kMarker = "-Frame-";
-  constexpr std::size_t kDigits = 4;
-  const std::size_t marker = name.find(kMarker);
-  if (marker == name.npos) return {0, name};
-  const std::string_view rest = std::string_view(name).substr(marker + kMarker.size());
-  zSize frame = 0;
-  for (const char c : rest.substr(0, kDigits)) {
-    if (c < '0' || c > '9') return {0, name};
-    frame = frame * 10 + static_cast<zSize>(c - '0');
-  }
-  if (rest.size() <= kDigits) return {0, name};
-  const std::string_view tag = rest.substr(kDigits + 1);
-  return {frame, std::string(tag.substr(0, tag.rfind('.')))};
+// Of a name that does not tell it, the name itself as the source.
+FramePlace PlaceOf(const std::string& name) {
+  const auto parts = ParseFrameFileName(name);
+  const bool told = parts && !parts->behind.empty() &&
+                    std::ranges::all_of(parts->index, [](char c) { return c >= '0' && c <= '9'; });
+  if (!told) return {0, name};
+  return {static_cast<zSize>(parseInteger(std::string(parts->index))), std::string(parts->tag)};
 }
 
-FileFacts DescribeFile(const std::string& path, const FrameName& place, const Findings& directory) {
+FileFacts DescribeFile(const std::string& path, const FramePlace& place,
+                       const Findings& directory) {
   FileFacts facts;
   facts.path = path;
   facts.kind = FileKind::sur;
@@ -60,7 +49,7 @@ FileFacts DescribeFile(const std::string& path, const FrameName& place, const Fi
     zBytes bytes;
     ReadFileBuffer(path, bytes);
     facts.size = bytes.size();
-    DescribeDigitalSurf(bytes, findings);
+    DescribeScanFile(bytes, findings);
   } catch (const Orv::Exception& failure) {
     findings.Problem({}, "%s", failure.what());
   }
@@ -77,8 +66,7 @@ FileFacts DescribeFile(const std::string& path, const FrameName& place, const Fi
 void DescribeDirectory(const std::string& path, Findings& findings) {
   FileFacts& facts = findings.facts;
   try {
-    SurfaceFileConverter converter;
-    converter.importFiles(path);
+    static_cast<void>(OpenSurfaceDirectory(path, &zAllocator::Default()));
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& failure) {
@@ -86,8 +74,7 @@ void DescribeDirectory(const std::string& path, Findings& findings) {
   }
   std::map<std::string, zSize> notes;  // and how many files have them
   for (const std::string& name : ListFiles(path)) {
-    FileFacts file =
-        DescribeFile(std::string(path).append("/").append(name), ParseName(name), findings);
+    FileFacts file = DescribeFile(PathInDirectory(path, name), PlaceOf(name), findings);
     facts.members.push_back({name, file.size});
     facts.size += file.size;
     for (const std::string& note : file.notes) ++notes[note];

@@ -9,9 +9,12 @@
 #include "inspect/page/page.h"
 #include "inspect/picture/picture.h"
 #include "inspect/report.h"
-#include "surfacefileconverter/wholefile.h"
+#include "statuses.h"
+#include "wholefile.h"
 
 namespace {
+
+constexpr Orv::Operation kOperation{"inspection", "DrawFile"};
 
 bool IsWanted(const InspectOptions& options, zSize frame, const std::string& source) {
   return (!options.frame || *options.frame == frame) &&
@@ -89,8 +92,7 @@ void WritePage(const std::string& path, const FileFacts& facts, const InspectOpt
 void RequireOtherFile(const std::string& path, const std::string& output) {
   std::error_code missing;
   if (!output.empty() && std::filesystem::equivalent(path, output, missing)) {
-    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile",
-                         output + " is what should be looked at");
+    kOperation.Fail(kBadInput, output + " is what should be looked at");
   }
 }
 
@@ -105,7 +107,7 @@ FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progr
     return IsWanted(options, scan.frame, scan.source);
   });
   if (!any && facts.problems.empty()) {
-    throw Orv::Exception(__LINE__, "inspection", kBadInput, "DrawFile", "There is no such scan");
+    kOperation.Fail(kBadInput, "There is no such scan");
   }
   if (any && !options.html.empty()) WritePage(path, facts, options, progress);
   return facts;

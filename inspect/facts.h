@@ -2,10 +2,11 @@
 // What is known about a file or a directory of surfaces.
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
+#include "formats/digitalsurf/facts.h"
+#include "formats/pcd/facts.h"
 #include "inspect/scanfacts.h"
 #include "sdk/pipeline.h"
 
@@ -15,25 +16,6 @@ enum class FileKind : z8u { unknown, sur, pro, srf, pcd, recording, archive, dir
 struct Problem {
   std::optional<z64u> offset;  // bytes from the start of the file
   std::string text;
-};
-
-// What a Digital Surf file tells and a conversion does not use.
-struct DigitalSurfFacts {
-  std::string objectName, operatorName, comment;
-  std::string acquired;  // "2024-05-31 12:00:00", empty when no date is set
-  z16s objectType = 0;   // 1 profile, 2 surface
-  z16s objectCount = 0;
-  z16s bitsPerPoint = 0;
-  bool specialPoints = false;  // samples below the smallest one are not measured
-  std::array<std::string, 3> axes, stepUnits, lengthUnits;  // of x, y and z
-  z64u privateBytes = 0, bytesAfterSamples = 0;
-};
-
-// What a point cloud's header tells.
-struct CloudFacts {
-  std::string fields;     // separated by blanks
-  std::string viewpoint;  // not used by a conversion
-  bool binary = false;
 };
 
 struct RecordingFacts {

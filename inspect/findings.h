@@ -42,9 +42,7 @@ class Findings {
 
 // Each fills in the facts of a file of its kind; what is wrong with the file becomes a problem, not
 // an exception.
-void DescribeDigitalSurf(const zBytes& bytes, Findings& findings);  // .sur or .pro
-void DescribeSrf(const zBytes& bytes, Findings& findings);
-void DescribePcd(const zBytes& bytes, Findings& findings);
+void DescribeScanFile(const zBytes& bytes, Findings& findings);  // .sur, .pro, .srf or .pcd
 // A replay stream that begins at `start` of its file. `check` asks for everything that can be
 // verified, beyond what reading it verifies.
 void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings);

@@ -3,33 +3,24 @@
 
 #include <algorithm>
 
-#include "surfacefileconverter/filetypes.h"
-#include "surfacefileconverter/wholefile.h"
+#include "formats/filetypes.h"
+#include "wholefile.h"
 
 namespace {
 
-constexpr std::pair<std::string_view, FileKind> kEndings[] = {
-    {".sur", FileKind::sur},       {".SUR", FileKind::sur},       {".pro", FileKind::pro},
-    {".PRO", FileKind::pro},       {".srf", FileKind::srf},       {".pcd", FileKind::pcd},
-    {".rep", FileKind::recording}, {".rec", FileKind::recording}, {".ovrec", FileKind::archive},
-};
+// By FileType.
+constexpr FileKind kKinds[] = {FileKind::srf,       FileKind::sur,     FileKind::pro,
+                               FileKind::pcd,       FileKind::unknown, FileKind::recording,
+                               FileKind::recording, FileKind::archive};
 
 void Describe(const zBytes& bytes, bool check, Findings& findings) {
   switch (findings.facts.kind) {
-    case FileKind::sur:
-    case FileKind::pro:
-      return DescribeDigitalSurf(bytes, findings);
-    case FileKind::srf:
-      return DescribeSrf(bytes, findings);
-    case FileKind::pcd:
-      return DescribePcd(bytes, findings);
     case FileKind::recording:
       return DescribeRecording(bytes, 0, check, findings);
     case FileKind::archive:
       return DescribeArchive(bytes, check, findings);
-    case FileKind::directory:
-    case FileKind::unknown:
-      return;
+    default:
+      return DescribeScanFile(bytes, findings);
   }
 }
 
@@ -60,10 +51,9 @@ void NoteEmptyScans(Findings& findings) {
 std::optional<FileKind> KindOfPath(const std::string& path) {
   const std::size_t dot = path.rfind('.');
   if (dot == path.npos) return std::nullopt;
-  const auto* known = std::ranges::find(kEndings, std::string_view(path).substr(dot),
-                                        &std::pair<std::string_view, FileKind>::first);
-  if (known == std::end(kEndings)) return std::nullopt;
-  return known->second;
+  const std::optional<FileType> type = ImportType(std::string_view(path).substr(dot));
+  if (!type) return std::nullopt;
+  return kKinds[*type];
 }
 
 std::string SourceTypeName(z16u dataType) {

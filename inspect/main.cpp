@@ -9,7 +9,7 @@
 #include "inspect/inspect.h"
 #include "inspect/options.h"
 #include "inspect/report.h"
-#include "inspect/text.h"
+#include "text.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "inspect/text.h"
+#include "text.h"
 
 namespace {
 

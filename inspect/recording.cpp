@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What recordings tell.
+#include <algorithm>
+#include <tuple>
+
+#include "formats/recording/recording.h"
 #include "inspect/findings.h"
-#include "surfacefileconverter/filetypes.h"
 
 namespace {
 
@@ -16,6 +19,13 @@ std::string TagOf(const ReplaySourceInfo& source) {
   constexpr zSize kLongest = 256;
   const std::string& name = source.displayName;
   return name.size() <= kLongest ? name : name.substr(0, kLongest) + "...";
+}
+
+Scan ScanOf(MxMsg message) {
+  constexpr Orv::Operation kOperation{"inspection", "DescribeRecording"};
+  Scan scan;
+  kOperation.Require(GetScan(message, scan), "There is not enough memory for the points of a scan");
+  return scan;
 }
 
 std::vector<Source> SourcesOf(const RecordingFacts& facts) {
@@ -33,29 +43,52 @@ class RecordingDescriber {
   RecordingDescriber(std::span<const z8u> replay, Findings& findings)
       : findings_(findings), replay_(replay) {}
 
-  // Throws Orv::Exception for damage.
+  // Tells of the recording up to the first damage; looks for damage to its end.
   void Run() {
     // Without an owner, a frame's arrays look into memory that serves the next frame again.
-    serializer_.LoadBuffer(replay_);
-    RecordingFacts& facts = findings_.facts.recording.emplace();
-    facts.classic = serializer_.GetReplayInfo().IsClassic();
-    facts.segments = serializer_.SegmentCount();
-    facts.scanners = serializer_.ReadScannerInfo();
-    sources_ = SourcesOf(facts);
-    NoteSources(facts);
-    if (facts.classic) {
+    serializer_.LoadDamaged(replay_, problems_);
+    const bool classic = serializer_.GetReplayInfo().IsClassic();
+    const z64u segments = serializer_.SegmentCount();
+    if (IsReadable()) {
+      RecordingFacts& facts = findings_.facts.recording.emplace();
+      facts.classic = classic;
+      facts.segments = segments;
+      facts.scanners = serializer_.ReadScannerInfo();
+      sources_ = SourcesOf(facts);
+      NoteSources(facts);
+    }
+    if (classic) {
       ReadFrames();
     } else {
-      for (z64u segment = 0; segment < facts.segments; ++segment) {
+      for (z64u segment = 0; segment < segments; ++segment) {
         serializer_.LoadDataIndexFiles();
         ReadFrames();
       }
     }
+    if (!IsReadable()) return;
     if (findings_.facts.frames == 0) findings_.Note("there is no frame");
     if (unevenFrames_ > 0) {
       findings_.Note("%zu of %zu frames do not hold one message for each of the %zu sources",
                      unevenFrames_, findings_.facts.frames, sources_.size());
     }
+  }
+
+  // Whether nothing is wrong that keeps a frame from being read.
+  bool IsReadable() const {
+    return std::ranges::all_of(problems_, &Plovia::ReplayProblem::harmless);
+  }
+
+  // In the order of their offsets. Damage that is met twice counts once.
+  std::vector<Plovia::ReplayProblem> TakeProblems() {
+    const auto key = [](const Plovia::ReplayProblem& problem) {
+      return std::tie(problem.offset, problem.inChunk);
+    };
+    std::ranges::stable_sort(problems_, {}, key);
+    const auto same = [&](const Plovia::ReplayProblem& a, const Plovia::ReplayProblem& b) {
+      return key(a) == key(b) && a.what == b.what;
+    };
+    problems_.erase(std::unique(problems_.begin(), problems_.end(), same), problems_.end());
+    return std::move(problems_);
   }
 
  private:
@@ -66,11 +99,8 @@ class RecordingDescriber {
     }
     for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
       for (const ReplaySourceInfo& source : scanner.sources) {
-        const bool known =
-            source.dataType >= UNIFORM_PROFILE && source.dataType <= SURFACE_POINT_CLOUD;
-        if (!known || source.name.find("multi-exp") != source.name.npos) {
-          findings_.Note("a conversion leaves out the source \"%s\"", source.displayName);
-        }
+        if (IsExportable(source)) continue;
+        findings_.Note("a conversion leaves out the source \"%s\"", source.displayName);
       }
     }
   }
@@ -80,6 +110,7 @@ class RecordingDescriber {
     const std::vector<z32u> indexes = serializer_.ReadIndexInfo();
     for (zSize i = 0; i < indexes.size(); ++i) {
       const Plovia::ReplayFrame frame = serializer_.ReadData(i);
+      if (!IsReadable()) continue;
       if (frame.size() != sources_.size()) ++unevenFrames_;
       for (zSize j = 0; j < frame.size(); ++j) TakeMessage(indexes[i], j, frame[j].Get());
       ++findings_.facts.frames;
@@ -91,10 +122,10 @@ class RecordingDescriber {
     const std::string& source = position < sources_.size() ? sources_[position].name : kUnknown;
     const zSize frame = findings_.facts.frames;
     if (MxMsg_Kind(message) != MxKind::array) {
-      return TakeScan(frame, index, {source, {}, ToScan(message)});
+      return TakeScan(frame, index, {source, {}, ScanOf(message)});
     }
     for (zSize item = 0; item < MxArrayMsg_Count(message); ++item) {
-      TakeScan(frame, index, {source, item, ToScan(MxArrayMsg_At(message, item))});
+      TakeScan(frame, index, {source, item, ScanOf(MxArrayMsg_At(message, item))});
     }
   }
 
@@ -107,13 +138,15 @@ class RecordingDescriber {
   const std::string kUnknown = "unknown";
   Findings& findings_;
   std::span<const z8u> replay_;
+  std::vector<Plovia::ReplayProblem> problems_;
   Plovia::ReplaySerializer serializer_;
   std::vector<Source> sources_;
   zSize unevenFrames_ = 0;
 };
 
-void TellProblems(std::span<const z8u> replay, z64u start, Findings& findings) {
-  for (const Plovia::ReplayProblem& problem : Plovia::CheckReplay(replay)) {
+void TellProblems(const std::vector<Plovia::ReplayProblem>& problems, z64u start,
+                  Findings& findings) {
+  for (const Plovia::ReplayProblem& problem : problems) {
     if (problem.inChunk) {
       findings.Problem(start + problem.offset, "in the compressed chunk here, at byte %llu: %s",
                        *problem.inChunk, problem.what);
@@ -129,12 +162,12 @@ void TellProblems(std::span<const z8u> replay, z64u start, Findings& findings) {
 }  // namespace
 
 void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings) {
-  bool whole = true;
+  RecordingDescriber describer(replay, findings);
   try {
-    RecordingDescriber(replay, findings).Run();
+    describer.Run();
   } catch (const Orv::Exception& failure) {
     if (failure.Status() == zERROR_MEMORY) throw;
-    whole = false;
+    // There are more problems than are told.
   }
-  if (check || !whole) TellProblems(replay, start, findings);
+  if (check || !describer.IsReadable()) TellProblems(describer.TakeProblems(), start, findings);
 }

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "inspect/text.h"
+#include "text.h"
 
 namespace {
 

@@ -2,7 +2,16 @@
 // What can be said about a scan in numbers.
 #pragma once
 
-#include "inspect/scan.h"
+#include <string>
+
+#include "scan/scan.h"
+
+// A frame's scan of one source.
+struct TaggedScan {
+  std::string source;         // display name; of a file's only scan, empty
+  std::optional<zSize> item;  // in the array message that holds it
+  Scan scan;
+};
 
 template <class Value>
 struct Range {

@@ -15,12 +15,12 @@ void consolePrint(std::string_view format, const Values&... values) {
   consoleWrite(Orv::Format(format, values...));
 }
 
-// One status line: a prefix such as "[INFO] ", the message (a format), and a full stop. The whole
-// line is written, or nothing when there is no memory for the message.
+// One status line: a prefix such as "[INFO] ", the message as it stands, and a full stop.
+void consoleLine(std::string_view prefix, std::string_view message);
+
+// The same for a message that is a format. The whole line is written, or nothing when there is no
+// memory for the message.
 template <class... Values>
 void consoleStatus(std::string_view prefix, std::string_view format, const Values&... values) {
-  const std::string message = Orv::Format(format, values...);
-  consoleWrite(prefix);
-  consoleWrite(message);
-  consoleWrite(".\n");
+  consoleLine(prefix, Orv::Format(format, values...));
 }

@@ -29,12 +29,13 @@ void StartLibraries() {
   static zCoreLib coreLibrary = nullptr;
   static MxLib messageLibrary = nullptr;
   static PloviaLib pipelineLibrary = nullptr;
-  const auto require = [](zStatus status, int line, const char* message) {
-    if (status != zOK) throw Orv::Exception(line, "main", kNotStarted, "OrvLibInit", message);
+  constexpr Orv::Operation kOperation{"main", "OrvLibInit"};
+  const auto require = [&](zStatus status, const Orv::ErrorText& text) {
+    if (status != zOK) kOperation.Fail(kNotStarted, text);
   };
-  require(zCoreLib_Construct(&coreLibrary), 76, "Failed to initialize zCoreLib");
-  require(MxLib_Construct(&messageLibrary), 77, "Failed to initialize MxLib");
-  require(PloviaLib_Construct(&pipelineLibrary), 78, "Failed to initialize PloviaLib");
+  require(zCoreLib_Construct(&coreLibrary), {"Failed to initialize zCoreLib", 76});
+  require(MxLib_Construct(&messageLibrary), {"Failed to initialize MxLib", 77});
+  require(PloviaLib_Construct(&pipelineLibrary), {"Failed to initialize PloviaLib", 78});
 }
 
 int ReportFailure(const Orv::Exception& failure, std::ofstream& log) {

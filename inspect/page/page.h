@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "inspect/scan.h"
+#include "inspect/scanfacts.h"
 
 // What a file holds in all.
 struct PageExtent {

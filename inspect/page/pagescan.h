@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "inspect/scan.h"
+#include "scan/scan.h"
 
 // A value v stands for v * scale + offset mm, kInvalidRaw for nothing measured.
 struct PageValues {

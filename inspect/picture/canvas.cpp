@@ -51,8 +51,8 @@ zBytes Canvas::ToPng() const {
   zBytes bytes(PNG_IMAGE_PNG_SIZE_MAX(image));
   png_alloc_size_t size = bytes.size();
   if (png_image_write_to_memory(&image, bytes.data(), &size, 0, pixels_.data(), 0, nullptr) == 0) {
-    throw Orv::Exception(__LINE__, "inspection", zERROR_MEMORY, "Canvas::ToPng",
-                         "Failed to encode the picture: %s", image.message);
+    constexpr Orv::Operation kOperation{"inspection", "Canvas::ToPng"};
+    kOperation.Fail(zERROR_MEMORY, "Failed to encode the picture: %s", image.message);
   }
   bytes.resize(size);
   return bytes;

@@ -7,8 +7,8 @@
 #include <cmath>
 
 #include "font_ttf.h"
-#include "inspect/text.h"
 #include "sdk/object.h"
+#include "text.h"
 
 namespace {
 
@@ -22,9 +22,9 @@ bool IsPrintable(char32_t c) {
 }
 
 void MustBeDone(FT_Error error) {
-  if (error == 0) return;
-  throw Orv::Exception(__LINE__, "inspection", zERROR_MEMORY, "Lettering",
-                       "Failed to prepare the font: error %d of FreeType", error);
+  constexpr Orv::Operation kOperation{"inspection", "Lettering"};
+  kOperation.Require(error == 0 ? zOK : zERROR_MEMORY,
+                     "Failed to prepare the font: error %d of FreeType", error);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "inspect/scan.h"
+#include "scan/scan.h"
 
 // A PNG, 1000 pixels wide. A surface or a cloud is seen from above, x to the right and y upwards,
 // so that the first row of a surface is the lowest one; both to the same scale, unless a side would

@@ -116,13 +116,10 @@ z64f SideByDensity(const Scan& scan, const Footprint& footprint) {
 // whatever direction, are at most that far apart. Infinite if none is known.
 z64f SideByNeighbours(const Scan& scan) {
   const auto points = zArray_Items<zPoint3d16s>(scan.points.Get());
-  const auto valid = [](const zPoint3d16s& point) {
-    return point.x != kInvalidRaw && point.y != kInvalidRaw && point.z != kInvalidRaw;
-  };
   const zSize width = scan.width;
   std::vector<z64f> sides;
   const auto add = [&](zSize a, zSize b) {
-    if (!valid(points[a]) || !valid(points[b])) return;
+    if (!IsValid(points[a]) || !IsValid(points[b])) return;
     const z64f side = std::abs(scan.scale.x * (points[a].x - points[b].x)) +
                       std::abs(scan.scale.y * (points[a].y - points[b].y));
     if (IsDrawable(side)) sides.push_back(side);

@@ -7,7 +7,7 @@
 #include <functional>
 #include <vector>
 
-#include "inspect/scan.h"
+#include "scan/points.h"
 
 // Where the cells of a map lie. 0 x 0 when there is nothing to place.
 struct MapGrid {

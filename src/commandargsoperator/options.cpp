@@ -2,6 +2,7 @@
 #include <map>
 
 #include "commandargsoperator/commandargsoperator.h"
+#include "console.h"
 
 namespace {
 
@@ -22,7 +23,11 @@ std::string Strip(const std::string& text) {
 CommandArgsOperator::CommandArgsOperator()
     : knownOptions{"-i",      "--input", "-o",       "--output", "-f",     "--frame", "-w",
                    "--width", "-h",      "--height", "-s",       "--swap", "-r",      "--remove",
-                   "-z",      "--zoom",  "-a",       "--all",    "--help"} {}
+                   "-z",      "--zoom",  "-a",       "--all",    "--help"} {
+  converter.setListener([](NoticeKind kind, const std::string& text) {
+    consoleLine(kind == NoticeKind::info ? "[INFO] " : "[WARNING] ", text);
+  });
+}
 
 ParsedArgs parseCommandLine(const std::string& line, const std::vector<std::string>& knownOptions) {
   std::map<std::size_t, const std::string*> found;

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "sdk/object.h"
-#include "surfacefileconverter/failure.h"
+#include "statuses.h"
 
 namespace {
 
@@ -15,8 +15,9 @@ struct SplitPath {
   SplitPath(const std::string& path, const char* function) {
     const std::size_t dot = path.rfind('.');
     if (dot == std::string::npos) {
-      throw Orv::Exception(__LINE__, kSourceFile, kBadInput, function,
-                           "Failed to parse the extension of the input filename");
+      constexpr const char* kUnit = "surfacefileconverter";
+      Orv::Operation{kUnit, function}.Fail(kBadInput,
+                                           "Failed to parse the extension of the input filename");
     }
     stem = path.substr(0, dot);
     extension = path.substr(dot);

@@ -8,13 +8,13 @@
 #include <sstream>
 
 #include "inspect/report.h"
-#include "inspect/text.h"
 #include "support/archives.h"
 #include "support/csv_export.h"
 #include "support/mcap_file.h"
 #include "support/payloads.h"
 #include "support/run_program.h"
 #include "support/sur_file.h"
+#include "text.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <cmath>
 #include <limits>
 
-#include "inspect/scans_to_inspect.h"
 #include "inspect/picture/colormap.h"
 #include "inspect/picture/lettering.h"
 #include "inspect/picture/ticks.h"
+#include "inspect/scans_to_inspect.h"
 
 namespace {
 

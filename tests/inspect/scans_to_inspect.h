@@ -2,7 +2,7 @@
 // Scans to look at.
 #pragma once
 
-#include "inspect/scan.h"
+#include "scan/points.h"
 #include "support/scans.h"
 
 template <class Point>

@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 std::vector<std::string> Complaints(const zBytes& file) {
   std::vector<std::string> texts;
-  for (const Plovia::ReplayProblem& problem : Plovia::CheckReplay(file)) {
+  for (const Plovia::ReplayProblem& problem : CheckReplay(file)) {
     texts.push_back(problem.what);
   }
   return texts;
@@ -45,7 +45,7 @@ TEST(RecordingCheck, GoesOnAfterAProblem) {
   const zBytes file =
       mcap::File(mcap::Message(77, "") + mcap::Chunk(frame, "", 0, 1) + mcap::Chunk(bad) +
                  mcap::FrameIndex("{}") + mcap::Chunk(bad, "lz4") + mcap::Chunk(frame, "bz2"));
-  const std::vector<Plovia::ReplayProblem> problems = Plovia::CheckReplay(file);
+  const std::vector<Plovia::ReplayProblem> problems = CheckReplay(file);
   EXPECT_THAT(Complaints(file),
               ElementsAre(HasSubstr("unknown channel 77"), HasSubstr("checksum of the chunk"),
                           HasSubstr("no intact FlatBuffer"), HasSubstr("frame index is not"),

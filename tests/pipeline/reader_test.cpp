@@ -190,7 +190,7 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
     EXPECT_THAT(thrown, AllOf(HasSubstr("damaged at byte offset"), HasSubstr(row.complaint)));
     // The check, which goes on after damage, finds the same.
     EXPECT_TRUE(std::ranges::any_of(
-        Plovia::CheckReplay(row.file),
+        CheckReplay(row.file),
         [&](const Plovia::ReplayProblem& problem) { return thrown.ends_with(problem.what); }));
   }
   const zBytes file = mcap::File(mcap::Message(77, ""));

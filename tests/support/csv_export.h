@@ -39,13 +39,16 @@ inline Member MakeJob(const std::string& document) {
 // Exports a recording with that job to out.csv; tells the names written, or the error.
 inline std::string ExportCsv(const Member& job, const std::vector<ReplaySourceInfo>& sources,
                              const std::vector<Plovia::ReplayFrame>& frames, bool all = false,
-                             bool classic = false) {
+                             bool classic = false, std::string* warning = nullptr) {
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources = sources;
   WriteFile(
       "in.ovrec",
       MakeArchive({job, {"replay/buffer", ToText(WriteRecording(scanner, frames, classic))}}));
   SurfaceFileConverter converter;
+  converter.setListener([warning](NoticeKind, const std::string& text) {
+    if (warning != nullptr) *warning += text;
+  });
   converter.importFile("in.ovrec");
   converter.exportAll = all;
   try {

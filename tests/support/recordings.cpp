@@ -2,6 +2,7 @@
 #include "support/recordings.h"
 
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -147,6 +148,32 @@ zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
     for (const Handle& message : frame) serializer.WriteData(message);
   }
   return serializer.GetReplayFile(classic);
+}
+
+std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay) {
+  std::vector<Plovia::ReplayProblem> problems;
+  Plovia::ReplaySerializer serializer;
+  try {
+    serializer.LoadDamaged(replay, problems);
+    const bool classic = serializer.GetReplayInfo().IsClassic();
+    const z64u parts = classic ? 1 : serializer.SegmentCount();
+    for (z64u part = 0; part < parts; ++part) {
+      if (!classic) serializer.LoadDataIndexFiles();
+      const zSize frames = serializer.ReadIndexInfo().size();
+      for (zSize i = 0; i < frames; ++i) serializer.ReadData(i);
+    }
+  } catch (const Orv::Exception&) {
+    // There are as many problems as are kept.
+  }
+  const auto place = [](const Plovia::ReplayProblem& problem) {
+    return std::tie(problem.offset, problem.inChunk);
+  };
+  std::ranges::stable_sort(problems, {}, place);
+  const auto same = [&](const Plovia::ReplayProblem& a, const Plovia::ReplayProblem& b) {
+    return place(a) == place(b) && a.what == b.what;
+  };
+  problems.erase(std::unique(problems.begin(), problems.end(), same), problems.end());
+  return problems;
 }
 
 std::string ReadRecording(const zBytes& stream) {

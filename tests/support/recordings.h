@@ -2,6 +2,7 @@
 // Messages of every kind, and recordings of them.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ Plovia::ReplayFrame MakeFrame(int seed);
 
 zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
                       const std::vector<Plovia::ReplayFrame>& frames, bool classic);
+
+// Everything that is wrong in a recording stream, in the order of its bytes.
+std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay);
 
 // All that can be read from a recording, as text: scanners, then frames, each with its index entry.
 std::string ReadRecording(const zBytes& stream);

@@ -11,7 +11,7 @@ inline Handle ReadScan(const zBytes& bytes, FileType fileType) {
   if (fileType == PRO) {
     GenerateProfileMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
   } else if (fileType == PCD) {
-    GenerateSurfaceMsgFromBuffer(message, bytes, 0, 0, false, nullptr, nullptr, DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(message, bytes, PcdOptions{}, DefaultAlloc());
   } else {
     GenerateSurfaceMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
   }

@@ -10,7 +10,7 @@
 #include "support/sur_file.h"
 #include "support/temp_directory.h"
 #include "surfacefileconverter/surfacefileconverter.h"
-#include "surfacefileconverter/wholefile.h"
+#include "wholefile.h"
 
 namespace {
 

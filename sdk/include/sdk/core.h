@@ -182,7 +182,6 @@ zStatus zArray2_Construct(zArray2* array, zType itemType, z64s length0, z64s len
 
 zType zArray_ItemType(zObject array) noexcept;
 zSize zArray_Count(zObject array) noexcept;  // of all items
-zSize zArray2_Length(zArray2 array, zSize dimension) noexcept;
 // The items, valid as long as the array; null for a handle that is no array.
 const void* zArray_Data(zObject array) noexcept;
 // The items for writing. Items that are shared with another owner (a copied array, a recording's
@@ -262,8 +261,3 @@ zStatus zDirectory_ListFiles(const char* path, zArrayList names) noexcept;
 
 // Whether standard error goes to a terminal.
 bool zConsole_ErrorsAreSeen() noexcept;
-
-// Bytes and texts -----------------------------------------------------------------------------
-void zMemCopy(void* destination, const void* source, zSize size) noexcept;
-// 0 when both texts are equal, otherwise the sign of their order.
-z32s zStrCompare(const char* a, const char* b) noexcept;

@@ -38,7 +38,6 @@ zStatus MxLib_Construct(MxLib* library) noexcept;
 MxKind MxMsg_Kind(MxMsg message) noexcept;  // none for a handle that is no message
 // An array message answers with its first item's stamp; null when it has none.
 const MxStamp* MxDataMsg_Stamp(MxMsg message) noexcept;
-const zPoint3d64f* MxDataMsg_Scale(MxMsg message) noexcept;  // of a surface or profile
 zStatus MxDataMsg_SetStamp(MxMsg message, zSize index, const MxStamp* stamp) noexcept;  // index 0
 zStatus MxDataMsg_SetTime(MxMsg message, z64u time) noexcept;
 zStatus MxDataMsg_SetEncoder(MxMsg message, z64s encoder) noexcept;

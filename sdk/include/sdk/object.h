@@ -2,6 +2,7 @@
 // Object library: the error type and the owning handle.
 #pragma once
 
+#include <concepts>
 #include <exception>
 #include <initializer_list>
 #include <memory>
@@ -82,6 +83,39 @@ class Exception : public std::exception {
             Formatted);
 
   std::shared_ptr<const Details> details_;  // shared, so that copying an exception cannot throw
+};
+
+// The message of an error: a format, and the line of the sources that it is reported from, which is
+// that of the call unless another one is named.
+struct ErrorText {
+  template <class Text>
+  requires std::convertible_to<const Text&, std::string_view> ErrorText(
+      const Text& text, int sourceLine = __builtin_LINE())
+      : format(text), line(sourceLine) {}
+
+  std::string_view format;
+  int line;
+};
+
+// An operation as its errors name it: the unit of the sources that it belongs to, and its name. The
+// one way to fail.
+struct Operation {
+  const char* file;
+  const char* function;
+
+  template <class... Values>
+  Exception Error(zStatus status, const ErrorText& text, const Values&... values) const {
+    return {text.line, file, status, function, text.format, values...};
+  }
+  template <class... Values>
+  [[noreturn]] void Fail(zStatus status, const ErrorText& text, const Values&... values) const {
+    throw Error(status, text, values...);
+  }
+  // Fails unless the status is 1.
+  template <class... Values>
+  void Require(zStatus status, const ErrorText& text, const Values&... values) const {
+    if (status != zOK) Fail(status, text, values...);
+  }
 };
 
 template <class Handle>

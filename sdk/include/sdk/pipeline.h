@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pipeline library: recordings as streams of bytes. docs/recordings.md describes the layout.
+// Pipeline library: recordings as streams of bytes. docs/formats/recording.md describes the layout.
 //
 // Failures are Orv::Exception. Damage in a stream is reported with the byte offset at which it
 // was found; a chunk that was compressed adds the offset inside its uncompressed records.
@@ -87,17 +87,12 @@ struct ReplayProblem {
   z64u offset;                  // in the stream; of the chunk, where that is compressed
   std::optional<z64u> inChunk;  // then: in its uncompressed records
   std::string what;
+  bool harmless = false;  // to reading: an index, the summary or a frame outside of segments
 
   bool operator==(const ReplayProblem&) const = default;
 };
 
 inline constexpr zSize kMostReplayProblems = 1000;
-
-// Verifies all that can be verified in a stream: structure, checksums, each payload, and what
-// indexes and summary say. Goes on after a problem where it can, and gives up after
-// kMostReplayProblems. Gives them in the order of their offsets. Throws Orv::Exception only where
-// there is no memory.
-std::vector<ReplayProblem> CheckReplay(std::span<const z8u> replay);
 
 // Reads one recording or writes one; an object does either.
 class ReplaySerializer {
@@ -112,6 +107,12 @@ class ReplaySerializer {
   // share it and copy their points out of the stream when these are first needed, without one at
   // once.
   void LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner = nullptr);
+  // The same for a stream that may be damaged: what is wrong is added to the problems, up to
+  // kMostReplayProblems in all, and the reading goes on after it where it can. So it does in
+  // ReadData, where a message that is damaged becomes an empty handle, until there are as many
+  // problems; then it throws. What the indexes and the summary say is verified too. Throws from
+  // here only where there is no memory. The list must outlive the last read.
+  void LoadDamaged(std::span<const z8u> replay, std::vector<ReplayProblem>& problems);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
 

@@ -102,11 +102,6 @@ zSize zArray_Count(zObject array) noexcept {
   return items == nullptr ? 0 : items->Count();
 }
 
-zSize zArray2_Length(zArray2 array, zSize dimension) noexcept {
-  const Array* items = As<Array>(array);
-  return items == nullptr ? 0 : static_cast<zSize>(items->Length(dimension));
-}
-
 const void* zArray_Data(zObject array) noexcept {
   const Array* items = As<Array>(array);
   return items == nullptr ? nullptr : items->Items();

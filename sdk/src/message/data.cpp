@@ -18,10 +18,6 @@ const MxStamp* MxDataMsg_Stamp(MxMsg message) noexcept {
   return data == nullptr ? nullptr : data->Stamp();
 }
 
-const zPoint3d64f* MxDataMsg_Scale(MxMsg message) noexcept {
-  return sdk::ValueOf<Scan>(message, &Scan::scale);
-}
-
 zStatus MxDataMsg_SetStamp(MxMsg message, zSize index, const MxStamp* stamp) noexcept {
   return index != 0 ? zERROR_PARAMETER : sdk::SetValue<Scan>(message, &Scan::stamp, stamp);
 }

@@ -40,27 +40,30 @@ template <class... Values>
 // Takes note of damage, where the reading goes on after it.
 class DamageLog {
  public:
-  explicit DamageLog(zSize most) : most_(most) {}
+  explicit DamageLog(std::vector<Plovia::ReplayProblem>& problems) : problems_(problems) {}
 
-  bool IsFull() const { return problems_.size() == most_; }
-  void Add(const Plovia::ReplayProblem& problem) { problems_.push_back(problem); }
-  std::vector<Plovia::ReplayProblem> TakeProblems() { return std::move(problems_); }
+  bool IsFull() const { return problems_.size() >= Plovia::kMostReplayProblems; }
+  void Add(const Plovia::ReplayProblem& problem, bool harmless) {
+    problems_.push_back(problem);
+    problems_.back().harmless = harmless;
+  }
 
  private:
-  zSize most_;
-  std::vector<Plovia::ReplayProblem> problems_;
+  std::vector<Plovia::ReplayProblem>& problems_;
 };
 
-// Runs a step. Its damage is noted in the log, or thrown where there is none or no room.
+// Runs a step. Its damage is noted in the log, or thrown where there is none or no room. False when
+// it was noted.
 template <class Step>
-void RunStep(DamageLog* log, const Step& step) {
-  if (log == nullptr) return step();
+bool RunStep(DamageLog* log, const Step& step, bool harmless = false) {
   try {
     step();
   } catch (const Damage& damage) {
-    if (log->IsFull()) throw;
-    log->Add(damage.Problem());
+    if (log == nullptr || log->IsFull()) throw;
+    log->Add(damage.Problem(), harmless);
+    return false;
   }
+  return true;
 }
 
 }  // namespace sdk::replay

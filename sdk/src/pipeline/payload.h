@@ -32,20 +32,26 @@ class PayloadBuilder {
 
   template <class Item>
   flatbuffers::Offset<flatbuffers::Vector<Item>> LeaveHole(const Array& array);
-  flatbuffers::Offset<void> BuildSurface(const Surface& surface);
-  flatbuffers::Offset<void> BuildProfile(const Profile& profile);
   flatbuffers::Offset<void> BuildScan(const Scan& scan);
 
   flatbuffers::FlatBufferBuilder builder_;
   std::vector<Hole> holes_;  // from the end of the buffer to its start
 };
 
-// Reads payloads, one after the other. Each is copied into aligned memory and verified there.
+// Reads payloads, one after the other. Each is copied into aligned memory and verified there: in a
+// stream nothing is aligned, and what is verified must not change any more. Who owns the points of
+// the message then:
+// - Without an owner of the payload (a look into a file, a compressed chunk), the copy. Its memory
+//   serves the next payload as soon as nobody holds it.
+// - With an owner (an import), the payload: the arrays share the owner and copy their items out
+// when
+//   these are first needed. So of a thousand frames only those take memory that are exported.
+// - With an owner, and points that keep the copy (a recording of one message), the copy; this
+// spares
+//   a second one. Intensities share the payload all the same.
 class PayloadReader {
  public:
-  // The message in a payload that stands at `place`. Its arrays look into the copy; with an owner
-  // of the payload, they share that instead and the copy makes room for the next one, unless the
-  // points shall keep it. Throws Orv::Exception for damage.
+  // The message in a payload that stands at `place`. Throws Orv::Exception for damage.
   Orv::Object<void*> Read(Bytes payload, const std::shared_ptr<const void>& owner,
                           bool pointsKeepCopy, const Place& place);
 

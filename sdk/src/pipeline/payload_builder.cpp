@@ -8,6 +8,8 @@ namespace sdk::replay {
 
 namespace {
 
+constexpr Orv::Operation kOperation{"pipeline", "Plovia::ReplaySerializer"};
+
 // Tables, tags and padding of one scan around its arrays, rounded up generously.
 constexpr z64u kScanOverhead = 512;
 
@@ -39,8 +41,7 @@ fb::PointType ToPointType(zType type) {
 zSize CheckedSizeBound(const sdk::Message& message) {
   const z64u bound = PayloadBuilder::SizeBound(message);
   if (bound >= FLATBUFFERS_MAX_BUFFER_SIZE) {
-    throw Orv::Exception(__LINE__, "pipeline", zERROR_MEMORY, "Plovia::ReplaySerializer",
-                         "A message of %llu bytes is too large for a recording", bound);
+    kOperation.Fail(zERROR_MEMORY, "A message of %llu bytes is too large for a recording", bound);
   }
   return static_cast<zSize>(bound);
 }
@@ -78,8 +79,7 @@ PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSi
 template <class Item>
 flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const Array& array) {
   if (!array.Load()) {
-    throw Orv::Exception(__LINE__, "pipeline", zERROR_MEMORY, "Plovia::ReplaySerializer",
-                         "There is not enough memory for a message of the recording");
+    kOperation.Fail(zERROR_MEMORY, "There is not enough memory for a message of the recording");
   }
   // Points are runs of 16-bit coordinates.
   Item* items = nullptr;
@@ -92,34 +92,22 @@ flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const A
 }
 
 flatbuffers::Offset<void> PayloadBuilder::BuildScan(const Scan& scan) {
-  return scan.Kind() == MxKind::surface ? BuildSurface(static_cast<const Surface&>(scan))
-                                        : BuildProfile(static_cast<const Profile&>(scan));
-}
-
-flatbuffers::Offset<void> PayloadBuilder::BuildSurface(const Surface& surface) {
-  const auto points = LeaveHole<z16s>(*surface.points);
+  const auto points = LeaveHole<z16s>(*scan.points);
   flatbuffers::Offset<flatbuffers::Vector<z8u>> intensities;
-  if (surface.intensities != nullptr) intensities = LeaveHole<z8u>(*surface.intensities);
-  const fb::Vec3 offset = ToVec3(surface.offset);
-  const fb::Vec3 scale = ToVec3(surface.scale);
-  const fb::Box box = ToBox(surface.box);
-  const fb::Stamp stamp = ToStamp(surface.stamp);
-  return fb::CreateSurface(builder_, surface.Width(), surface.Length(),
-                           ToPointType(surface.points->ItemType()), points, intensities, &offset,
-                           &scale, &box, surface.resampled, &stamp)
-      .Union();
-}
-
-flatbuffers::Offset<void> PayloadBuilder::BuildProfile(const Profile& profile) {
-  const auto points = LeaveHole<z16s>(*profile.points);
-  flatbuffers::Offset<flatbuffers::Vector<z8u>> intensities;
-  if (profile.intensities != nullptr) intensities = LeaveHole<z8u>(*profile.intensities);
-  const fb::Vec3 offset = ToVec3(profile.offset);
-  const fb::Vec3 scale = ToVec3(profile.scale);
-  const fb::Box box = ToBox(profile.box);
-  const fb::Stamp stamp = ToStamp(profile.stamp);
-  return fb::CreateProfile(builder_, profile.PointCount(), ToPointType(profile.points->ItemType()),
-                           points, intensities, &offset, &scale, &box, &stamp)
+  if (scan.intensities != nullptr) intensities = LeaveHole<z8u>(*scan.intensities);
+  const fb::PointType type = ToPointType(scan.points->ItemType());
+  const fb::Vec3 offset = ToVec3(scan.offset);
+  const fb::Vec3 scale = ToVec3(scan.scale);
+  const fb::Box box = ToBox(scan.box);
+  const fb::Stamp stamp = ToStamp(scan.stamp);
+  if (scan.Kind() == MxKind::profile) {
+    return fb::CreateProfile(builder_, static_cast<const Profile&>(scan).PointCount(), type, points,
+                             intensities, &offset, &scale, &box, &stamp)
+        .Union();
+  }
+  const auto& surface = static_cast<const Surface&>(scan);
+  return fb::CreateSurface(builder_, surface.Width(), surface.Length(), type, points, intensities,
+                           &offset, &scale, &box, surface.resampled, &stamp)
       .Union();
 }
 

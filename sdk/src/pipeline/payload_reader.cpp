@@ -10,9 +10,10 @@ namespace sdk::replay {
 
 namespace {
 
-[[noreturn]] void ThrowNoMemory() {
-  throw Orv::Exception(__LINE__, "pipeline", zERROR_MEMORY, "Plovia::ReplaySerializer",
-                       "There is not enough memory for the messages of the recording stream");
+[[noreturn]] void FailOfMemory() {
+  constexpr Orv::Operation kOperation{"pipeline", "Plovia::ReplaySerializer"};
+  kOperation.Fail(zERROR_MEMORY,
+                  "There is not enough memory for the messages of the recording stream");
 }
 
 zPoint3d64f ToPoint(const fb::Vec3* vec, const zPoint3d64f& absent) {
@@ -148,7 +149,7 @@ class MessageReader {
 
   template <class Kind>
   static Owned<Kind> Checked(Owned<Kind> object) {
-    if (object == nullptr) ThrowNoMemory();
+    if (object == nullptr) FailOfMemory();
     return object;
   }
 
@@ -170,7 +171,7 @@ Orv::Object<void*> PayloadReader::Read(Bytes payload, const std::shared_ptr<cons
   if (copy_ == nullptr || copy_.use_count() > 1 || payload.size() > capacity_) {
     copy_.reset();
     copy_ = AllocateBlock(&zAllocator::Default(), payload.size(), Fill::none);
-    if (copy_ == nullptr) ThrowNoMemory();
+    if (copy_ == nullptr) FailOfMemory();
     capacity_ = payload.size();
   }
   std::ranges::copy(payload, reinterpret_cast<z8u*>(copy_.get()));

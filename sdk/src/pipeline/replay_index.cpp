@@ -9,6 +9,7 @@
 #include "pipeline/decompress.h"
 #include "pipeline/replay_channels.h"
 #include "pipeline/replay_names.h"
+#include "pipeline/summary_check.h"
 
 namespace sdk::replay {
 
@@ -31,7 +32,9 @@ z32u ParseFrameIndex(Bytes data, const Place& place) {
 
 class Indexer {
  public:
-  Indexer(Bytes stream, DamageLog* log) : stream_(stream), log_(log) {}
+  Indexer(Bytes stream, DamageLog* log) : stream_(stream), log_(log) {
+    if (log != nullptr) summary_.emplace(stream);
+  }
 
   ReplayIndex Run() {
     RunStep(log_, [&] { WalkStream(); });
@@ -72,8 +75,15 @@ class Indexer {
       if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "the data section has no end");
       const RawRecord record = cursor.Next();
       atEnd = record.opcode == Opcode::dataEnd;
+      CheckSummary([&] { summary_->TakeData(record); });
       RunStep(log_, [&] { TakeRecord(record); });
     }
+  }
+
+  // What the indexes and the summary say matters only where damage is told.
+  template <class Step>
+  void CheckSummary(const Step& step) {
+    if (summary_) RunStep(log_, step, true);
   }
 
   void TakeRecord(const RawRecord& record) {
@@ -132,6 +142,7 @@ class Indexer {
   }
 
   void TakeChunk(const RawRecord& record) {
+    if (summary_) summary_->BeginChunk();
     const auto chunk = Parse<Chunk>(record);
     const zSize firstFrame = index_.frames.size();
     if (chunk.compression.empty()) {
@@ -161,7 +172,9 @@ class Indexer {
     for (RecordCursor cursor(records, first); !cursor.AtEnd();) {
       const RawRecord record = cursor.Next();
       RunStep(log_, [&] { TakeChunkRecord(record, compressedChunk); });
+      CheckSummary([&] { summary_->TakeChunkRecord(record, record.place.offset - first.offset); });
     }
+    if (summary_) summary_->EndChunk();
   }
 
   void TakeChunkRecord(const RawRecord& record, z32u compressedChunk) {
@@ -197,13 +210,16 @@ class Indexer {
     described_ = true;
   }
 
-  // The summary repeats what the data section holds; only its framing and checksum are looked at.
-  void WalkSummary(RecordCursor& cursor) const {
+  // The summary repeats what the data section holds.
+  void WalkSummary(RecordCursor& cursor) {
     const Place start = cursor.Position();
     for (;;) {
       if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "there is no footer");
       const RawRecord record = cursor.Next();
-      if (record.opcode != Opcode::footer) continue;
+      if (record.opcode != Opcode::footer) {
+        CheckSummary([&] { summary_->TakeSummary(record); });
+        continue;
+      }
       if (!cursor.AtEnd()) ThrowDamage(cursor.Position(), "records stand after the footer");
       const auto footer = Parse<Footer>(record);
       const z64u end = record.place.offset + kRecordPrefix + sizeof footer.summaryStart +
@@ -225,7 +241,8 @@ class Indexer {
   }
 
   Bytes stream_;
-  DamageLog* log_;  // null: damage is thrown
+  DamageLog* log_;                       // null: damage is thrown
+  std::optional<SummaryCheck> summary_;  // with a log
   ReplayIndex index_;
   ReplayChannels channels_;
   bool described_ = false;

@@ -42,8 +42,9 @@ struct ReplayIndex {
 };
 
 // Walks a whole stream, checks its structure and its checksums and tells what stands where. Scan
-// messages are found, not read. The index looks into the stream. Throws Orv::Exception for damage;
-// with a log, tells there what is damaged and leaves it out.
+// messages are found, not read. The index looks into the stream. Throws Orv::Exception for damage.
+// With a log, tells there what is damaged and leaves it out, and compares what the indexes and the
+// summary say.
 ReplayIndex IndexReplay(Bytes stream, DamageLog* log = nullptr);
 
 }  // namespace sdk::replay

@@ -7,15 +7,29 @@ namespace sdk::replay {
 
 namespace {
 
-[[noreturn]] void Refuse(const char* operation, std::string_view reason) {
-  throw Orv::Exception(__LINE__, "pipeline", zERROR_PARAMETER, operation, "%s", reason);
-}
+constexpr Orv::Operation kNextSegment{"pipeline", "Plovia::ReplaySerializer::LoadDataIndexFiles"};
+constexpr Orv::Operation kReadData{"pipeline", "Plovia::ReplaySerializer::ReadData"};
 
 }  // namespace
 
+ReplayReader::ReplayReader(Bytes stream, const DamageLog& log)
+    : stream_(stream), log_(log), index_(IndexReplay(stream, &*log_)) {
+  if (index_.classic) return;
+  // Nobody asks for frames outside of segments. Damage in them is told all the same.
+  zSize frame = 0;
+  const auto readUpTo = [&](zSize end) {
+    for (; frame < end; ++frame) static_cast<void>(ReadFrame(frame, true));
+  };
+  for (const Segment& segment : index_.segments) {
+    readUpTo(segment.firstFrame);
+    frame += segment.frameCount;
+  }
+  readUpTo(index_.frames.size());
+}
+
 void ReplayReader::NextSegment() {
   if (segmentsBegun_ == index_.segments.size()) {
-    Refuse("Plovia::ReplaySerializer::LoadDataIndexFiles", "The recording has no further segment");
+    kNextSegment.Fail(zERROR_PARAMETER, "The recording has no further segment");
   }
   ++segmentsBegun_;
   framesRead_ = 0;
@@ -38,7 +52,7 @@ std::vector<z32u> ReplayReader::FrameIndexes() const {
 
 Plovia::ReplayFrame ReplayReader::Frame(z64u position) {
   if (position >= index_.frames.size()) {
-    Refuse("Plovia::ReplaySerializer::ReadData", "The recording has no such frame");
+    kReadData.Fail(zERROR_PARAMETER, "The recording has no such frame");
   }
   return ReadFrame(static_cast<zSize>(position));
 }
@@ -46,17 +60,19 @@ Plovia::ReplayFrame ReplayReader::Frame(z64u position) {
 Plovia::ReplayFrame ReplayReader::NextFrame() {
   const Segment current = CurrentFrames();
   if (framesRead_ == current.frameCount) {
-    Refuse("Plovia::ReplaySerializer::ReadData", "The segment has no further frame");
+    kReadData.Fail(zERROR_PARAMETER, "The segment has no further frame");
   }
   return ReadFrame(current.firstFrame + framesRead_++);
 }
 
-Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame) {
+Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame, bool harmless) {
   const zSize end = frame + 1 < index_.frames.size() ? index_.frames[frame + 1].firstMessage
                                                      : index_.messages.size();
   Plovia::ReplayFrame messages;
   for (zSize i = index_.frames[frame].firstMessage; i < end; ++i) {
-    messages.push_back(ReadMessage(i));
+    Orv::Object<void*>& message = messages.emplace_back();
+    RunStep(
+        log_ ? &*log_ : nullptr, [&] { message = ReadMessage(i); }, harmless);
   }
   return messages;
 }

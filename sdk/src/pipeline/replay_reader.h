@@ -9,10 +9,11 @@ namespace sdk::replay {
 
 class ReplayReader {
  public:
-  // The stream must outlive the reader. Messages share its owner, where there is one. For the log
-  // see IndexReplay.
-  ReplayReader(Bytes stream, std::shared_ptr<const void> owner, DamageLog* log = nullptr)
-      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream, log)) {}
+  // The stream must outlive the reader. Messages share its owner, where there is one.
+  ReplayReader(Bytes stream, std::shared_ptr<const void> owner)
+      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream)) {}
+  // With a log, see IndexReplay; a message that is damaged becomes an empty handle.
+  ReplayReader(Bytes stream, const DamageLog& log);
 
   const ReplayIndex& Index() const { return index_; }
 
@@ -25,16 +26,17 @@ class ReplayReader {
   Plovia::ReplayFrame Frame(z64u position);
   // The next frame of the current segment.
   Plovia::ReplayFrame NextFrame();
-  // A message by its position in the index.
-  Orv::Object<void*> ReadMessage(zSize position);
 
  private:
   Segment CurrentFrames() const;
-  Plovia::ReplayFrame ReadFrame(zSize frame);
+  Plovia::ReplayFrame ReadFrame(zSize frame, bool harmless = false);
+  // A message by its position in the index.
+  Orv::Object<void*> ReadMessage(zSize position);
   Bytes CompressedRecords(z32u chunk);
 
   Bytes stream_;
   std::shared_ptr<const void> owner_;
+  std::optional<DamageLog> log_;
   ReplayIndex index_;
   zSize segmentsBegun_ = 0;
   zSize framesRead_ = 0;  // of the current segment

@@ -17,10 +17,7 @@ constexpr z16u kSchemaId = 1;
 constexpr z64u kNanosecondsPerFrame = 100'000'000;  // a nominal ten frames a second
 constexpr z64u kChunkSize = z64u{64} << 20;
 
-[[noreturn]] void Refuse(std::string_view reason) {
-  throw Orv::Exception(__LINE__, "pipeline", zERROR_PARAMETER,
-                       "Plovia::ReplaySerializer::GetReplayFile", "%s", reason);
-}
+constexpr Orv::Operation kOperation{"pipeline", "Plovia::ReplaySerializer::GetReplayFile"};
 
 class ReplayWriter {
  public:
@@ -91,7 +88,8 @@ class ReplayWriter {
     sourceCount_ = 0;
     for (zSize i = 0; i < scanners_.size(); ++i) {
       for (const ReplaySourceInfo& source : scanners_[i].sources) {
-        if (sourceCount_ == 0xFFFF) Refuse("A recording holds at most 65535 sources");
+        if (sourceCount_ == 0xFFFF)
+          kOperation.Fail(zERROR_PARAMETER, "A recording holds at most 65535 sources");
         const std::string topic = "/" + scanners_[i].id + "/" + source.name;
         const std::string scanner = std::to_string(i);
         const std::string dataType = std::to_string(source.dataType);
@@ -212,8 +210,10 @@ Plovia::ReplayStream WriteReplay(const std::vector<Plovia::ReplayScannerInfo>& s
       scanners, [](const Plovia::ReplayScannerInfo& scanner) { return !scanner.sources.empty(); });
   const bool messages = std::ranges::any_of(
       frames, [](const FrameContent& frame) { return !frame.messages.empty(); });
-  if (messages && !sources) Refuse("The recording has messages but no source for them");
-  if (frames.size() > 0xFFFFFFFF) Refuse("A recording holds at most 4294967295 frames");
+  if (messages && !sources)
+    kOperation.Fail(zERROR_PARAMETER, "The recording has messages but no source for them");
+  if (frames.size() > 0xFFFFFFFF)
+    kOperation.Fail(zERROR_PARAMETER, "A recording holds at most 4294967295 frames");
 
   ReplayWriter writer(scanners, classic);
   for (zSize i = 0; i < frames.size(); ++i) writer.PutFrame(static_cast<z32u>(i), frames[i]);

@@ -1,13 +1,69 @@
 // SPDX-License-Identifier: MIT
+// What the indexes and the summary of a recording stream say, compared with its data section, which
+// is walked in front of them.
 #pragma once
 
-#include "pipeline/damage.h"
-#include "pipeline/records.h"
+#include <map>
+#include <set>
+#include <vector>
+
+#include "pipeline/field_reader.h"
 
 namespace sdk::replay {
 
-// Compares what the indexes and the summary of a stream say with its data section, and verifies the
-// checksums of attachments. Ends without a word where the stream's structure is broken.
-void CheckSummary(Bytes stream, DamageLog& log);
+// Takes the records in the order of the stream. The stream must outlive it. All operations throw
+// Orv::Exception for what is wrong; the checksums of attachments are verified too.
+class SummaryCheck {
+ public:
+  explicit SummaryCheck(Bytes stream) : stream_(stream) {}
+
+  // A record of the data section, outside of chunks.
+  void TakeData(const RawRecord& record);
+  // A chunk's records, between these two, with their offset in the chunk. Of a chunk that does not
+  // reach its end, nothing is known.
+  void BeginChunk();
+  void TakeChunkRecord(const RawRecord& record, z64u offset);
+  void EndChunk() { chunkRead_ = true; }
+  // A record behind the data section.
+  void TakeSummary(const RawRecord& record) const;
+
+ private:
+  // A chunk or metadata record, as an index should tell of it.
+  struct Indexed {
+    Opcode opcode;
+    z64u length;  // with its prefix
+    RawRecord record;
+  };
+
+  // There may be very many.
+  struct ChunkMessage {
+    z64u offset;  // in the chunk's records
+    z16u channel;
+    z64u time;
+  };
+
+  // What a data section holds.
+  struct Counted {
+    z64u messages = 0, attachments = 0, metadata = 0, chunks = 0;
+    std::set<z16u> schemas;
+    std::map<z16u, z64u> channels;  // messages of each
+  };
+
+  void Note(const RawRecord& record);
+  void Count(const RawRecord& record);
+  void CheckMessageIndex(const RawRecord& record) const;
+  static void CheckAttachment(const RawRecord& record);
+  void CheckStatistics(const RawRecord& record) const;
+  const RawRecord& Find(const RawRecord& entry, Opcode opcode, z64u offset, z64u length) const;
+  void CheckChunkIndex(const RawRecord& record) const;
+  void CheckMetadataIndex(const RawRecord& record) const;
+  void CheckSummaryOffset(const RawRecord& record) const;
+
+  Bytes stream_;
+  Counted counted_;
+  std::map<z64u, Indexed> indexed_;          // by offset
+  std::vector<ChunkMessage> chunkMessages_;  // of the last chunk, in order
+  bool chunkRead_ = true;
+};
 
 }  // namespace sdk::replay

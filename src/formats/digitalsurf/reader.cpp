@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "formats/digitalsurf/reader.h"
+
+#include <algorithm>
+#include <limits>
+#include <span>
+
+#include "formats/digitalsurf/fold.h"
+#include "formats/digitalsurf/validation.h"
+
+namespace {
+
+zPoint3d64f Widen(z32f x, z32f y, z32f z) {
+  return {static_cast<z64f>(x), static_cast<z64f>(y), static_cast<z64f>(z)};
+}
+
+// Reads the samples that the file's position stands before. Invalid points become -32768; 32-bit
+// samples are folded into 16 bits, and the header's z spacing and offset are then those of the
+// folded heights.
+class SampleReader {
+ public:
+  SampleReader(FileReader& file, SurHeader& header, bool profile)
+      : file_(file), header_(header), profile_(profile) {}
+
+  // Fills an array of z16s.
+  zStatus Read(zObject points) {
+    return header_.bitsPerPoint == 16 ? Read16(points) : Read32(points);
+  }
+
+ private:
+  zStatus Read16(zObject points) {
+    const zStatus status = file_.ReadArray(points);
+    if (status != zOK || header_.specialPoints != 1) return status;
+    const auto threshold = static_cast<z16s>(header_.zMin);
+    for (z16s& height : zArray_EditableItems<z16s>(points)) {
+      height = height < threshold ? kInvalidRaw : height;
+    }
+    return zOK;
+  }
+
+  zStatus Read32(zObject points) {
+    const std::span<z16s> heights = zArray_EditableItems<z16s>(points);
+    z32s lowest = header_.zMin;
+    z32s highest = header_.zMax;
+    if (header_.specialPoints != 1) {
+      const zStatus status = FindRange(heights.size(), lowest, highest);
+      if (status != zOK) return status;
+    }
+
+    const DigitalSurfFold fold =
+        MakeDigitalSurfFold(lowest, highest, header_.zSpacing, header_.zOffset);
+    // A surface's threshold is the header's, whatever its flag says. In a profile without the flag
+    // no point is invalid.
+    const z32s threshold = profile_ ? lowest : header_.zMin;
+    header_.zSpacing = fold.spacing;
+    header_.zOffset = fold.offset;
+    auto height = heights.begin();
+    return ForEachBlock(heights.size(), [&](std::span<const z32s> samples) {
+      height = std::ranges::transform(samples, height, [&](z32s sample) {
+                 return sample < threshold ? kInvalidRaw : fold(sample);
+               }).out;
+    });
+  }
+
+  // Looks ahead: the samples are still to be read afterwards.
+  zStatus FindRange(zSize count, z32s& lowest, z32s& highest) {
+    lowest = std::numeric_limits<z32s>::max();
+    highest = std::numeric_limits<z32s>::min();
+    const auto start = static_cast<z64s>(file_.Position());
+    const zStatus status = ForEachBlock(count, [&](std::span<const z32s> samples) {
+      z32s least = lowest;  // in registers while the block is searched
+      z32s greatest = highest;
+      for (const z32s sample : samples) {
+        least = std::min(least, sample);
+        greatest = std::max(greatest, sample);
+      }
+      lowest = least;
+      highest = greatest;
+    });
+    return status == zOK ? file_.Seek(start) : status;
+  }
+
+  // Gives the next `count` 32-bit samples to `use`, a block at a time.
+  template <class Use>
+  zStatus ForEachBlock(zSize count, Use use) {
+    std::array<z32s, 4096> block;
+    for (zSize size = 0; count > 0; count -= size) {
+      size = std::min(count, block.size());
+      const zStatus status = file_.Read(zType::z32s, block.data(), size);
+      if (status != zOK) return status;
+      use(std::span<const z32s>(block.data(), size));
+    }
+    return zOK;
+  }
+
+  FileReader& file_;
+  SurHeader& header_;
+  bool profile_;
+};
+
+zStatus MakeHeights(const SurHeader& header, bool profile, Orv::Object<void*>& points,
+                    zAlloc alloc) {
+  return profile ? zArray1_Construct(points.Out(), zType::z16s, header.pointsPerLine, alloc)
+                 : zArray2_Construct(points.Out(), zType::z16s, header.lineCount,
+                                     header.pointsPerLine, alloc);
+}
+
+zStatus Load(const zBytes& bytes, bool profile, Scan& record, zAlloc alloc) {
+  FileReader file;
+  SurHeader header;
+  zStatus status = OpenDigitalSurf(bytes, file, header, alloc);
+  if (status != zOK) return status;
+  const Complaints complaints = ValidateSamples(header, profile, file.Left(), bytes.size());
+  if (!complaints.empty()) return complaints.front().status;
+  status = MakeHeights(header, profile, record.points, alloc);
+  if (status != zOK) return status;
+  status = SampleReader(file, header, profile).Read(record.points.Get());
+  if (status != zOK) return status;
+
+  record.kind = profile ? ScanKind::profile : ScanKind::surface;
+  record.width = static_cast<z32u>(header.pointsPerLine);
+  record.length = static_cast<z32u>(header.lineCount);
+  record.scale = Widen(header.xSpacing, header.ySpacing, header.zSpacing);
+  record.offset = Widen(header.xOffset, header.yOffset, header.zOffset);
+  return zOK;
+}
+
+}  // namespace
+
+zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header, zAlloc alloc) {
+  zStatus status = file.Open(bytes, alloc);
+  if (status != zOK) return status;
+  InitSurHeader(header);
+  status = ReadSurHeader(file.Serializer(), header);
+  if (status != zOK || (header.commentSize <= 0 && header.privateSize <= 0)) return status;
+  return file.Seek(static_cast<z64s>(file.Position()) + header.commentSize + header.privateSize);
+}
+
+zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
+  return Load(bytes, false, record, alloc);
+}
+
+zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
+  constexpr Orv::Operation kOperation{"loadfilestream", "LoadProFileBuffer"};
+  const zStatus status = Load(bytes, true, record, alloc);
+  if (status == kBadInput) kOperation.Fail(status, "The pro file contains multiples profiles.");
+  return status;
+}

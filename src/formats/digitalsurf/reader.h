@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// Digital Surf surfaces and profiles to scans.
+#pragma once
+
+#include "formats/digitalsurf/layout.h"
+#include "formats/filereader.h"
+#include "scan/scan.h"
+
+// Decodes a Digital Surf surface of 16- or 32-bit samples. 32-bit samples are folded into 16 bits
+// and the z scale and offset adjusted. Returns 1, or -999 for no bytes at all, 0 for a file of
+// another kind or sample size, or the status of the step that failed. A surface of no points
+// (either side 0) is read. After a failure the record may hold an unfilled array of points.
+zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
+
+// Decodes a Digital Surf profile into z16s heights, folded like those of a surface. Returns what
+// LoadSurFileBuffer returns; throws Orv::Exception for a file of more or less than one line.
+zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
+
+// Opens the file and reads its header, then moves past the comment and private zones. The bytes
+// must outlive the file. No bytes at all are -999, another signature is 0.
+zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header, zAlloc alloc);

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// Surface and profile messages as Digital Surf files.
+#pragma once
+
+#include "sdk/message.h"
+
+// Heights that leave room for the value of invalid points, which is the smallest height - 2.
+inline constexpr z16s kLowestWritable = -32765;
+inline constexpr z16s kHighestWritable = 32766;
+
+// Append a uniform surface or profile message, header and samples, to a memory stream. Return 1; 0
+// for a null message or stream, another kind of message, or heights outside of the range above; or
+// the status of the step that failed, when the stream holds a part. Invalid points of the message
+// itself become the smallest height - 2, as they stand in the file.
+zStatus GetSurFileStream(MxMsg message, zMemory stream);
+zStatus GetProFileStream(MxMsg message, zMemory stream);

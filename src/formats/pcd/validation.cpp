@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "formats/pcd/validation.h"
+
+#include <algorithm>
+
+#include "statuses.h"
+#include "text.h"
+
+namespace {
+
+bool HasCoordinates(std::string_view fields) {
+  zSize found = 0;
+  for (std::string_view name; TakePcdWord(fields, name);) {
+    if (name == "x" || name == "y" || name == "z") ++found;
+  }
+  return found >= 3;
+}
+
+// The parser has stopped behind the line that is wrong, with `left` bytes of the file behind it.
+Complaint ComplainOfHeader(std::string_view file, std::size_t left) {
+  const std::string_view read = file.substr(0, file.size() - left);
+  const std::string_view withoutItsEnd = read.substr(0, read.empty() ? 0 : read.size() - 1);
+  const std::size_t start = withoutItsEnd.rfind('\n') + 1;  // npos + 1 is 0
+  const std::string fields = PcdValueOf(read, "FIELDS ");
+  if (!fields.empty() && !HasCoordinates(fields)) {
+    return MakeComplaint(read.find("FIELDS "), kMalformed,
+                         "x, y and z are not among the fields: %s", fields);
+  }
+  constexpr std::size_t kShown = 60;
+  const std::string_view line = file.substr(start, file.find('\n', start) - start);
+  return MakeComplaint(start, kMalformed,
+                       "this is not the line that a PCD 0.7 header has here: \"%s\"",
+                       line.substr(0, kShown));
+}
+
+}  // namespace
+
+Complaints ValidatePcd(std::string_view file, PcdFile& pcd) {
+  pcd.data = file;
+  const std::optional<PcdCloud> cloud = ParsePcdHeader(pcd.data);
+  if (!cloud) return {ComplainOfHeader(file, pcd.data.size())};
+  pcd.cloud = *cloud;
+  pcd.header = file.substr(0, file.size() - pcd.data.size());
+  if (!cloud->binary) {
+    return {{pcd.header.size(), kNotImplemented, "the points are in text form, which is not read"}};
+  }
+  const z64u fitting = pcd.data.size() / cloud->stride;
+  if (cloud->PointCount() <= fitting) return {};
+  return {MakeComplaint(file.size(), kMalformed, "the header tells of %llu points, %llu are there",
+                        cloud->PointCount(), fitting)};
+}
+
+std::string PcdValueOf(std::string_view header, std::string_view keyword) {
+  for (std::size_t start = 0; start < header.size();) {
+    const std::size_t end = std::min(header.find('\n', start), header.size());
+    const std::string_view line = header.substr(start, end - start);
+    if (line.starts_with(keyword)) return ToUtf8(line.substr(keyword.size()));
+    start = end + 1;
+  }
+  return {};
+}

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// What the reader of point clouds, and whoever looks into them, call wrong.
+#pragma once
+
+#include "formats/description.h"
+#include "formats/pcd/layout.h"
+
+struct PcdFile {
+  PcdCloud cloud;
+  std::string_view header;  // with its last line end
+  std::string_view data;    // all that stands behind the header
+};
+
+// Parses the header of a file and looks whether its points can be there. -984 for a header that
+// breaks the format's rules, or fewer points than it tells of; -996 for points in text form.
+Complaints ValidatePcd(std::string_view file, PcdFile& pcd);
+
+// What stands behind a keyword, with the blank at its end, in a header.
+std::string PcdValueOf(std::string_view header, std::string_view keyword);

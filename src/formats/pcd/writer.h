@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Surface messages as point clouds.
+#pragma once
+
+#include "sdk/message.h"
+#include "sdk/object.h"
+
+// Appends a surface message as an organised binary point cloud of PCD version 0.7 to a memory
+// stream: x, y and z of each cell in mm and, where there are some, intensities from 0 to 1. Invalid
+// points are three quiet NaN. Returns 1; 0 for a null stream or another kind of message; or the
+// status of the step that failed, when the stream holds a part.
+zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc alloc);
+
+// Appends the real coordinates of each cell of a surface message, row by row, to a list of
+// zPoint3d32f, which is made when the handle is empty. Throws Orv::Exception without a text: -996
+// for another message, -984 for a list of another type, or a failing status of the list.
+void GetAllPointsPcd(MxMsg message, Orv::Object<void*>& list, zAlloc alloc);

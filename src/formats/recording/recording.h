@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// A recording of the scanner platform, with the frames and sources that can be exported.
+#pragma once
+
+#include <memory>
+
+#include "formats/archive/reader.h"
+#include "formats/filetypes.h"
+#include "sdk/pipeline.h"
+
+struct Recording {
+  FileType fileType = REP;             // REC, REP or OVREC
+  std::shared_ptr<const zBytes> file;  // whole; its messages share it
+  ArchiveMember job;                   // of an archive, where it lies there
+  std::vector<ReplaySourceInfo> sources;
+  std::vector<std::string> tags;  // one for each source, fit for file names
+  DataSourceType dataType = UNKNOWN_DATA_SOURCE;
+  z8u arrayed = 0;
+  std::vector<Plovia::ReplayFrame> frames;  // at least one
+};
+
+// Reads a whole recording. Throws Orv::Exception for damage, and for what cannot be exported.
+Recording ReadRecording(FileType fileType, std::shared_ptr<const zBytes> file);
+
+// Whether the messages of a source can be exported: of a known type, and not one of the exposures
+// that another source is made of.
+bool IsExportable(const ReplaySourceInfo& source);
+
+// Reads every frame of the loaded recording. Sources that cannot be exported are dropped: `sources`
+// gains the kept ones, and the last of them tells `dataType` and `arrayed`. In the classic layout
+// the frames keep the messages of dropped sources. Throws Orv::Exception when the recording has not
+// exactly one scanner, no exportable source, or no frame.
+void GetCloudsInfoFromRecordingData(Plovia::ReplaySerializer& serializer,
+                                    std::vector<ReplaySourceInfo>& sources,
+                                    DataSourceType& dataType, z8u& arrayed,
+                                    std::vector<Plovia::ReplayFrame>& frames);

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "formats/srf/srf.h"
+
+#include "formats/srf/validation.h"
+
+namespace {
+
+zStatus ReadGrid(FileReader& file, const SrfHeader& header, zType type, Orv::Object<void*>& array,
+                 zAlloc alloc) {
+  const zStatus status = zArray2_Construct(array.Out(), type, header.length, header.width, alloc);
+  return status == zOK ? file.ReadArray(array.Get()) : status;
+}
+
+}  // namespace
+
+zStatus LoadSrfFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
+  FileReader file;
+  zStatus status = file.Open(bytes, alloc);
+  if (status != zOK) return status;
+  SrfFile srf;
+  const Complaints complaints = ValidateSrf(file, bytes.size(), srf);
+  if (!complaints.empty()) return complaints.front().status;
+
+  const SrfHeader& header = srf.header;
+  record.kind = ScanKind::surface;
+  record.width = header.width;
+  record.length = header.length;
+  record.scale = header.scale;
+  record.offset = header.offset;
+  record.intensities.Reset();
+  status = file.Seek(kSrfHeaderSize);
+  if (status == zOK) status = ReadGrid(file, header, zType::z16s, record.points, alloc);
+  if (status != zOK || !srf.hasIntensities) return status;
+  status = file.Seek(static_cast<z64s>(file.Position() + 1));  // the flag
+  return status == zOK ? ReadGrid(file, header, zType::z8u, record.intensities, alloc) : status;
+}

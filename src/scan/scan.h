@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// A scan in memory, whatever file or recording it comes from.
+#pragma once
+
+#include <optional>
+
+#include "sdk/message.h"
+#include "sdk/object.h"
+
+enum class ScanKind : z8u {
+  surface,       // a grid of heights
+  cloud,         // a grid of points
+  profile,       // a row of heights
+  pointProfile,  // a row of points in x and z
+};
+
+// The raw value v of an axis stands for v * scale + offset mm.
+struct Axis {
+  z64f scale, offset;
+};
+
+constexpr z64f Real(z64f raw, const Axis& axis) { return raw * axis.scale + axis.offset; }
+
+struct Scan {
+  ScanKind kind = ScanKind::surface;
+  z32u width = 0;              // points in a row
+  z32u length = 0;             // rows; 1 for a profile
+  zPoint3d64f scale{1, 1, 1};  // mm
+  zPoint3d64f offset{};        // mm
+  Orv::Object<void*> points;   // z16s, zPoint3d16s, z16s or zPoint16s, in the order of the kinds
+  Orv::Object<void*> intensities;   // as many z8u, or empty
+  std::optional<BoundingBox6> box;  // mm, as a recording tells it
+  std::optional<MxStamp> stamp;     // of a recording
+
+  Axis X() const { return {scale.x, offset.x}; }
+  Axis Y() const { return {scale.y, offset.y}; }
+  Axis Z() const { return {scale.z, offset.z}; }
+  zSize Count() const { return zArray_Count(points.Get()); }
+  bool IsProfile() const { return kind >= ScanKind::profile; }
+};
+
+// The scan in a surface or profile message. It shares the message's arrays, which a recording's
+// message copies into memory here. Returns 1, -2 for another handle, or -3 when there is no memory.
+zStatus GetScan(MxMsg message, Scan& scan);

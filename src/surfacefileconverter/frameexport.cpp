@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#include "surfacefileconverter/frameexport.h"
+
+#include <algorithm>
+
+#include "formats/csv/writer.h"
+#include "getfilestream/getfilestream.h"
+#include "statuses.h"
+#include "surfacefileconverter/filenames.h"
+#include "wholefile.h"
+
+namespace {
+
+using Handle = Orv::Object<void*>;
+
+constexpr const char* kUnit = "surfacefileconverter";
+constexpr Orv::Operation kExportFile{kUnit, "SurfaceFileConverter::exportFile"};
+constexpr Orv::Operation kWriteMsgs{kUnit, "SurfaceFileConverter::writeMsgs"};
+constexpr Orv::Operation kWriteMsg{kUnit, "WriteMsg"};
+constexpr Orv::Operation kParseJob{kUnit, "SurfaceFileConverter::parseCSVInfoFields"};
+
+void RequireExtension(const std::string& exportName) {
+  if (exportName.find('.') == std::string::npos) {
+    kWriteMsgs.Fail(kBadInput, "Failed to parse the extension of the input filename");
+  }
+}
+
+bool IsWritten(const ReplaySourceInfo& source) {
+  return source.dataType == UNIFORM_PROFILE || source.dataType == UNIFORM_SURFACE ||
+         source.dataType == SURFACE_POINT_CLOUD;
+}
+
+// A frame may be shorter than others; what is missing is an empty handle.
+Handle MessageOf(const Plovia::ReplayFrame& frame, zSize source) {
+  return source < frame.size() ? frame[source] : Handle();
+}
+
+// Writes the messages of frames, as CSV where there is a job.
+class FrameWriter {
+ public:
+  FrameWriter(const Recording& recording, const FrameExport& target, CsvJob* job)
+      : recording_(recording), target_(target), job_(job) {}
+
+  // `single`: no other frame is exported.
+  void Write(z32u index, bool single) {
+    RequireExtension(target_.exportName);
+    const std::vector<ReplaySourceInfo>& sources = recording_.sources;
+    if (recording_.frames.front().size() != sources.size()) {
+      kWriteMsgs.Fail(
+          kBadInput, "The data source count is not equal to the message count in the first frame.");
+    }
+    const bool onlyFile = single && sources.size() == 1;
+    for (zSize j = 0; j < sources.size(); ++j) {
+      if (!IsWritten(sources[j])) continue;
+      const Handle message = MessageOf(recording_.frames[index], j);
+      // Sources after an arrayed one are not written.
+      if (sources[j].arrayed != 0) return WriteItems(message, index, recording_.tags[j], onlyFile);
+      WriteMessage(message, onlyFile ? target_.exportName : FrameName(index, recording_.tags[j]));
+    }
+  }
+
+ private:
+  std::string FrameName(z32u index, const std::string& tag) const {
+    return GetIndexFileName(target_.exportName, "Frame", static_cast<z32s>(index), tag);
+  }
+
+  void WriteItems(const Handle& array, z32u index, const std::string& tag, bool onlyFile) {
+    Tell(target_.listener, NoticeKind::info, "The data format of the input message is arrayed.");
+    const zSize count = MxArrayMsg_Count(array.Get());
+    if (count == 0) kWriteMsgs.Fail(kBadInput, "The array message count is 0.");
+    const std::vector<std::string> names =
+        onlyFile && count == 1
+            ? std::vector{target_.exportName}
+            : GetIncrementalIndexFileNames(FrameName(index, ""), count, "Array", tag);
+    for (zSize k = 0; k < count; ++k) {
+      WriteMessage(Handle::Share(MxArrayMsg_At(array.Get(), k)), names[k]);
+    }
+  }
+
+  void WriteMessage(const Handle& message, const std::string& name) {
+    if (job_ != nullptr) {
+      WriteSurfaceCsv(message.Get(), recording_.dataType, *job_, name);
+    } else {
+      WriteMsg(message, name, target_.exportType, target_.alloc);
+    }
+    target_.exportedNames.push_back(name);
+  }
+
+  const Recording& recording_;
+  const FrameExport& target_;
+  CsvJob* job_;
+};
+
+void WriteFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target,
+                 CsvJob* job) {
+  FrameWriter writer(recording, target, job);
+  std::vector<Plovia::ReplayFrame>& frames = recording.frames;
+  if (!choice.all) {
+    if (choice.frame >= frames.size()) {
+      kExportFile.Fail(kBadInput, "The frame index must be less than the count of frames");
+    }
+    return writer.Write(choice.frame, true);
+  }
+  target.exportedNames.clear();
+  RequireExtension(target.exportName);
+  for (zSize i = 0; i < frames.size(); ++i) {
+    writer.Write(static_cast<z32u>(i), false);
+    if (choice.release) std::ranges::fill(frames[i], Handle());
+  }
+}
+
+void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob& job) {
+  const std::vector<ReplaySourceInfo>& sources = recording.sources;
+  const std::vector<std::string> names =
+      sources.size() == 1 ? std::vector{target.exportName}
+                          : GetAppendedFileNames(target.exportName, recording.tags);
+  target.exportedNames.clear();
+  for (zSize j = 0; j < sources.size(); ++j) {
+    if (!IsProfileType(sources[j].dataType)) continue;
+    std::vector<Handle> messages;
+    messages.reserve(recording.frames.size());
+    for (const Plovia::ReplayFrame& frame : recording.frames) {
+      messages.push_back(MessageOf(frame, j));
+    }
+    WriteProfilesCsv(messages, sources[j].arrayed != 0, job, names[j]);
+    target.exportedNames.push_back(names[j]);
+  }
+}
+
+}  // namespace
+
+void ExportFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target) {
+  WriteFrames(recording, choice, target, nullptr);
+}
+
+z32s ExportCsv(Recording& recording, const FrameChoice& choice, const FrameExport& target) {
+  if (recording.fileType != OVREC) {
+    kParseJob.Fail(kBadInput, "The import file type is not OVREC");
+  }
+  // Destroying its documents takes memory and so may fail, which must not happen any more once the
+  // export has been reported. So it ends here.
+  CsvJob job(GetResourceData(recording.job), target.listener);
+  if (IsProfileType(recording.dataType)) {
+    WriteProfiles(recording, target, job);
+  } else {
+    WriteFrames(recording, choice, target, &job);
+  }
+  return job.Info().sensorCount;
+}
+
+void WriteMsg(const Handle& message, const std::string& path, FileType fileType, zAlloc alloc) {
+  if (!message) kWriteMsg.Fail(kBadInput, "The inputted msg is Null");
+  Handle stream;
+  kWriteMsg.Require(zMemory_Construct(stream.Out(), alloc), "zMemory constructed failed");
+  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), alloc);
+  WriteStream(stream.Get(), path);
+}

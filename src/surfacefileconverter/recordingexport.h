@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// Scan files, and directories of them, as recordings.
+#pragma once
+
+#include "formats/directory/reader.h"
+#include "formats/filetypes.h"
+#include "getfilestream/getfilestream.h"
+#include "notices.h"
+
+// A file of one scan, not yet decoded.
+struct ScanFile {
+  FileType fileType = SRF;  // SRF, SUR, PRO or PCD
+  zBytes bytes;
+};
+
+// Write a recording of one scan, or of all frames of a directory, as .rep, or as an archive with
+// the platform's configuration from the folder config of the working directory. Of the options,
+// only a .pcd file has any. Throw Orv::Exception.
+void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
+                FileType exportType, zAlloc alloc, const Listener& listener);
+void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,
+                     FileType exportType, zAlloc alloc);

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "text.h"
+
+#include "numbers.h"
+#include "sdk/object.h"
+
+std::optional<Character> FirstCharacter(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  if (byte(0) < 0x80) return Character{byte(0), 1};
+  const std::size_t size = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
+  if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < size) return std::nullopt;
+  char32_t code = byte(0) & (0x7FU >> size);
+  for (std::size_t i = 1; i < size; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return std::nullopt;
+    code = code << 6 | (byte(i) & 0x3FU);
+  }
+  constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+  if (code < kLeast[size] || surrogate || code > 0x10FFFF) return std::nullopt;
+  return Character{code, size};
+}
+
+namespace {
+
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const auto character = FirstCharacter(text);
+    if (!character) return false;
+    text.remove_prefix(character->size);
+  }
+  return true;
+}
+
+bool IsHarmful(char32_t code) {
+  const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+  const bool line = code == 0x2028 || code == 0x2029;
+  const bool direction = code == 0x061C || code == 0x200E || code == 0x200F ||
+                         (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+  return control || line || direction;
+}
+
+}  // namespace
+
+std::string ToUtf8(std::string_view field) {
+  field = field.substr(0, field.find('\0'));
+  field = field.substr(0, field.find_last_not_of(" \r\n\t") + 1);
+  if (IsUtf8(field)) return std::string(field);
+  std::string text;
+  for (const char c : field) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      text += c;
+    } else {
+      text += static_cast<char>(0xC0 | byte >> 6);
+      text += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+  }
+  return text;
+}
+
+std::string Printable(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const auto character = FirstCharacter(text);
+    const std::size_t size = character ? character->size : 1;
+    if (!character) {
+      shown += Orv::Format("\\x%02x", static_cast<unsigned char>(text.front()));
+    } else if (IsHarmful(character->code)) {
+      shown += Orv::Format(character->code < 0x100 ? "\\x%02x" : "\\u%04x",
+                           static_cast<unsigned>(character->code));
+    } else {
+      shown += text.substr(0, size);
+    }
+    text.remove_prefix(size);
+  }
+  return shown;
+}
+
+std::string RealText(double number) {
+  char text[kLongestReal];
+  return {text, formatReal(text, number)};
+}
