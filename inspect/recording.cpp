@@ -78,16 +78,11 @@ class RecordingDescriber {
     return std::ranges::all_of(problems_, &Plovia::ReplayProblem::harmless);
   }
 
-  // In the order of their offsets. Damage that is met twice counts once.
+  // In the order of their offsets.
   std::vector<Plovia::ReplayProblem> TakeProblems() {
-    const auto key = [](const Plovia::ReplayProblem& problem) {
+    std::ranges::stable_sort(problems_, {}, [](const Plovia::ReplayProblem& problem) {
       return std::tie(problem.offset, problem.inChunk);
-    };
-    std::ranges::stable_sort(problems_, {}, key);
-    const auto same = [&](const Plovia::ReplayProblem& a, const Plovia::ReplayProblem& b) {
-      return key(a) == key(b) && a.what == b.what;
-    };
-    problems_.erase(std::unique(problems_.begin(), problems_.end(), same), problems_.end());
+    });
     return std::move(problems_);
   }
 

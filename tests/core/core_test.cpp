@@ -2,27 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <utility>
 
 #include "support/scans.h"
 #include "support/temp_directory.h"
 
 namespace {
-
-// Gives one block, then nothing.
-class OneBlockAllocator : public zAllocator {
- public:
-  void* Allocate(zSize bytes) noexcept override {
-    return std::exchange(left_, 0) > 0 ? DefaultAlloc()->Allocate(bytes) : nullptr;
-  }
-  void* AllocateZeroed(zSize bytes) noexcept override {
-    return DefaultAlloc()->AllocateZeroed(bytes);
-  }
-  void Free(void* block) noexcept override { DefaultAlloc()->Free(block); }
-
- private:
-  int left_ = 1;
-};
 
 TEST(Array, RefusesWhatCannotBe) {
   constexpr z64s kMost = std::numeric_limits<z64s>::max();
@@ -31,14 +15,10 @@ TEST(Array, RefusesWhatCannotBe) {
     z64s length0, length1;
     zStatus status;
   } rows[] = {
-      {zType::z16s, 0, 0, zOK},
       {zType::z16s, 0, kMost, zOK},
-      {zType::z16s, 40000, 0, zOK},
       {zType::z16s, -1, 1, zERROR_PARAMETER},
       {zType::z16s, 1, -1, zERROR_PARAMETER},
-      {zType::none, 1, 1, zERROR_PARAMETER},
       {zType::zString, 1, 1, zERROR_PARAMETER},
-      {zType::z16s, kMost, kMost, zERROR_MEMORY},
       {zType::z8u, z64s{1} << 32, z64s{1} << 32, zERROR_MEMORY},  // 2^64 wraps to 0
       {zType::zPoint3d16s, kMost / 3, 1, zERROR_MEMORY},          // the size in bytes wraps
       {zType::z8u, kMost, 1, zERROR_MEMORY},
@@ -53,35 +33,18 @@ TEST(Array, RefusesWhatCannotBe) {
 }
 
 TEST(List, GrowsAndKeepsItsItems) {
-  Handle points, names;
+  Handle points, none;
   MustBeOk(zArrayList_Construct(points.Out(), zType::zPoint3d32f, 0, DefaultAlloc()));
-  MustBeOk(zArrayList_Construct(names.Out(), zType::zString, 10, DefaultAlloc()));
   for (int i = 0; i < 1000; ++i) {
     const zPoint3d32f point{static_cast<float>(i), 0, -1};
-    const zString name = "a name longer than any short string " + std::to_string(i);
     MustBeOk(zArrayList_Add(points.Get(), &point));
-    MustBeOk(zArrayList_Add(names.Get(), &name));
   }
   EXPECT_EQ(zArrayList_Count(points.Get()), 1000U);
   EXPECT_EQ(static_cast<const zPoint3d32f*>(zArrayList_At(points.Get(), 1))->x, 1);
-  EXPECT_TRUE(static_cast<const zString*>(zArrayList_At(names.Get(), 999))->ends_with(" 999"));
-  EXPECT_EQ(zArrayList_At(names.Get(), 1000), nullptr);
-}
-
-TEST(List, FailsCleanly) {
-  constexpr zSize kMost = std::numeric_limits<zSize>::max();
-  Handle list;
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::none, 1, DefaultAlloc()), zERROR_PARAMETER);
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zPoint3d32f, kMost, DefaultAlloc()),
-            zERROR_MEMORY);
-  EXPECT_EQ(zArrayList_Construct(list.Out(), zType::zString, kMost, DefaultAlloc()), zERROR_MEMORY);
-  OneBlockAllocator one;  // outlives what it gave
-  Handle full;
-  MustBeOk(zArrayList_Construct(full.Out(), zType::z8u, 1, &one));
-  const z8u item = 7;
-  EXPECT_EQ(zArrayList_Add(full.Get(), &item), zOK);
-  EXPECT_EQ(zArrayList_Add(full.Get(), &item), zERROR_MEMORY);
-  EXPECT_EQ(zArrayList_Count(full.Get()), 1U);
+  EXPECT_EQ(zArrayList_At(points.Get(), 1000), nullptr);
+  for (const zType type : {zType::zPoint3d32f, zType::zString}) {
+    EXPECT_EQ(zArrayList_Construct(none.Out(), type, ~zSize{0}, DefaultAlloc()), zERROR_MEMORY);
+  }
 }
 
 TEST(Memory, GrowsWhenWrittenAndSeeksWithinItsLength) {
@@ -91,17 +54,10 @@ TEST(Memory, GrowsWhenWrittenAndSeeksWithinItsLength) {
   EXPECT_EQ(zStream_Seek(stream.Get(), 4999), zOK);
   EXPECT_EQ(zStream_Write(stream.Get(), "yz", 2), zOK);
   EXPECT_EQ(BytesOf(stream.Get()), ToBytes(text.substr(1) + "yz"));
-  EXPECT_EQ(zStream_Seek(stream.Get(), 5001), zOK);
   EXPECT_EQ(zStream_Seek(stream.Get(), 5002), zERROR_STREAM);
   EXPECT_EQ(zStream_Seek(stream.Get(), -1), zERROR_STREAM);
   char byte = 0;
   EXPECT_EQ(zStream_Read(stream.Get(), &byte, 1), zERROR_STREAM);
-  OneBlockAllocator one;
-  Handle small;
-  MustBeOk(zMemory_Construct(small.Out(), &one));
-  EXPECT_EQ(zStream_Write(small.Get(), text.data(), 1000), zOK);
-  EXPECT_EQ(zStream_Write(small.Get(), text.data(), 5000), zERROR_MEMORY);
-  EXPECT_EQ(zMemory_Length(small.Get()), 1000U);
 }
 
 TEST(Memory, ReadsAnAttachedBufferInPlace) {
@@ -109,7 +65,6 @@ TEST(Memory, ReadsAnAttachedBufferInPlace) {
   const Handle stream = MakeStream();
   EXPECT_EQ(zMemory_Attach(stream.Get(), numbers, 3, 2, 6), zERROR_PARAMETER);
   EXPECT_EQ(zMemory_Attach(stream.Get(), numbers, 0, 7, 6), zERROR_PARAMETER);
-  EXPECT_EQ(zMemory_Attach(stream.Get(), nullptr, 0, 0, 6), zERROR_PARAMETER);
   ASSERT_EQ(zMemory_Attach(stream.Get(), numbers, 2, 6, 6), zOK);
   EXPECT_EQ(zStream_Write(stream.Get(), numbers, 1), zERROR_STREAM);
 
@@ -117,7 +72,6 @@ TEST(Memory, ReadsAnAttachedBufferInPlace) {
   MustBeOk(zDat6Serializer_Construct(serializer.Out(), stream.Get(), DefaultAlloc()));
   MustBeOk(zArray1_Construct(array.Out(), zType::z16s, 2, DefaultAlloc()));
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 3, 1), zERROR_PARAMETER);
-  EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 2), zERROR_PARAMETER);
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 2, 1), zOK);
   EXPECT_EQ(ItemsOf<z16s>(array.Get()), (std::vector<z16s>{-2, 3}));
   EXPECT_EQ(zSerializer_ReadPrimitives(serializer.Get(), array.Get(), 1, 1), zERROR_STREAM);
@@ -125,14 +79,12 @@ TEST(Memory, ReadsAnAttachedBufferInPlace) {
 
 TEST(File, WritesReadsAndReportsWhatItCouldNotWrite) {
   const TempDirectory directory;
-  {
-    Handle file;
-    ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_WRITE, DefaultAlloc()), zOK);
-    EXPECT_EQ(zFile_SetWriteBuffer(file.Get(), 16), zOK);
-    EXPECT_EQ(zStream_Write(file.Get(), "0123456789abcdefghij", 20), zOK);
-  }
-  EXPECT_EQ(zFile_Size("file"), 20U);
   Handle file;
+  ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_WRITE, DefaultAlloc()), zOK);
+  EXPECT_EQ(zFile_SetWriteBuffer(file.Get(), 16), zOK);
+  EXPECT_EQ(zStream_Write(file.Get(), "0123456789abcdefghij", 20), zOK);
+  EXPECT_EQ(file.Release(), zOK);
+  EXPECT_EQ(zFile_Size("file"), 20U);
   ASSERT_EQ(zFile_Construct(file.Out(), "file", zFILE_READ, DefaultAlloc()), zOK);
   char bytes[4] = {};
   EXPECT_EQ(zStream_Seek(file.Get(), 21), zERROR_STREAM);
@@ -145,10 +97,9 @@ TEST(File, WritesReadsAndReportsWhatItCouldNotWrite) {
         << path;
   }
   if (zFile_Exists("/dev/full")) {
-    zFile full = nullptr;
-    ASSERT_EQ(zFile_Construct(&full, "/dev/full", zFILE_WRITE, DefaultAlloc()), zOK);
-    EXPECT_EQ(zStream_Write(full, "x", 1), zOK);  // still in the buffer
-    EXPECT_EQ(zObject_DestroyImpl(full, 1), zERROR_STREAM);
+    MustBeOk(zFile_Construct(file.Out(), "/dev/full", zFILE_WRITE, DefaultAlloc()));
+    EXPECT_EQ(zStream_Write(file.Get(), "x", 1), zOK);  // still in the buffer
+    EXPECT_EQ(file.Release(), zERROR_STREAM);
   }
 }
 
@@ -164,12 +115,10 @@ TEST(Directory, ListsTheNamesOfItsFilesInOrder) {
     found += *static_cast<const zString*>(zArrayList_At(names.Get(), i)) + ", ";
   }
   EXPECT_EQ(found, "C, a 10, a 9, b.sur, ");
-  EXPECT_TRUE(zDirectory_Exists("folder.sur"));
   EXPECT_FALSE(zFile_Exists("folder.sur"));
 
   const std::string tooLong(100000, 'x');
   EXPECT_FALSE(zFile_Exists(tooLong.c_str()));
-  EXPECT_FALSE(zDirectory_Exists(tooLong.c_str()));
   EXPECT_EQ(zDirectory_ListFiles(tooLong.c_str(), names.Get()), zERROR_NOT_FOUND);
 }
 

@@ -14,7 +14,6 @@ using Names = std::set<std::string>;
 
 const std::string kProject = PROJECT_DIR;
 const std::string kLongOptions = "--[a-z][a-z-]*";
-const std::string kOptions = kLongOptions + "|-[a-z]";
 
 // The first group of each match.
 Names FindAll(const std::string& text, const std::string& pattern) {
@@ -41,53 +40,42 @@ std::string OptionHeads(const std::string& manual) {
   return std::regex_replace(heads, std::regex(R"(\\-)"), "-");
 }
 
-TEST(Manuals, TellTheOptionsOfTheHelp) {
+TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
   const TempDirectory folder;
-  const std::pair<const char*, const char*> programs[] = {{TRELVANE_PROGRAM, "Trelvane.1"},
-                                                          {TRELVANE_INSPECT, "trelvane-inspect.1"}};
-  for (const auto& [program, manual] : programs) {
-    SCOPED_TRACE(manual);
-    const Names options = OptionsIn(RunProgram(program, {"--help"}).output, kOptions);
-    EXPECT_TRUE(options.contains("--help"));
-    EXPECT_EQ(OptionsIn(OptionHeads(ReadFile(kProject + "/man/" + manual)), kOptions), options);
+  const struct {
+    const char* program;
+    const char* file;
+    std::string options;
+  } rows[] = {
+      {TRELVANE_PROGRAM, "/man/Trelvane.1", kLongOptions + "|-[a-z]"},
+      {TRELVANE_INSPECT, "/man/trelvane-inspect.1", kLongOptions + "|-[a-z]"},
+      {TRELVANE_INSPECT, "/share/bash-completion/completions/trelvane-inspect", kLongOptions},
+      {TRELVANE_INSPECT, "/share/zsh/site-functions/_trelvane-inspect", kLongOptions},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.file);
+    const Names told = OptionsIn(RunProgram(row.program, {"--help"}).output, row.options);
+    const std::string text = ReadFile(kProject + row.file);
+    EXPECT_TRUE(told.contains("--help"));
+    EXPECT_EQ(OptionsIn(std::string_view(row.file).starts_with("/man") ? OptionHeads(text) : text,
+                        row.options),
+              told);
   }
 }
 
-TEST(Completion, OffersTheOptionsOfTheHelp) {
-  const TempDirectory folder;
-  const Names options = OptionsIn(RunProgram(TRELVANE_INSPECT, {"--help"}).output, kLongOptions);
-  for (const char* file : {"/share/bash-completion/completions/trelvane-inspect",
-                           "/share/zsh/site-functions/_trelvane-inspect"}) {
-    SCOPED_TRACE(file);
-    EXPECT_EQ(OptionsIn(ReadFile(kProject + file), kLongOptions), options);
-  }
-}
-
-// A key's path with all that it lies in: for "a[].b" also "a".
-void AddKey(std::string path, Names& keys) {
-  for (;;) {
-    if (path.ends_with("[]")) path.resize(path.size() - 2);
-    keys.insert(path);
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string::npos) return;
-    path.resize(dot);
-  }
-}
-
-void AddKeysOf(const nlohmann::json& document, Names& keys) {
-  const nlohmann::json leaves = document.flatten();
-  for (const auto& [pointer, value] : leaves.items()) {  // "/a/0/b"
-    const std::string marked = std::regex_replace(pointer, std::regex(R"(/\d+(?=/|$))"), "[]");
-    AddKey(std::regex_replace(marked.substr(1), std::regex("/"), "."), keys);
-  }
-}
-
-// As the guide writes it: "a[].{b,c}" stands for two keys.
-void AddWrittenKey(const std::string& key, Names& keys) {
-  const std::size_t brace = key.find('{');
-  if (brace == std::string::npos) return AddKey(key, keys);
-  for (const std::string& last : FindAll(key.substr(brace), R"((\w+))")) {
-    AddKey(key.substr(0, brace) + last, keys);
+TEST(PageOnRecordings, ShowsTheExampleProgramsAsTheyAre) {
+  const auto unindented = [](const std::string& text) {
+    return std::regex_replace(text, std::regex("\n +"), "\n");
+  };
+  const std::string page = ReadFile(kProject + "/docs/formats/recording.md");
+  for (const auto& [fence, example] :
+       {std::pair("```python", "/read_recording.py"), std::pair("```js", "/read_recording.mjs")}) {
+    SCOPED_TRACE(example);
+    const std::size_t start = page.find('\n', page.find(fence));
+    const std::string excerpt = page.substr(start, page.find("```", start) - start);
+    EXPECT_GT(excerpt.size(), 100U);
+    EXPECT_THAT(unindented(ReadFile(std::string(EXAMPLES_DIR) + example)),
+                testing::HasSubstr(unindented(excerpt)));
   }
 }
 
@@ -101,7 +89,10 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   Names keys;
   std::istringstream documents(RunProgram(TRELVANE_INSPECT, args).output);
   for (std::string line; std::getline(documents, line);) {
-    AddKeysOf(nlohmann::json::parse(line), keys);
+    const nlohmann::json leaves = nlohmann::json::parse(line).flatten();
+    for (const auto& [pointer, value] : leaves.items()) {  // "/a/0/b"
+      keys.merge(FindAll(pointer, "/([a-z]\\w*)"));
+    }
   }
 
   const std::string guide = ReadFile(kProject + "/docs/inspect.md");
@@ -110,9 +101,7 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   Names written;
   for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with("| `")) continue;
-    for (const auto& key : FindAll(line.substr(0, line.find('|', 1)), "`([^`]+)`")) {
-      AddWrittenKey(key, written);
-    }
+    written.merge(FindAll(line.substr(0, line.find('|', 1)), "([a-z]\\w*)"));
   }
   EXPECT_EQ(written, keys);
 }

@@ -11,13 +11,14 @@ using Orv::Format;
 
 TEST(Format, FollowsPrintf) {
   EXPECT_EQ(Format("%d|%5d|%-5d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6), "1|    2|3    |00004|+5| 6");
-  EXPECT_EQ(Format("%u %llu %zu", ~0U, ~0ULL, sizeof(char)), "4294967295 18446744073709551615 1");
-  EXPECT_EQ(Format("%d %lld", -1, INT64_MIN), "-1 -9223372036854775808");
-  EXPECT_EQ(Format("%x %X %#x %o %c", 255, 255, 255, 8, 'A'), "ff FF 0xff 10 A");
+  EXPECT_EQ(Format("%u %d %zu", ~0U, ~0ULL, sizeof(char)), "4294967295 18446744073709551615 1");
+  EXPECT_EQ(Format("%d %lld %hhd", -1, INT64_MIN, 300), "-1 -9223372036854775808 300");
+  EXPECT_EQ(Format("%x %X %#x %o %c|%3c", 255, 255, 255, 8, 'A', 66U), "ff FF 0xff 10 A|  B");
   EXPECT_EQ(Format("%f %.2f %g %e", 0.5, 1.005, 1e10, 2.0), "0.500000 1.00 1e+10 2.000000e+00");
   EXPECT_EQ(Format("%s|%6s|%-6s|%.2s", "abc", "abc", std::string("abc"), "abc"),
             "abc|   abc|abc   |ab");
   EXPECT_EQ(Format("%*d|%-*d|%.*f|%*d", 4, 1, 4, 2, 1, 0.25, -3, 7), "   1|2   |0.2|7  ");
+  EXPECT_EQ(Format("%.*f|%4096d", -1, 0.5, 7).substr(0, 9), "0.500000|");
   EXPECT_EQ(Format("100%% %s%%", "x"), "100% x%");
 }
 
@@ -26,15 +27,13 @@ TEST(Format, PrintsAsItStandsWhatHasNoArgument) {
                            "%5", "%l", "%*d", "%.*f", "%y", "%-", "%.", "a%sb%fc%n"}) {
     EXPECT_EQ(Format(text), text);
   }
-  for (const char* text : {"%.-5d", "%lhd", "%hhhd", "%5%", "from 50% - 60%."}) {
+  for (const char* text : {"%.-5d", "%lhd", "%hhhd", "%5%", "from 50% - 60%.", "%4097d", "%s"}) {
     EXPECT_EQ(Format(text, 1), text);
   }
-  EXPECT_EQ(Format("%n%y%d", 1), "%n%y1");
+  for (const char* text : {"%d", "%f", "%c", "%p", "%*d"}) EXPECT_EQ(Format(text, "text"), text);
+  EXPECT_EQ(Format("%n%%y%d", 1), "%n%y1");
   EXPECT_EQ(Format("%s %d", 1, "text"), "%s 1");
-  EXPECT_EQ(Format("%d %s", "text", 1), "%d text");
-  EXPECT_EQ(Format("%5000d %d", 1), "%5000d 1");
   EXPECT_EQ(Format("%d %d", 1), "1 %d");
-  EXPECT_EQ(Format("%%d"), "%d");
   const std::string longText(100000, 'x');
   EXPECT_EQ(Format(longText + "%s" + longText, longText), longText + longText + longText);
 }
@@ -56,7 +55,6 @@ TEST(Object, SharesWhatItHolds) {
   Handle& same = second;
   second = same;
   second = std::move(same);
-  EXPECT_EQ(zMemory_Length(second.Get()), 1U);
   first = std::move(second);
   EXPECT_FALSE(second);  // NOLINT(bugprone-use-after-move)
   EXPECT_EQ(zMemory_Length(first.Get()), 1U);

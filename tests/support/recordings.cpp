@@ -30,13 +30,6 @@ void DescribeItems(std::ostream& out, zObject array) {
   for (zSize i = 0; i < size; ++i) out << ' ' << int{bytes[i]};
 }
 
-void DescribeScan(std::ostream& out, const zPoint3d64f* offset, const zPoint3d64f* scale,
-                  const BoundingBox6* box, zObject points, zObject intensities) {
-  out << " offset " << *offset << " scale " << *scale << " box " << box->center << box->size;
-  DescribeItems(out, points);
-  DescribeItems(out, intensities);
-}
-
 }  // namespace
 
 Handle MakeSurfaceWithIntensity(int seed) {
@@ -85,33 +78,36 @@ Handle MakeArrayOf(const std::vector<Handle>& items) {
 std::string Describe(MxMsg message) {
   std::ostringstream out;
   out.precision(17);
-  switch (MxMsg_Kind(message)) {
-    case MxKind::none:
-      return "none";
-    case MxKind::array:
-      out << "array of " << MxArrayMsg_Count(message);
-      for (zSize i = 0; i < MxArrayMsg_Count(message); ++i) {
-        out << "\n  " << Describe(MxArrayMsg_At(message, i));
-      }
-      return out.str();
-    case MxKind::surface:
-      out << "surface " << MxSurfaceMsg_Width(message) << 'x' << MxSurfaceMsg_Length(message)
-          << " resampled " << MxSurfaceMsg_IsResampled(message);
-      DescribeScan(out, MxSurfaceMsg_Offset(message), MxSurfaceMsg_Scale(message),
-                   MxSurfaceMsg_BoundingBox(message), MxSurfaceMsg_PointsArray(message, 0),
-                   MxSurfaceMsg_Intensities(message, 0));
-      break;
-    case MxKind::profile:
-      out << "profile " << MxProfileMsg_PointCount(message);
-      DescribeScan(out, MxProfileMsg_Offset(message), MxProfileMsg_Scale(message),
-                   MxProfileMsg_BoundingBox(message), MxProfileMsg_PointsArray(message, 0),
-                   MxProfileMsg_IntensityArray(message, 0));
-      break;
+  const MxKind kind = MxMsg_Kind(message);
+  if (kind == MxKind::none) return "none";
+  if (kind == MxKind::array) {
+    out << "array of " << MxArrayMsg_Count(message);
+    for (zSize i = 0; i < MxArrayMsg_Count(message); ++i) {
+      out << "\n  " << Describe(MxArrayMsg_At(message, i));
+    }
+    return out.str();
+  }
+  const auto describe = [&](const auto& offset, const auto& scale, const auto& box,
+                            const auto& points, const auto& intensities) {
+    out << " offset " << *offset(message) << " scale " << *scale(message);
+    out << " box " << box(message)->center << box(message)->size;
+    DescribeItems(out, points(message, 0));
+    DescribeItems(out, intensities(message, 0));
+  };
+  if (kind == MxKind::surface) {
+    out << "surface " << MxSurfaceMsg_Width(message) << 'x' << MxSurfaceMsg_Length(message)
+        << " resampled " << MxSurfaceMsg_IsResampled(message);
+    describe(MxSurfaceMsg_Offset, MxSurfaceMsg_Scale, MxSurfaceMsg_BoundingBox,
+             MxSurfaceMsg_PointsArray, MxSurfaceMsg_Intensities);
+  } else {
+    out << "profile " << MxProfileMsg_PointCount(message);
+    describe(MxProfileMsg_Offset, MxProfileMsg_Scale, MxProfileMsg_BoundingBox,
+             MxProfileMsg_PointsArray, MxProfileMsg_IntensityArray);
   }
   const MxStamp& stamp = *MxDataMsg_Stamp(message);
   out << " stamp " << stamp.frame << ' ' << stamp.time << ' ' << stamp.encoder << ' '
-      << stamp.zEncoder << ' ' << stamp.inputs << ' ' << stamp.reserved[0] << ' '
-      << stamp.reserved[1] << ' ' << stamp.reserved[2];
+      << stamp.zEncoder << ' ' << stamp.inputs;
+  for (const auto word : stamp.reserved) out << ' ' << word;
   return out.str();
 }
 
@@ -152,27 +148,16 @@ zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
 
 std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay) {
   std::vector<Plovia::ReplayProblem> problems;
-  Plovia::ReplaySerializer serializer;
   try {
+    Plovia::ReplaySerializer serializer;
     serializer.LoadDamaged(replay, problems);
-    const bool classic = serializer.GetReplayInfo().IsClassic();
-    const z64u parts = classic ? 1 : serializer.SegmentCount();
-    for (z64u part = 0; part < parts; ++part) {
-      if (!classic) serializer.LoadDataIndexFiles();
-      const zSize frames = serializer.ReadIndexInfo().size();
-      for (zSize i = 0; i < frames; ++i) serializer.ReadData(i);
-    }
+    ForEachFrame(serializer, [](z64u, z32u, const Plovia::ReplayFrame&) {});
   } catch (const Orv::Exception&) {
     // There are as many problems as are kept.
   }
-  const auto place = [](const Plovia::ReplayProblem& problem) {
+  std::ranges::stable_sort(problems, {}, [](const Plovia::ReplayProblem& problem) {
     return std::tie(problem.offset, problem.inChunk);
-  };
-  std::ranges::stable_sort(problems, {}, place);
-  const auto same = [&](const Plovia::ReplayProblem& a, const Plovia::ReplayProblem& b) {
-    return place(a) == place(b) && a.what == b.what;
-  };
-  problems.erase(std::unique(problems.begin(), problems.end(), same), problems.end());
+  });
   return problems;
 }
 
@@ -187,14 +172,8 @@ std::string ReadRecording(const zBytes& stream) {
           << int{source.arrayed} << '|' << source.reserved << '\n';
     }
   }
-  const bool classic = serializer.GetReplayInfo().IsClassic();
-  const z64u parts = classic ? 1 : serializer.SegmentCount();
-  for (z64u part = 0; part < parts; ++part) {
-    if (!classic) serializer.LoadDataIndexFiles();
-    const std::vector<z32u> indexes = serializer.ReadIndexInfo();
-    for (zSize i = 0; i < indexes.size(); ++i) {
-      out << "frame " << indexes[i] << '\n' << Describe(serializer.ReadData(i));
-    }
-  }
+  ForEachFrame(serializer, [&](z64u, z32u index, const Plovia::ReplayFrame& frame) {
+    out << "frame " << index << '\n' << Describe(frame);
+  });
   return out.str();
 }

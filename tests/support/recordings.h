@@ -28,8 +28,19 @@ Plovia::ReplayFrame MakeFrame(int seed);
 zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
                       const std::vector<Plovia::ReplayFrame>& frames, bool classic);
 
-// Everything that is wrong in a recording stream, in the order of its bytes.
-std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay);
+// Calls take(segment, index entry, messages) for one frame after the other.
+template <class Take>
+void ForEachFrame(Plovia::ReplaySerializer& reader, const Take& take) {
+  const bool classic = reader.GetReplayInfo().IsClassic();
+  for (z64u part = 0; part < (classic ? 1 : reader.SegmentCount()); ++part) {
+    if (!classic) reader.LoadDataIndexFiles();
+    const std::vector<z32u> indexes = reader.ReadIndexInfo();
+    for (zSize i = 0; i < indexes.size(); ++i) take(part, indexes[i], reader.ReadData(i));
+  }
+}
 
 // All that can be read from a recording, as text: scanners, then frames, each with its index entry.
 std::string ReadRecording(const zBytes& stream);
+
+// Everything that is wrong in a recording stream, in the order of the offsets.
+std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay);

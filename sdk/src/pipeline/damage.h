@@ -2,6 +2,7 @@
 // Where in a recording stream something is, and the error for what is wrong there.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -43,9 +44,15 @@ class DamageLog {
   explicit DamageLog(std::vector<Plovia::ReplayProblem>& problems) : problems_(problems) {}
 
   bool IsFull() const { return problems_.size() >= Plovia::kMostReplayProblems; }
-  void Add(const Plovia::ReplayProblem& problem, bool harmless) {
-    problems_.push_back(problem);
-    problems_.back().harmless = harmless;
+  // What several steps meet counts once.
+  void Add(Plovia::ReplayProblem problem, bool harmless) {
+    const auto same = [&](const Plovia::ReplayProblem& other) {
+      return other.offset == problem.offset && other.inChunk == problem.inChunk &&
+             other.what == problem.what;
+    };
+    if (std::ranges::any_of(problems_, same)) return;
+    problem.harmless = harmless;
+    problems_.push_back(std::move(problem));
   }
 
  private:
