@@ -12,6 +12,7 @@
 #include "formats/digitalsurf/layout.h"
 #include "formats/digitalsurf/reader.h"
 #include "formats/pcd/quantize.h"
+#include "formats/pcd/writer.h"
 #include "scan/box.h"
 #include "scan/heightrange.h"
 
