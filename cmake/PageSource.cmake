@@ -1,4 +1,4 @@
-# trelvane_page(<target> <folder> <script...>) makes one page of page.html, page.css and the scripts
+# trelvane_page(<target> <folder> <module...>) makes one page of page.html, page.css and the modules
 # in <folder>, in this order, and page_html.h with it as an array of bytes, for <target> to include.
 function(trelvane_page target folder)
   set(source ${PROJECT_SOURCE_DIR}/${folder})

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: MIT
-// The height map: what is drawn where. x points to the right and y up, whatever order the rows have.
+// Which part of a map is seen, and where its cells are. x points to the right and y up, whatever
+// order the rows have.
 
-const TILE = 2048;  // cells of a part of the image: no browser takes images of any size
-
-class HeightMap {
-  // `onCell(cell, byKey)` hears of the cell with the readout; `onView()` of every drawing.
-  constructor(stage, onCell, onView) {
-    this.stage = stage;
-    this.canvas = stage.querySelector("canvas");
-    this.onCell = onCell;
-    this.onView = onView;
-    this.cell = {column: 0, row: 0};
-    this.demand = drawOnDemand(this.canvas, () => this.draw());
+export class MapView {
+  // `canvas` has a clientWidth and a clientHeight. `onChange()` hears that the view was moved.
+  constructor(canvas, onChange) {
+    this.canvas = canvas;
+    this.onChange = onChange;
   }
 
-  show(scan, range) {
+  // Shows all of a scan that has other cells than the one before, and tells whether it has.
+  show(scan) {
     const before = this.scan;
     this.scan = scan;
     const sized = [scan.stepX, scan.stepY].every((step) => Number.isFinite(step) && step !== 0);
@@ -22,49 +18,10 @@ class HeightMap {
     this.cellHeight = sized ? Math.abs(scan.stepY) : 1;
     this.mirrored = scan.stepX < 0;
     this.upwards = !(scan.stepY < 0);
-    this.tiles = this.makeTiles(range);
-    this.canvas.style.setProperty("--shape", this.size.width / this.size.height);
     const same = before && before.width === scan.width && before.length === scan.length &&
       before.stepX === scan.stepX && before.stepY === scan.stepY;
-    if (!same) {
-      this.fitted = true;
-      this.cell = {column: scan.width >> 1, row: scan.length >> 1};
-    }
-    this.demand();
-    this.onCell(this.cell, false);
-  }
-
-  makeTiles(range) {
-    const {width, length} = this.scan;
-    const tiles = [];
-    for (let y = 0; y < length; y += TILE) {
-      for (let x = 0; x < width; x += TILE) {
-        tiles.push(this.makeTile(x, y, Math.min(TILE, width - x), Math.min(TILE, length - y), range));
-      }
-    }
-    return tiles;
-  }
-
-  makeTile(x, y, width, height, range) {
-    const canvas = document.createElement("canvas");
-    canvas.width = width;
-    canvas.height = height;
-    const context = canvas.getContext("2d");
-    const image = context.createImageData(width, height);
-    for (let j = 0, i = 0; j < height; ++j) {
-      const row = this.flipRow(y + j);
-      for (let k = 0; k < width; ++k, i += 4) {
-        const z = this.scan.z(row * this.scan.width + this.flipColumn(x + k));
-        if (Number.isNaN(z)) continue;  // transparent
-        const colour = 3 * colourIndex(z, range);
-        image.data[i] = palette[colour];
-        image.data[i + 1] = palette[colour + 1];
-        image.data[i + 2] = palette[colour + 2];
-        image.data[i + 3] = 255;
-      }
-    }
-    context.putImageData(image, 0, 0);
-    return {canvas, x, y, width, height};
+    if (!same) this.fitted = true;
+    return !same;
   }
 
   // From the place of a column or row in the picture to its number, and back.
@@ -81,7 +38,7 @@ class HeightMap {
   }
 
   // The view: `zoom` pixels for each mm, and the place in the picture that is in the middle.
-  zoomBy(factor, x = this.canvas.clientWidth / 2, y = this.canvas.clientHeight / 2) {
+  zoomBy(factor, x, y) {
     const whole = this.wholeZoom();
     const most = Math.max(whole, 64 / Math.min(this.cellWidth, this.cellHeight));
     const zoom = Math.min(Math.max(this.zoom * factor, whole), most);
@@ -90,16 +47,16 @@ class HeightMap {
     this.centreY += dy / this.zoom - dy / zoom;
     this.zoom = zoom;
     this.fitted = zoom <= whole;
-    this.demand();
+    this.onChange();
   }
   moveBy(dx, dy) {
     this.centreX -= dx / this.zoom;
     this.centreY -= dy / this.zoom;
-    this.demand();
+    this.onChange();
   }
   showWhole() {
     this.fitted = true;
-    this.demand();
+    this.onChange();
   }
 
   keepInside() {
@@ -115,6 +72,16 @@ class HeightMap {
 
   toScreenX(x) { return (x - this.centreX) * this.zoom + this.canvas.clientWidth / 2; }
   toScreenY(y) { return (y - this.centreY) * this.zoom + this.canvas.clientHeight / 2; }
+
+  // Where a part of the picture, given in cells, is on the canvas, in whole pixels.
+  boxOf({x, y, width, height}) {
+    return {
+      left: Math.round(this.toScreenX(x * this.cellWidth)),
+      top: Math.round(this.toScreenY(y * this.cellHeight)),
+      right: Math.round(this.toScreenX((x + width) * this.cellWidth)),
+      bottom: Math.round(this.toScreenY((y + height) * this.cellHeight)),
+    };
+  }
 
   // The middle of a cell on the canvas, and the cell nearest to a place on it.
   placeOf({column, row}) {
@@ -151,13 +118,6 @@ class HeightMap {
     return {column: this.flipColumn(x), row: this.flipRow(y)};
   }
 
-  setCell(cell, byKey) {
-    this.cell = cell;
-    if (byKey) this.reveal(cell);
-    this.onCell(cell, byKey);
-    this.demand();
-  }
-
   // Moves the map as little as shows the cell.
   reveal(cell) {
     const place = this.placeOf(cell);
@@ -165,28 +125,5 @@ class HeightMap {
     this.moveBy(-outside(place.x, this.canvas.clientWidth),
       -outside(place.y, this.canvas.clientHeight));
     this.keepInside();
-  }
-
-  draw() {
-    const {context, width, height} = fitCanvas(this.canvas);
-    context.clearRect(0, 0, width, height);
-    if (!this.scan || this.scan.width === 0 || this.scan.length === 0) return;
-    this.keepInside();
-    const edge = (cells, cell, toScreen) => Math.round(toScreen.call(this, cells * cell));
-    const left = edge(0, this.cellWidth, this.toScreenX);
-    const top = edge(0, this.cellHeight, this.toScreenY);
-    const right = edge(this.scan.width, this.cellWidth, this.toScreenX);
-    const bottom = edge(this.scan.length, this.cellHeight, this.toScreenY);
-    context.fillStyle = hatchPattern(context);
-    context.fillRect(left, top, right - left, bottom - top);
-    context.imageSmoothingEnabled = Math.min(this.cellWidth, this.cellHeight) * this.zoom < 1;
-    for (const tile of this.tiles) {
-      const x = edge(tile.x, this.cellWidth, this.toScreenX);
-      const y = edge(tile.y, this.cellHeight, this.toScreenY);
-      const endX = edge(tile.x + tile.width, this.cellWidth, this.toScreenX);
-      const endY = edge(tile.y + tile.height, this.cellHeight, this.toScreenY);
-      context.drawImage(tile.canvas, x, y, Math.max(1, endX - x), Math.max(1, endY - y));
-    }
-    this.onView(context);
   }
 }

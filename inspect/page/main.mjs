@@ -1,6 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Puts the parts of the page together: which scan is shown, and what its views tell each other.
+import {drawColourBar} from "./colourbar.mjs";
+import {PageData} from "./data.mjs";
+import {onDrag, onKeys, onWheel, placeAt, pointIn} from "./drawing.mjs";
+import {byId, element, showPairs, speak} from "./elements.mjs";
+import {appendFacts} from "./facts.mjs";
+import {HeightMap} from "./map.mjs";
+import {LinePlot} from "./plot.mjs";
+import {ProfileView} from "./profile.mjs";
+import {SectionLine, cellsAlong, heightAt, sectionFacts} from "./section.mjs";
+import {clean, mm} from "./text.mjs";
+import {SolidView} from "./view3d.mjs";
 
+const data = new PageData(JSON.parse(byId("document").textContent),
+  (id) => byId(`array${id}`).textContent);
 let scan = null;
 let profile = null;  // made when there is one to show
 
@@ -10,12 +23,12 @@ const surface = (() => {
     xName: "distance from A",
     onCursor: (index, byKey) => tellSection(index, byKey),
   });
-  const map = new HeightMap(byId("map-stage"), tellCell, (context) => {
+  const map = new HeightMap(byId("map"), data.palette, tellCell, (context) => {
     line.draw(context);
     placeCellMark();
   });
-  const line = new SectionLine(map, [byId("line-a"), byId("line-b")], () => cutSection(true));
-  const solid = new SolidView(byId("solid"), byId("solid-text"));
+  const line = new SectionLine(map, [byId("line-a"), byId("line-b")], cutSection);
+  const solid = new SolidView(byId("solid"), byId("solid-text"), data.palette);
   return {plot, map, line, solid, cells: []};
 })();
 
@@ -28,10 +41,10 @@ function tellCell({column, row}, byKey) {
 
 function placeCellMark() {
   const {map} = surface;
-  const {x, y} = map.placeOf(map.cell);
+  const {x, y} = map.view.placeOf(map.cell);
   const mark = byId("cell-mark");
-  mark.style.width = `${Math.max(9, map.cellWidth * map.zoom + 2)}px`;
-  mark.style.height = `${Math.max(9, map.cellHeight * map.zoom + 2)}px`;
+  mark.style.width = `${Math.max(9, map.view.cellWidth * map.view.zoom + 2)}px`;
+  mark.style.height = `${Math.max(9, map.view.cellHeight * map.view.zoom + 2)}px`;
   placeAt(mark, x, y, map.canvas);
 }
 
@@ -63,45 +76,45 @@ function listenToMap() {
   const toMove = () => document.querySelector("[name=drag]:checked").value === "move";
   let moving = false;
   canvas.addEventListener("pointermove", (event) => {
-    if (event.buttons === 0) map.setCell(map.cellAt(pointIn(canvas, event)), false);
+    if (event.buttons === 0) map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
   });
   onDrag(canvas, {
     start: (event) => {
       moving = toMove() || event.shiftKey || event.button === 1;
-      map.setCell(map.cellAt(pointIn(canvas, event)), false);
+      map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
       if (!moving) line.ends = [map.cell, map.cell];
     },
     move: (dx, dy, event) => {
       if (moving) {
-        map.moveBy(dx, dy);
+        map.view.moveBy(dx, dy);
         return;
       }
-      map.setCell(map.cellAt(pointIn(canvas, event)), false);
+      map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
       line.moveEnd(1, map.cell);
     },
     end: () => line.onLine(),
   });
   onWheel(canvas, (factor, event) => {
     const {x, y} = pointIn(canvas, event);
-    map.zoomBy(factor, x, y);
+    map.view.zoomBy(factor, x, y);
   });
   const zoomAtCell = (factor) => {
-    const {x, y} = map.placeOf(map.cell);
-    map.zoomBy(factor, x, y);
+    const {x, y} = map.view.placeOf(map.cell);
+    map.view.zoomBy(factor, x, y);
   };
   onKeys(canvas, (key, by) => {
-    const cell = map.step(map.cell, key, by);
+    const cell = map.view.step(map.cell, key, by);
     if (cell) map.setCell(cell, true);
     else if (key === "+" || key === "=") zoomAtCell(1.5);
     else if (key === "-") zoomAtCell(1 / 1.5);
-    else if (key === "0") map.showWhole();
+    else if (key === "0") map.view.showWhole();
     else if (/^[ab]$/i.test(key)) line.moveEnd("ab".indexOf(key.toLowerCase()), map.cell);
     else return false;
     return true;
   });
   byId("map-in").addEventListener("click", () => zoomAtCell(1.5));
   byId("map-out").addEventListener("click", () => zoomAtCell(1 / 1.5));
-  byId("map-whole").addEventListener("click", () => map.showWhole());
+  byId("map-whole").addEventListener("click", () => map.view.showWhole());
   for (const choice of document.querySelectorAll("[name=drag]")) {
     choice.addEventListener("change", () => canvas.classList.toggle("moves", toMove()));
   }
@@ -118,8 +131,8 @@ function listenToSolid() {
 }
 
 function showSurface() {
-  const range = heightRange(scan.source);
-  drawColourBar(range, scan.decimals);
+  const range = data.heightRange(scan.source);
+  drawColourBar(data.palette, range, scan.decimals);
   surface.line.fit(scan);
   surface.map.show(scan, range);
   cutSection();
@@ -127,18 +140,14 @@ function showSurface() {
 }
 
 function showChosen() {
-  const source = sourceNames[byId("source").selectedIndex];
-  const frame = frameNumbers[Number(byId("frame").value)];
-  const entry = pageData.scans.find((one) => one.source === source && one.frame === frame);
-  const of = `${frame + 1} of ${pageData.frames}`;
-  const index = pageData.scans.find((one) => one.frame === frame)?.index;
-  byId("frame-name").textContent = `${of}, index ${index}`;
-  const drawable = entry !== undefined && entry.width > 0 && entry.length > 0;
-  const isProfile = drawable && entry.kind === "profile";
+  const frame = data.frameNumbers[Number(byId("frame").value)];
+  scan = data.scanOf(data.sourceNames[byId("source").selectedIndex], frame);
+  byId("frame-name").textContent = data.frameText(frame);
+  byId("scan-text").textContent = scan ? scan.text : "This source has no scan in this frame.";
+  const drawable = scan !== null && scan.width > 0 && scan.length > 0;
+  const isProfile = drawable && scan.kind === "profile";
   byId("surface-views").hidden = !drawable || isProfile;
   byId("profile-view").hidden = !isProfile;
-  scan = entry ? new Scan(entry) : null;
-  byId("scan-text").textContent = scan ? scan.text : "This source has no scan in this frame.";
   if (isProfile) {
     profile ??= new ProfileView();
     profile.show(scan);
@@ -147,24 +156,20 @@ function showChosen() {
   }
 }
 
-function start() {
-  const name = clean(pageData.name);
-  document.title = name;
-  byId("name").textContent = name;
-  byId("notice").textContent = noticeText();
-  appendFacts(byId("facts"), pageData.facts);
-  const options = sourceNames.map((source) => element("option", "", clean(source)));
-  byId("source").append(...options);
-  byId("source-choice").hidden = sourceNames.length < 2;
-  byId("frame-choice").hidden = frameNumbers.length < 2;
-  byId("choice").hidden = sourceNames.length < 2 && frameNumbers.length < 2;
-  byId("frame").max = Math.max(0, frameNumbers.length - 1);
-  byId("source").addEventListener("change", showChosen);
-  byId("frame").addEventListener("input", showChosen);
-  byId("choice").addEventListener("submit", (event) => event.preventDefault());
-  listenToMap();
-  listenToSolid();
-  showChosen();
-}
-
-start();
+const name = clean(data.name);
+document.title = name;
+byId("name").textContent = name;
+byId("notice").textContent = data.notice;
+appendFacts(byId("facts"), data.facts);
+const options = data.sourceNames.map((source) => element("option", "", clean(source)));
+byId("source").append(...options);
+byId("source-choice").hidden = data.sourceNames.length < 2;
+byId("frame-choice").hidden = data.frameNumbers.length < 2;
+byId("choice").hidden = data.sourceNames.length < 2 && data.frameNumbers.length < 2;
+byId("frame").max = Math.max(0, data.frameNumbers.length - 1);
+byId("source").addEventListener("change", showChosen);
+byId("frame").addEventListener("input", showChosen);
+byId("choice").addEventListener("submit", (event) => event.preventDefault());
+listenToMap();
+listenToSolid();
+showChosen();

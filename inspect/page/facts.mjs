@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The file's facts, whatever they are: objects as sections, arrays of objects as tables.
+import {element} from "./elements.mjs";
+import {clean} from "./text.mjs";
 
 const MOST_ROWS = 100;  // of a table, until more are asked for
 
 // "boundingBox" reads as "bounding box".
-const factName = (key) =>
+export const factName = (key) =>
   clean(key).replace(/_/g, " ").replace(/([a-z0-9])([A-Z])/g, (_, a, b) => `${a} ${b.toLowerCase()}`);
 
 const isObject = (value) => value !== null && typeof value === "object" && !Array.isArray(value);
@@ -17,7 +19,7 @@ const isShort = (value) => Object.values(value).length <= 3 &&
 // Parts that have parts themselves stand on lines of their own.
 const joined = (texts, values) => texts.join(values.some(isObject) ? "\n" : ", ");
 
-function factText(value) {
+export function factText(value) {
   if (value === null) return "–";
   if (typeof value === "boolean") return value ? "yes" : "no";
   // What a float can tell; all digits are in the output of --json.
@@ -62,7 +64,7 @@ function factTable(rows) {
 }
 
 // Appends plain facts first, then a section for each that has parts.
-function appendFacts(parent, facts, depth = 0) {
+export function appendFacts(parent, facts, depth = 0) {
   const hasParts = (value) => isTable(value) || (isObject(value) && !isShort(value));
   const plain = Object.entries(facts).filter(([, value]) => !hasParts(value));
   if (plain.length > 0) {

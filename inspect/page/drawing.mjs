@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What all drawings have in common.
 
-const themeColour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name);
+export const themeColour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name);
 
 // Gives the canvas the pixels of the screen; returns its context in CSS pixels, and its size.
-function fitCanvas(canvas) {
+export function fitCanvas(canvas) {
   const {clientWidth: width, clientHeight: height} = canvas;
   const ratio = window.devicePixelRatio || 1;
   canvas.width = Math.max(1, Math.round(width * ratio));
@@ -15,7 +15,7 @@ function fitCanvas(canvas) {
 }
 
 // Draws again, once a frame at most, when asked, when the size changes and when the colours do.
-function drawOnDemand(canvas, draw) {
+export function drawOnDemand(canvas, draw) {
   let waiting = false;
   const demand = () => {
     if (waiting) return;
@@ -30,22 +30,8 @@ function drawOnDemand(canvas, draw) {
   return demand;
 }
 
-// Round numbers from low to high, about `count` of them, and the decimals that they need.
-function ticksOf(low, high, count) {
-  const rough = (high - low) / count;
-  if (!(rough > 0)) return {ticks: [low], decimals: decimalsFor(NaN)};
-  const power = 10 ** Math.floor(Math.log10(rough));
-  const step = power * [1, 2, 5, 10].find((factor) => factor * power >= rough);
-  const ticks = [];
-  for (let i = Math.ceil(low / step); i * step <= high && ticks.length < 50; ++i) {
-    ticks.push(i * step);
-  }
-  const decimals = Math.min(Math.max(0, -Math.floor(Math.log10(step) + 1e-9)), 9);
-  return {ticks, decimals};
-}
-
 // Marks what was not measured: not a colour of the palette, and nothing that a surface looks like.
-function hatchPattern(context) {
+export function hatchPattern(context) {
   const tile = document.createElement("canvas");
   tile.width = tile.height = 8;
   const part = tile.getContext("2d");
@@ -61,7 +47,7 @@ function hatchPattern(context) {
 }
 
 // Calls `move(dx, dy, event)` while the pointer that went down on `target` is dragged.
-function onDrag(target, {start = () => {}, move, end = () => {}}) {
+export function onDrag(target, {start = () => {}, move, end = () => {}}) {
   target.addEventListener("pointerdown", (event) => {
     if (event.button > 1) return;
     if (event.button === 1) event.preventDefault();
@@ -85,7 +71,7 @@ function onDrag(target, {start = () => {}, move, end = () => {}}) {
 }
 
 // Calls the handler for the key, if there is one that takes it.
-function onKeys(target, handle) {
+export function onKeys(target, handle) {
   target.addEventListener("keydown", (event) => {
     if (event.ctrlKey || event.metaKey || event.altKey) return;
     if (handle(event.key, event.shiftKey ? 10 : 1)) event.preventDefault();
@@ -93,20 +79,20 @@ function onKeys(target, handle) {
 }
 
 // Turns the wheel into factors around 1.
-function onWheel(target, zoom) {
+export function onWheel(target, zoom) {
   target.addEventListener("wheel", (event) => {
     event.preventDefault();
     zoom(Math.exp(-Math.sign(event.deltaY) * Math.min(Math.abs(event.deltaY), 100) / 400), event);
   }, {passive: false});
 }
 
-function pointIn(target, event) {
+export function pointIn(target, event) {
   const box = target.getBoundingClientRect();
   return {x: event.clientX - box.left, y: event.clientY - box.top};
 }
 
 // Moves an element inside its stage; out of sight where it would be outside.
-function placeAt(node, x, y, stage) {
+export function placeAt(node, x, y, stage) {
   node.hidden = !(x >= 0 && y >= 0 && x <= stage.clientWidth && y <= stage.clientHeight);
   node.style.left = `${x}px`;
   node.style.top = `${y}px`;

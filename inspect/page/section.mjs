@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The line from A to B across the map, and the heights below it.
+import {onDrag, onKeys, placeAt, pointIn} from "./drawing.mjs";
+import {speak} from "./elements.mjs";
+import {mm, spoken} from "./text.mjs";
 
 // The cells that a line passes, each nearest to the line, with their distances in mm from A.
-function cellsAlong(scan, a, b) {
+export function cellsAlong(scan, a, b) {
   const columns = b.column - a.column;
   const rows = b.row - a.row;
   const steps = Math.max(Math.abs(columns), Math.abs(rows));
@@ -15,9 +18,9 @@ function cellsAlong(scan, a, b) {
   });
 }
 
-const heightAt = (scan, {column, row}) => scan.z(row * scan.width + column);
+export const heightAt = (scan, {column, row}) => scan.z(row * scan.width + column);
 
-function sectionFacts(scan, a, b, cells) {
+export function sectionFacts(scan, a, b, cells) {
   const heights = cells.map((cell) => heightAt(scan, cell)).filter((z) => !Number.isNaN(z));
   const difference = heightAt(scan, b) - heightAt(scan, a);
   const length = Math.hypot((b.column - a.column) * scan.stepX, (b.row - a.row) * scan.stepY);
@@ -32,7 +35,7 @@ function sectionFacts(scan, a, b, cells) {
   ];
 }
 
-class SectionLine {
+export class SectionLine {
   // `onLine()` hears that an end was moved.
   constructor(map, handles, onLine) {
     this.map = map;
@@ -40,14 +43,14 @@ class SectionLine {
     this.onLine = onLine;
     handles.forEach((handle, end) => {
       onDrag(handle, {
-        move: (dx, dy, event) => this.moveEnd(end, map.cellAt(pointIn(map.canvas, event))),
+        move: (dx, dy, event) => this.moveEnd(end, map.view.cellAt(pointIn(map.canvas, event))),
       });
       onKeys(handle, (key, by) => {
-        const cell = map.step(this.ends[end], key, by);
+        const cell = map.view.step(this.ends[end], key, by);
         if (!cell) return false;
         this.moveEnd(end, cell);
-        map.reveal(cell);
-        speak(map.scan.tell(cell.column, cell.row));
+        map.view.reveal(cell);
+        speak(map.view.scan.tell(cell.column, cell.row));
         return true;
       });
     });
@@ -68,7 +71,7 @@ class SectionLine {
   }
 
   draw(context) {
-    const [a, b] = this.ends.map((cell) => this.map.placeOf(cell));
+    const [a, b] = this.ends.map((cell) => this.map.view.placeOf(cell));
     for (const [colour, width] of [["#000", 3.5], ["#fff", 1.5]]) {
       context.strokeStyle = colour;
       context.lineWidth = width;
@@ -80,8 +83,8 @@ class SectionLine {
     [a, b].forEach(({x, y}, end) => {
       placeAt(this.handles[end], x, y, this.map.canvas);
       const {column, row} = this.ends[end];
-      const place = this.map.scan.tell(column, row).slice(0, 3).map((pair) => pair.join(" "));
-      this.handles[end].setAttribute("aria-label", `End ${"AB"[end]}: ${place.join(", ")}`);
+      const place = this.map.view.scan.tell(column, row).slice(0, 3);
+      this.handles[end].setAttribute("aria-label", `End ${"AB"[end]}: ${spoken(place)}`);
     });
   }
 }

@@ -1,35 +1,32 @@
 // SPDX-License-Identifier: MIT
-// The data that the page carries: one description of everything, and arrays in base64.
+// A scan with its arrays, which the page carries in base64.
+import {decimalsFor, mm, number} from "./text.mjs";
 
-const pageData = JSON.parse(byId("document").textContent);
 const NOT_MEASURED = -32768;
 
-function bytesOf(base64) {
+export function bytesOf(base64) {
   return Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
 }
 
-const arrayBytes = (id) => bytesOf(byId(`array${id}`).textContent);
-
-function rawValues(id) {
-  const bytes = arrayBytes(id);
+function rawValues(base64) {
+  const bytes = bytesOf(base64);
   const view = new DataView(bytes.buffer);
   return Int16Array.from({length: bytes.length / 2}, (_, i) => view.getInt16(2 * i, true));
 }
 
-const palette = bytesOf(pageData.palette);  // 256 times red, green, blue
-
-// A scan with its arrays. Cells are numbered row by row.
-class Scan {
-  constructor(entry) {
+// Cells are numbered row by row.
+export class Scan {
+  // `entry` describes the scan; `arrayText` gives the text of an array that it names.
+  constructor(entry, arrayText) {
     Object.assign(this, entry);
-    this.raw = rawValues(entry.heights);
-    this.bytes = entry.intensities === undefined ? null : arrayBytes(entry.intensities);
+    this.raw = rawValues(arrayText(entry.heights));
+    this.bytes = entry.intensities === undefined ? null : bytesOf(arrayText(entry.intensities));
     this.decimals = decimalsFor(this.scale, this.offset);
-    if (this.kind === "profile") this.placePoints();
+    if (this.kind === "profile") this.placePoints(arrayText);
   }
 
   // From left to right.
-  placePoints() {
+  placePoints(arrayText) {
     const count = this.raw.length;
     this.order = Uint32Array.from({length: count}, (_, i) => i);
     if (this.places === undefined) {
@@ -37,7 +34,7 @@ class Scan {
       this.placeDecimals = decimalsFor(this.stepX, this.x);
     } else {
       this.placeDecimals = decimalsFor(this.placeScale, this.placeOffset);
-      this.xs = Float64Array.from(rawValues(this.places),
+      this.xs = Float64Array.from(rawValues(arrayText(this.places)),
         (raw) => raw === NOT_MEASURED ? NaN : raw * this.placeScale + this.placeOffset);
     }
     // A point of unknown place, which is a gap, is put on its neighbour.
@@ -95,38 +92,4 @@ class Scan {
     return text + (this.reduced ? `Reduced to ${this.width} × ${this.length} cells: each is the ` +
       `mean of about ${this.share.toPrecision(3)} points.` : "Every point is here.");
   }
-}
-
-const sourceNames = [...new Set(pageData.scans.map((entry) => entry.source))];
-const frameNumbers = [...new Set(pageData.scans.map((entry) => entry.frame))];
-
-// All scans of a source share their colours, so that frames can be compared.
-function heightRange(source) {
-  const entries = pageData.scans.filter((entry) => entry.source === source && entry.measured > 0);
-  if (entries.length === 0) return {low: 0, high: 0};
-  return {
-    low: entries.reduce((low, entry) => Math.min(low, entry.low), Infinity),
-    high: entries.reduce((high, entry) => Math.max(high, entry.high), -Infinity),
-  };
-}
-
-// Where a height lies in the palette.
-function colourIndex(z, range) {
-  const part = range.high > range.low ? (z - range.low) / (range.high - range.low) : 0.5;
-  return Math.round(255 * Math.min(Math.max(part, 0), 1));
-}
-
-// What of the file is on the page.
-function noticeText() {
-  const {scans, budget, every, frames, leftOut} = pageData;
-  const reduced = scans.filter((entry) => entry.reduced).length;
-  const sentences = [];
-  if (every > 1) {
-    sentences.push(`Of ${frames} frames, the first and every ${every}. after it are here.`);
-  }
-  if (leftOut > 0) sentences.push(`Scans left out besides: ${leftOut}.`);
-  if (reduced > 0 && scans.length === 1) sentences.push("The scan is reduced.");
-  else if (reduced > 0) sentences.push(`Reduced scans: ${reduced} of ${scans.length}.`);
-  if (sentences.length === 0) return "";
-  return `${sentences.join(" ")} This page holds at most ${budget} points (--points).`;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The 3-D view: the map's cells as corners of a mesh, lit from the viewer's left, without
 // perspective, so that equal lengths look equal.
-
-const MOST_CORNERS = 250000;  // more would turn too slowly
+import {drawOnDemand, onDrag, onKeys, onWheel} from "./drawing.mjs";
+import {makeMesh, meshText, strideOf, turnMatrix} from "./mesh.mjs";
 
 const VERTEX_SHADER = `#version 300 es
 in vec3 place;
@@ -33,55 +33,10 @@ void main() {
   colour = vec4(own * mix(1.0, 0.35 + 0.65 * light, lit), 1.0);
 }`;
 
-// Every how manieth cell is a corner.
-const strideOf = (scan) =>
-  Math.max(1, Math.ceil(Math.sqrt(scan.width * scan.length / MOST_CORNERS)));
-
-// Corners around the middle of the scan, in units of its size; triangles where all corners are, and
-// points for the corners that are in none.
-function makeMesh(scan, stride) {
-  const columns = Math.ceil(scan.width / stride);
-  const rows = Math.ceil(scan.length / stride);
-  const usable = (step) => Number.isFinite(step) && step !== 0 ? step : 1;
-  const [stepX, stepY] = [usable(scan.stepX), usable(scan.stepY)];
-  const middleZ = scan.low + (scan.high - scan.low) / 2;
-  const radius = Math.hypot(stepX * scan.width, stepY * scan.length, scan.high - scan.low) / 2;
-  const places = new Float32Array(3 * columns * rows);
-  for (let j = 0, i = 0; j < rows; ++j) {
-    for (let k = 0; k < columns; ++k, i += 3) {
-      places[i] = (k * stride - (scan.width - 1) / 2) * stepX / radius;
-      places[i + 1] = (j * stride - (scan.length - 1) / 2) * stepY / radius;
-      places[i + 2] = (scan.z(j * stride * scan.width + k * stride) - middleZ) / radius;
-    }
-  }
-  const known = (corner) => !Number.isNaN(places[3 * corner + 2]);
-  const triangles = [];
-  for (let j = 0; j < rows; ++j) {
-    for (let k = 0; k < columns; ++k) {
-      const corner = j * columns + k;
-      if (j + 1 === rows || k + 1 === columns) continue;
-      const [a, b, c, d] = [corner, corner + 1, corner + columns, corner + columns + 1];
-      if (known(b) && known(c)) {
-        if (known(a)) triangles.push(a, b, c);
-        if (known(d)) triangles.push(b, d, c);
-      } else if (known(a) && known(d)) {
-        if (known(b)) triangles.push(a, b, d);
-        if (known(c)) triangles.push(a, d, c);
-      }
-    }
-  }
-  const used = new Uint8Array(columns * rows);
-  for (const corner of triangles) used[corner] = 1;
-  const points = [];
-  used.forEach((is, corner) => {
-    if (!is && known(corner)) points.push(corner);
-  });
-  return {places, triangles, points, radius, middleZ};
-}
-
-class SolidView {
-  constructor(canvas, text) {
+export class SolidView {
+  constructor(canvas, text, palette) {
     this.canvas = canvas;
+    this.palette = palette;
     this.text = text;
     this.reset();
     this.gl = canvas.getContext("webgl2", {antialias: true});
@@ -158,7 +113,7 @@ class SolidView {
     this.uniform = (name) => gl.getUniformLocation(program, name);
     gl.bindTexture(gl.TEXTURE_2D, gl.createTexture());
     gl.pixelStorei(gl.UNPACK_ALIGNMENT, 1);
-    gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGB, 256, 1, 0, gl.RGB, gl.UNSIGNED_BYTE, palette);
+    gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGB, 256, 1, 0, gl.RGB, gl.UNSIGNED_BYTE, this.palette);
     gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_MIN_FILTER, gl.NEAREST);
     gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_WRAP_S, gl.CLAMP_TO_EDGE);
     gl.bindBuffer(gl.ARRAY_BUFFER, gl.createBuffer());
@@ -180,10 +135,7 @@ class SolidView {
     gl.bufferData(gl.ARRAY_BUFFER, this.mesh.places, gl.STATIC_DRAW);
     gl.bufferData(gl.ELEMENT_ARRAY_BUFFER,
       Uint32Array.from(this.mesh.triangles.concat(this.mesh.points)), gl.STATIC_DRAW);
-    const sides = [scan.stepX * (scan.width - 1), scan.stepY * (scan.length - 1),
-      scan.high - scan.low].map((side) => number(Math.abs(side)));
-    this.text.textContent = `${sides.join(" × ")} mm` +
-      (stride > 1 ? `; each ${stride}. cell of each row and column is drawn.` : ".");
+    this.text.textContent = meshText(scan, stride);
     this.demand();
   }
 
@@ -196,13 +148,7 @@ class SolidView {
     gl.clearColor(0, 0, 0, 0);
     gl.clear(gl.COLOR_BUFFER_BIT | gl.DEPTH_BUFFER_BIT);
     if (!mesh) return;
-    const [sinH, cosH, sinT, cosT] = [Math.sin(this.heading), Math.cos(this.heading),
-      Math.sin(this.tilt), Math.cos(this.tilt)];
-    // By columns: where x, y and z of the scan go on the screen; the third row points to the viewer.
-    gl.uniformMatrix3fv(this.uniform("turn"), false, [
-      cosH, sinH * cosT, -sinH * sinT,
-      -sinH, cosH * cosT, -cosH * sinT,
-      0, sinT, cosT]);
+    gl.uniformMatrix3fv(this.uniform("turn"), false, turnMatrix(this.heading, this.tilt));
     const zoom = this.zoom * Math.min(canvas.width, canvas.height);
     const stretch = this.heightFactor || 1;
     gl.uniform3f(this.uniform("size"), zoom / canvas.width, zoom / canvas.height, stretch);

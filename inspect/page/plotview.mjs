@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// Which part of a line plot is seen, and where its points are.
+
+export const MARGIN = {left: 58, right: 12, top: 10, bottom: 38};
+
+// From the least to the greatest value; low is above high where all are NaN, or none is there.
+function extentOf(values) {
+  let [low, high] = [Infinity, -Infinity];
+  for (const value of values) {
+    if (value < low) low = value;
+    if (value > high) high = value;
+  }
+  return {low, high};
+}
+
+export class PlotView {
+  // `canvas` has a clientWidth and a clientHeight. `onChange()` hears that the view was moved.
+  constructor(canvas, onChange) {
+    this.canvas = canvas;
+    this.onChange = onChange;
+    this.points = {x: [], z: []};
+  }
+
+  // x and z in mm, from left to right; NaN in z is a gap.
+  show(points, keepSeen) {
+    this.points = points;
+    this.all = extentOf(points.x);
+    const {low, high} = this.all;
+    if (low === high) this.all = {low: low - 0.5, high: high + 0.5};
+    else if (low > high) this.all = {low: 0, high: 1};
+    if (!keepSeen || !this.seen) this.seen = {...this.all};
+  }
+
+  showAll() {
+    this.seen = {...this.all};
+    this.onChange();
+  }
+  zoomBy(factor, x) {
+    const whole = this.all.high - this.all.low;
+    const width = Math.min((this.seen.high - this.seen.low) / factor, whole);
+    if (width < whole * 1e-5 || Number.isNaN(x)) return;
+    const part = (x - this.seen.low) / (this.seen.high - this.seen.low);
+    this.seen = {low: x - width * part, high: x + width * (1 - part)};
+    this.moveBy(0);
+  }
+  moveBy(dx) {
+    const width = this.seen.high - this.seen.low;
+    const low = Math.max(this.all.low, Math.min(this.seen.low + dx, this.all.high - width));
+    this.seen = {low, high: low + width};
+    this.onChange();
+  }
+
+  // Moves the view as little as shows the point.
+  reveal(index) {
+    const x = this.points.x[index];
+    if (x < this.seen.low) this.moveBy(x - this.seen.low);
+    if (x > this.seen.high) this.moveBy(x - this.seen.high);
+  }
+
+  // The point that a key leads to from another; -1 for other keys.
+  step(index, key, by) {
+    const last = this.points.x.length - 1;
+    if (key === "ArrowLeft") return Math.max(0, index - by);
+    if (key === "ArrowRight") return Math.min(last, index + by);
+    if (key === "Home") return 0;
+    if (key === "End") return last;
+    return -1;
+  }
+
+  get scaleX() {
+    const width = this.canvas.clientWidth - MARGIN.left - MARGIN.right;
+    return width / (this.seen.high - this.seen.low);
+  }
+  get scaleZ() {
+    const height = this.canvas.clientHeight - MARGIN.top - MARGIN.bottom;
+    return height / (this.high - this.low);
+  }
+  toScreenX(x) { return MARGIN.left + (x - this.seen.low) * this.scaleX; }
+  toScreenZ(z) { return MARGIN.top + (this.high - z) * this.scaleZ; }
+  toX(screen) { return this.seen.low + (screen - MARGIN.left) / this.scaleX; }
+
+  nearest(screen) {
+    const x = this.toX(screen);
+    let [best, least] = [-1, Infinity];
+    this.points.x.forEach((value, i) => {
+      const distance = Math.abs(value - x);
+      if (distance < least) [best, least] = [i, distance];
+    });
+    return best;
+  }
+
+  // The points between gaps, as the first and the last of each run.
+  runs() {
+    const {x, z} = this.points;
+    const runs = [];
+    for (let i = 0; i < z.length; ++i) {
+      if (Number.isNaN(z[i]) || Number.isNaN(x[i])) continue;
+      if (runs.at(-1)?.[1] === i - 1) runs.at(-1)[1] = i;
+      else runs.push([i, i]);
+    }
+    return runs;
+  }
+
+  // Sets the lowest and the highest height seen, with some room.
+  fitHeights() {
+    const {x, z} = this.points;
+    const isOutside = (i) => x[i] < this.seen.low || x[i] > this.seen.high;
+    let {low, high} = extentOf(z.filter((_, i) => !isOutside(i)));
+    if (low > high) [low, high] = [0, 1];
+    const room = high > low ? (high - low) * 0.06 : Math.max(Math.abs(low) * 1e-3, 0.01);
+    this.low = low - room;
+    this.high = high + room;
+  }
+}
