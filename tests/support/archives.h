@@ -18,9 +18,9 @@ inline zBytes MakeArchive(const std::vector<Member>& members) {
   const Handle stream = MakeStream();
   Handle tar;
   MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, DefaultAlloc()));
-  for (const Member& member : members) {
-    MustBeOk(zTar_BeginWrite(tar.Get(), member.name.c_str(), member.type, member.content.size()));
-    MustBeOk(zStream_Write(tar.Get(), member.content.data(), member.content.size()));
+  for (const auto& [name, content, type] : members) {
+    MustBeOk(zTar_BeginWrite(tar.Get(), name.c_str(), type, content.size()));
+    MustBeOk(zStream_Write(tar.Get(), content.data(), content.size()));
   }
   MustBeOk(tar.Release());
   return BytesOf(stream.Get());

@@ -8,8 +8,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <string>
 #include <vector>
 
 #include "support/temp_directory.h"
@@ -22,16 +20,13 @@ struct Outcome {
 };
 
 inline Outcome RunProgram(const std::string& program, std::vector<std::string> args) {
-  args.insert(args.begin(), program);
-  std::vector<char*> argv;
+  std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (std::string& arg : args) argv.push_back(arg.data());
   argv.push_back(nullptr);
-  const char* const outputName = "stdout.txt";
-  const char* const errorsName = "stderr.txt";
   const pid_t child = fork();
   if (child == 0) {
-    if (std::freopen(outputName, "w", stdout) != nullptr &&
-        std::freopen(errorsName, "w", stderr) != nullptr) {
+    if (std::freopen("stdout.txt", "w", stdout) != nullptr &&
+        std::freopen("stderr.txt", "w", stderr) != nullptr) {
       execv(argv[0], argv.data());
     }
     std::_Exit(99);
@@ -39,9 +34,8 @@ inline Outcome RunProgram(const std::string& program, std::vector<std::string> a
   int status = 0;
   rusage usage{};
   wait4(child, &status, 0, &usage);
-  Outcome outcome = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(outputName),
-                     ReadFile(errorsName), static_cast<unsigned long long>(usage.ru_maxrss) * 1024};
-  std::filesystem::remove(outputName);
-  std::filesystem::remove(errorsName);
+  Outcome outcome = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile("stdout.txt"),
+                     ReadFile("stderr.txt"), static_cast<z64u>(usage.ru_maxrss) * 1024};
+  for (const char* name : {"stdout.txt", "stderr.txt"}) std::filesystem::remove(name);
   return outcome;
 }

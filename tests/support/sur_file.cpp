@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/sur_file.h"
 
-#include <utility>
-
 zBytes SurFile::Bytes() const {
   zBytes bytes(sur::kHeaderSize, 0);
   std::memcpy(bytes.data(), "DIGITAL SURF", 12);
@@ -18,21 +16,12 @@ zBytes SurFile::Bytes() const {
   sur::Set(bytes, sur::kPrivateSize, privateSize);
   bytes.resize(bytes.size() + static_cast<zSize>(commentSize + privateSize), '#');
   for (const z32s sample : samples) {
-    const zSize end = bytes.size();
-    bytes.resize(end + (bits == 32 ? 4 : 2));
-    if (bits == 32) {
-      sur::Set(bytes, end, sample);
-    } else {
-      sur::Set(bytes, end, static_cast<z16s>(sample));
-    }
+    const auto* first = reinterpret_cast<const z8u*>(&sample);
+    bytes.insert(bytes.end(), first, first + (bits == 32 ? 4 : 2));
   }
   return bytes;
 }
 
-SurFile SurRow(std::vector<z32s> samples) {
-  SurFile file;
-  file.width = static_cast<z32s>(samples.size());
-  file.length = 1;
-  file.samples = std::move(samples);
-  return file;
+SurFile SurRow(const std::vector<z32s>& samples) {
+  return {static_cast<z32s>(samples.size()), 1, samples};
 }

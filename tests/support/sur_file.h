@@ -43,4 +43,4 @@ struct SurFile {
 };
 
 // One row of samples.
-SurFile SurRow(std::vector<z32s> samples);
+SurFile SurRow(const std::vector<z32s>& samples);

@@ -2,7 +2,6 @@
 // A fresh directory that is the current one until the test ends, and is removed then.
 #pragma once
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -14,10 +13,9 @@
 
 class TempDirectory {
  public:
-  TempDirectory() : before_(std::filesystem::current_path()) {
+  TempDirectory() {
     std::string name = (std::filesystem::temp_directory_path() / "trelvane-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-    std::filesystem::current_path(path_);
+    std::filesystem::current_path(path_ = mkdtemp(name.data()));
   }
   TempDirectory(const TempDirectory&) = delete;
   TempDirectory& operator=(const TempDirectory&) = delete;
@@ -26,8 +24,6 @@ class TempDirectory {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
   }
-
-  const std::filesystem::path& Path() const { return path_; }
 
   // Names of the files in it, without those in folders.
   std::set<std::string> Files() const {
@@ -39,7 +35,7 @@ class TempDirectory {
   }
 
  private:
-  std::filesystem::path before_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
   std::filesystem::path path_;
 };
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // State, settings and conversion matrix of the converter; whole files.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cmath>
+#include <csignal>
 #include <functional>
 
-#include "support/recordings.h"
+#include "support/csv_export.h"
 #include "support/sur_file.h"
-#include "support/temp_directory.h"
-#include "surfacefileconverter/surfacefileconverter.h"
 #include "wholefile.h"
 
 namespace {
@@ -48,50 +48,42 @@ class Converter : public testing::Test {
 };
 
 TEST_F(Converter, ChecksEverySettingInItsOrder) {
-  const std::string notData = ": The imported data is not recording data";
-  const std::string notRecording = " and it doesn't support this option ('-f/--frame')";
-  const std::string onlyPcd = " is only valid for the pcd file imports";
-  const struct {
-    Operation operation;
-    std::string fresh;  // where it fails before any import
-    std::string sur;    // how it fails after the import of a surface; empty: it does not
-  } rows[] = {
-      {[](auto& c) { c.setFrameIndex(4); }, "418 setFrameIndex",
-       "-997 419 setFrameIndex: Imported data isn't a recording" + notRecording},
-      {[](auto& c) { c.getFrameIndex(); }, "427 getFrameIndex",
-       "-997 428 getFrameIndex: Imported data isn't a recording data" + notRecording},
-      {[](auto& c) { c.setPcdWidth(0); }, "434 setPcdWidth",
-       "-988 435 setPcdWidth: Configuring surface width is only valid for pcd file imports"},
-      {[](auto& c) { c.setPcdHeight(0); }, "442 setPcdHeight",
-       "-988 443 setPcdHeight: Configuring surface height" + onlyPcd},
-      {[](auto& c) { c.setPcdFlipXZEnabled(1); }, "450 setPcdFlipXZEnabled",
-       "-988 451 setPcdFlipXZEnabled: Configuring surface height" + onlyPcd},
-      {[](auto& c) {
-         c.setInvalidPoint(zPoint3d64f{1, 2, 3});
-       },
-       "457 setInvalidPoint",
-       "-988 458 setInvalidPoint: Configuring the invalid point" + onlyPcd + "."},
-      {[](auto& c) { c.setPcdZoom(2); }, "468 setPcdZoom",
-       "-988 469 setPcdZoom: Configuring the zooming factor" + onlyPcd},
-      {[](auto& c) { c.isRecordingData(); }, "479 isRecordingData", ""},
-      {[](auto& c) { c.getFrameNumber(); }, "490 getFrameNumber",
-       "-988 491 getFrameNumber" + notData},
-      {[](auto& c) { c.getDataSourceType(); }, "497 getDataSourceType",
-       "-988 498 getDataSourceType" + notData},
-      {[](auto& c) { c.getSensorCount(); }, "504 getSensorCount",
-       "-988 505 getSensorCount" + notData},
+  const auto expect = [](const Operation& operation, const std::string& line,
+                         const std::string& name, const std::string& afterSurface) {
+    SurfaceFileConverter fresh, surface;
+    const std::string dot = name == "setInvalidPoint" ? "." : "";
+    EXPECT_EQ(Failure(fresh, operation),
+              "-988 " + line + " " + name + ": No files have been imported yet" + dot);
+    surface.importFile("a.sur");
+    EXPECT_EQ(Failure(surface, operation), afterSurface);
   };
-  for (const auto& row : rows) {
-    SurfaceFileConverter fresh, sur;
-    sur.importFile("a.sur");
-    EXPECT_EQ(Failure(fresh, row.operation),
-              "-988 " + row.fresh + ": No files have been imported yet" +
-                  (row.fresh.ends_with("setInvalidPoint") ? "." : ""));
-    EXPECT_EQ(Failure(sur, row.operation), row.sur);
-  }
+  const std::string notData = ": The imported data is not recording data";
+  const std::string noRecording = " and it doesn't support this option ('-f/--frame')";
+  const std::string onlyPcd = " is only valid for the pcd file imports";
+  expect([](auto& c) { c.setFrameIndex(4); }, "418", "setFrameIndex",
+         "-997 419 setFrameIndex: Imported data isn't a recording" + noRecording);
+  expect([](auto& c) { c.getFrameIndex(); }, "427", "getFrameIndex",
+         "-997 428 getFrameIndex: Imported data isn't a recording data" + noRecording);
+  expect([](auto& c) { c.setPcdWidth(0); }, "434", "setPcdWidth",
+         "-988 435 setPcdWidth: Configuring surface width is only valid for pcd file imports");
+  expect([](auto& c) { c.setPcdHeight(0); }, "442", "setPcdHeight",
+         "-988 443 setPcdHeight: Configuring surface height" + onlyPcd);
+  expect([](auto& c) { c.setPcdFlipXZEnabled(1); }, "450", "setPcdFlipXZEnabled",
+         "-988 451 setPcdFlipXZEnabled: Configuring surface height" + onlyPcd);
+  expect([](auto& c) { c.setInvalidPoint({}); }, "457", "setInvalidPoint",
+         "-988 458 setInvalidPoint: Configuring the invalid point" + onlyPcd + ".");
+  expect([](auto& c) { c.setPcdZoom(2); }, "468", "setPcdZoom",
+         "-988 469 setPcdZoom: Configuring the zooming factor" + onlyPcd);
+  expect([](auto& c) { c.isRecordingData(); }, "479", "isRecordingData", "");
+  expect([](auto& c) { c.getFrameNumber(); }, "490", "getFrameNumber",
+         "-988 491 getFrameNumber" + notData);
+  expect([](auto& c) { c.getDataSourceType(); }, "497", "getDataSourceType",
+         "-988 498 getDataSourceType" + notData);
+  expect([](auto& c) { c.getSensorCount(); }, "504", "getSensorCount",
+         "-988 505 getSensorCount" + notData);
   SurfaceFileConverter cloud, recording;
   cloud.importFile("a.pcd");
-  EXPECT_EQ(Failure(cloud, [](auto& c) { c.setPcdWidth(1); }), "");
+  cloud.setPcdWidth(1);
   EXPECT_EQ(Failure(cloud, [](auto& c) { c.setPcdWidth(0); }),
             "-988 436 setPcdWidth: The input surface with can't be equal to 1");
   EXPECT_EQ(Failure(cloud, [](auto& c) { c.setPcdHeight(0); }),
@@ -102,13 +94,9 @@ TEST_F(Converter, ChecksEverySettingInItsOrder) {
             "-997 421 setFrameIndex: The frame index should be less than 5");
   EXPECT_EQ(recording.getFrameIndex(), 4U);
   EXPECT_EQ(recording.getFrameNumber(), 5U);
-  EXPECT_EQ(recording.getDataSourceType(), UNIFORM_SURFACE);
-  EXPECT_EQ(recording.getSensorCount(), 0U);
 }
 
 TEST_F(Converter, TellsKindsByTheLastDot) {
-  const std::string unknown =
-      "-997 137 importFile: The extension of the input filename is not supported";
   for (const char* name :
        {"a.sur", "a.SUR", "a.srf", "a.pro", "a.PRO", "a.pcd", "surface.rep", "surface.rec"}) {
     SurfaceFileConverter converter;
@@ -117,26 +105,37 @@ TEST_F(Converter, TellsKindsByTheLastDot) {
   SurfaceFileConverter converter;
   for (const char* name : {"a.Sur", "a.SRF", "a.PCD", "a.REP", "a.REC", "a.OVREC", "a.csv", "a.",
                            "data.old/scan", "a.sur "}) {
-    EXPECT_EQ(Failure(converter, [&](auto& c) { c.importFile(name); }), unknown) << name;
+    EXPECT_EQ(Failure(converter, [&](auto& c) { c.importFile(name); }),
+              "-997 137 importFile: The extension of the input filename is not supported")
+        << name;
   }
   EXPECT_EQ(Failure(converter, [](auto& c) { c.importFile("scan"); }),
             "-997 120 importFile: Failed to parse the extension of the input filename");
-  // A failed import forgets the one before.
+  // A failed import forgets the one before, unless the name alone was refused.
   converter.importFile("a.sur");
-  EXPECT_THROW(converter.importFile("missing.sur"), Orv::Exception);
-  EXPECT_THROW(converter.isRecordingData(), Orv::Exception);
+  EXPECT_THROW(converter.importFile("a.csv"), Orv::Exception);
+  EXPECT_FALSE(converter.isRecordingData());
+  for (const char* name : {"missing.sur", "a.rep"}) {
+    converter.importFile("a.sur");
+    WriteFile("a.rep", "no recording");
+    EXPECT_THROW(converter.importFile(name), Orv::Exception);
+    EXPECT_THROW(converter.isRecordingData(), Orv::Exception) << name;
+  }
 }
 
-TEST_F(Converter, DeclaresTheTypeOfAScan) {
-  for (const auto& [scan, dataType] : {std::pair{"part.sur", UNIFORM_SURFACE},
-                                       {"part.srf", UNIFORM_SURFACE},
-                                       {"part.pro", UNIFORM_PROFILE},
-                                       {"part.pcd", SURFACE_POINT_CLOUD}}) {
+// The smaller number of those that the job and the recording tell, after an export to CSV.
+TEST_F(Converter, CountsSensors) {
+  for (const zSize sources : {1U, 2U}) {
+    nlohmann::json config = MakeScannerConfig();
+    nlohmann::json& sensors = config["orv:scanner"]["scanner-0"]["orv:sensor"];
+    if (sources == 1) sensors.push_back(nlohmann::json(sensors[0]));
+    const std::vector<ReplaySourceInfo> tops(sources, {"T", "T", 14, 0, 0});
+    ExportCsv(MakeJob(config.dump()), tops, {{sources, MakeSurface(1, 1, {5})}});
     SurfaceFileConverter converter;
-    converter.importFile(std::string(EXAMPLES_DIR "/") + scan);
-    converter.exportFile("b.rep");
-    converter.importFile("b.rep");
-    EXPECT_EQ(converter.getDataSourceType(), dataType) << scan;
+    converter.importFile("in.ovrec");
+    EXPECT_EQ(converter.getSensorCount(), 0U);
+    converter.exportFile("b.csv");
+    EXPECT_EQ(converter.getSensorCount(), 1U) << sources;
   }
 }
 
@@ -149,7 +148,6 @@ TEST_F(Converter, PutsACloudIntoTheGridThatWasSet) {
   const z32f points[] = {0, 1, 10, 1, 2, 20, 2, 0, 30, 3, 1, 40};
   WriteFile("grid.pcd", cloud.append(reinterpret_cast<const char*>(points), sizeof points));
   SurfaceFileConverter converter;
-  testing::internal::CaptureStdout();
   converter.importFile("grid.pcd");
   converter.setPcdWidth(7);
   converter.setPcdHeight(3);
@@ -159,7 +157,6 @@ TEST_F(Converter, PutsACloudIntoTheGridThatWasSet) {
   converter.exportFile("b.rep");
   converter.importFile("b.rep");
   converter.exportFile("b.pcd");
-  testing::internal::GetCapturedStdout();
   const std::string written = ReadFile("b.pcd");
   EXPECT_THAT(written, testing::HasSubstr("WIDTH 7\nHEIGHT 3\n"));
   const zBytes data = ToBytes(written.substr(written.find("DATA binary\n") + 12));
@@ -179,13 +176,16 @@ TEST_F(Converter, KnowsWhichConversionsExist) {
   const std::string notProfile =
       "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported to "
       "a file whose extension is .pro";
+  const std::string notYet = "This conversion hasn't been implemented";
+  const std::string none = "No files have been imported yet";
   const struct {
     const char* input;
     const char* output;
     std::string message;
+    std::string status = "-997";
   } rows[] = {
-      {nullptr, "", "No files have been imported yet"},
-      {nullptr, "b.rep", "No files have been imported yet"},
+      {nullptr, "", none, "-988"},
+      {nullptr, "b.rep", none, "-988"},
       {"a.sur", "b", "Failed to parse the extension of the export file name"},
       {"a.sur", "b.SRF", "Extension .SRF of the export file name is not supported"},
       {"a.sur", "b.rec", "Extension .rec of the export file name is not supported"},
@@ -198,25 +198,40 @@ TEST_F(Converter, KnowsWhichConversionsExist) {
       {"a.sur", "b.pro", onlyRecordings},
       {"a.pcd", "b.csv", onlyRecordings},
       {"a.pro", "b.CSV", onlyRecordings},
-      {"a.sur", "b.rep", "Failed to load sur file buffer"},
+      {"a.sur", "b.rep", "Failed to load sur file buffer", std::to_string(zERROR_STREAM)},
       {"surface.rep", "", "No file was exported because the export file name isn't specified"},
-      {"surface.rep", "b.ovrec", "This conversion hasn't been implemented"},
-      {"surface.rec", "b.rep", "This conversion hasn't been implemented"},
+      {"surface.rep", "b.ovrec", notYet, "-996"},
+      {"surface.rec", "b.rep", notYet, "-996"},
       {"surface.rep", "b.pro", notProfile},
       {"profile.rep", "b.sur", notSurface},
       {"profile.rep", "b.srf", notSurface},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.output);
+    SCOPED_TRACE(testing::Message() << row.input << " to " << row.output);
     SurfaceFileConverter converter;
     if (row.input != nullptr) converter.importFile(row.input);
-    EXPECT_THAT(Failure(converter, [&](auto& c) { c.exportFile(row.output); }),
-                testing::EndsWith(": " + row.message));
+    const std::string failure = Failure(converter, [&](auto& c) { c.exportFile(row.output); });
+    EXPECT_THAT(failure, testing::EndsWith(": " + row.message));
+    EXPECT_THAT(failure, testing::StartsWith(row.status + " "));
     EXPECT_FALSE(std::filesystem::exists(row.output));
   }
   SurfaceFileConverter recording;
   recording.importFile("surface.rep");
   EXPECT_EQ(Failure(recording, [](auto& c) { c.exportFile("b.rec", REC); }).substr(0, 5), "-1000");
+}
+
+// Writes through a link a file that is larger than the process may write.
+std::string FailToWrite(const char* target, const char* link) {
+  std::filesystem::create_symlink(target, link);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit limit{1000, before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const std::string error = Thrown([&] { WriteBuffer(zBytes(1 << 20, 0), link); });
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  return error;
 }
 
 TEST(WholeFile, IsReadAndWrittenWholeOrNotAtAll) {
@@ -246,7 +261,15 @@ TEST(WholeFile, IsReadAndWrittenWholeOrNotAtAll) {
   MustBeOk(zStream_Write(stream.Get(), "whole", 5));  // leaves the position at the end
   WriteStream(stream.Get(), "stream");
   EXPECT_EQ(ReadFile("stream"), "whole");
-  if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "no full device";
+  const std::string zero("a\0b", 3);
+  EXPECT_EQ(Thrown([&] { WriteBuffer(bytes, zero); }),
+            std::string("-997 WriteBuffer: Failed to open a"));
+  EXPECT_EQ(directory.Files(), (std::set<std::string>{"empty", "pipe", "long", "stream"}));
+  // What cannot be written to its end is removed behind a link to it; a device stays.
+  EXPECT_EQ(FailToWrite("target", "link"), "-997 WriteBuffer: Failed to write link");
+  EXPECT_FALSE(std::filesystem::exists("target"));
+  EXPECT_TRUE(std::filesystem::is_symlink("link"));
+  if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "NOT TESTED: there is no full device";
   EXPECT_EQ(Thrown([&] { WriteStream(stream.Get(), "/dev/full"); }),
             "-997 WriteStream: Failed to write /dev/full");
   EXPECT_TRUE(zFile_Exists("/dev/full"));

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
+// Samples of surfaces and profiles as heights.
+#include "formats/digitalsurf/reader.h"
+
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
-#include "formats/digitalsurf/reader.h"
+#include "statuses.h"
 #include "support/scans.h"
 #include "support/sur_file.h"
 
@@ -11,153 +15,103 @@ namespace {
 
 constexpr z32s kMin32 = std::numeric_limits<z32s>::min();
 constexpr z32s kMax32 = std::numeric_limits<z32s>::max();
-constexpr z32f kInfinity = std::numeric_limits<z32f>::infinity();
-
-struct Loaded {
-  zStatus status;
-  Scan record;
-  std::vector<z16s> Heights() const { return ItemsOf<z16s>(record.points.Get()); }
-};
-
-Loaded Load(const zBytes& bytes) {
-  Loaded loaded;
-  loaded.status = LoadSurFileBuffer(bytes, loaded.record, DefaultAlloc());
-  return loaded;
-}
-Loaded Load(const SurFile& file) { return Load(file.Bytes()); }
+constexpr z32f kInf = std::numeric_limits<z32f>::infinity();
 
 using Heights = std::vector<z16s>;
 
-TEST(LoadSur, MarksShortSamplesBelowTheMinimum) {
-  const std::vector<z32s> samples{-32768, -5, 4, 5, 32767};
-  const struct {
-    z16s flag;
-    z32s zMin;
-    Heights heights;
-  } cases[] = {
-      {1, 5, {-32768, -32768, -32768, 5, 32767}},
-      {0, 5, {-32768, -5, 4, 5, 32767}},
-      {2, 5, {-32768, -5, 4, 5, 32767}},
-      {-1, 5, {-32768, -5, 4, 5, 32767}},
-      {1, kMin32, {-32768, -32768, 4, 5, 32767}},  // low half 0
-      {1, 65536 + 5, {-32768, -32768, -32768, 5, 32767}},
-      {1, 65531, {-32768, -5, 4, 5, 32767}},       // low half -5
-      {1, kMax32, {-32768, -32768, 4, 5, 32767}},  // low half -1
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "flag " << c.flag << " minimum " << c.zMin);
-    SurFile file = SurRow(samples);
-    file.flag = c.flag;
-    file.zMin = c.zMin;
-    const Loaded loaded = Load(file);
-    ASSERT_EQ(loaded.status, zOK);
-    EXPECT_EQ(loaded.Heights(), c.heights);
-    EXPECT_EQ(loaded.record.scale.z, 0.125);
-  }
-}
-
-struct FoldCase {
-  const char* what;
-  std::vector<z32s> samples;
-  struct {
-    z16s flag;
-    z32s zMin, zMax;
-  } heading;
-  struct Axis {
-    z32f spacing, offset;
-  } z;
-  Heights heights;
-  Axis foldedZ;
+struct Loaded {
+  zStatus status;
+  Scan scan;
+  Heights Points() const { return ItemsOf<z16s>(scan.points.Get()); }
 };
 
-const FoldCase kFoldCases[] = {
-    {"narrow range", {-5, 0, 7}, {0, -5, 7}, {0.5F, 3}, {-5, 0, 7}, {0.5F, 3}},
-    {"widest range that stays", {-9, 65523}, {0, -9, 0}, {1, 0}, {-9, -13}, {1, 0}},
-    {"next range folds",
-     {-32766, 32767},
-     {0, -32766, 0},
-     {1, 0},
-     {-32766, 32766},
-     {65533.0F / 65532.0F, 0.5F}},
-    // The middle of the range, 35000, becomes the offset.
-    {"flagged minimum and maximum",
-     {0, 35000, 70000, -1, -2},
-     {1, 0, 70000},
-     {1, 0},
-     {-32766, 0, 32766, -32768, -32768},
-     {70000.0F / 65532.0F, 35000}},
-    // Twice the spacing, so that odd samples fall on halves.
-    {"halves round away from zero",
-     {-65532, -3, -2, -1, 0, 1, 2, 3, 65532},
-     {0, -65532, 0},
-     {0.25F, 0},
-     {-32766, -2, -1, -1, 0, 1, 1, 2, 32766},
-     {0.5F, 0}},
-    // The range is 2^32 - 1 and the sum -1.
-    {"whole range",
-     {kMin32, 0, kMax32},
-     {0, kMin32, 0},
-     {1, 0},
-     {-32766, 0, 32766},
-     {4294967296.0F / 65532.0F, -0.5F}},
-    // The sum, 4000100000, wraps to -294867296: an offset far from the samples.
-    {"sum wraps",
-     {},
-     {1, 2000000000, 2000100000},
-     {1, 8},
-     {},
-     {100000.0F / 65532.0F, -147433648.0F + 8.0F}},
-    // 8388609 is 128 * 65536 + 1, and odd: its neighbours' halves are no 32-bit floats.
-    {"samples beyond a narrow range wrap",
-     {10, 32768, 40000, 65536 + 3, 8388609, kMax32},
-     {1, 0, 10},
-     {1, 0},
-     {10, -32768, -25536, 3, 1, 0},
-     {1, 0}},
-    {"minimum counts without the flag", {4, 5, 9}, {0, 5, 0}, {1, 0}, {-32768, 5, 9}, {1, 0}},
-    {"another flag",
-     {-70000, 70000},
-     {2, -70000, 0},
-     {1, 0},
-     {-32766, 32766},
-     {140000.0F / 65532.0F, 0}},
-    {"no samples", {}, {0, 5, 0}, {1, 2}, {}, {1, 2}},
-    {"spacing 0", {-70000, 5}, {0, kMin32, 0}, {0, 1}, {0, 0}, {0, 1}},
-    {"spacing infinite", {1, 5}, {0, 0, 0}, {kInfinity, 1}, {0, 0}, {kInfinity, 1}},
-    {"offset infinite", {1, 5}, {0, 0, 0}, {1, kInfinity}, {0, 0}, {1, kInfinity}},
-};
-TEST(LoadSur, FoldsLongSamplesIntoHeightsSpacingAndOffset) {
-  for (const FoldCase& c : kFoldCases) {
-    SCOPED_TRACE(c.what);
-    SurFile file = SurRow(c.samples);
-    file.bits = 32;
-    file.flag = c.heading.flag;
-    file.zMin = c.heading.zMin;
-    file.zMax = c.heading.zMax;
-    file.spacing.z = c.z.spacing;
-    file.offset.z = c.z.offset;
-    const Loaded loaded = Load(file);
-    ASSERT_EQ(loaded.status, zOK);
-    EXPECT_EQ(loaded.Heights(), c.heights);
-    EXPECT_EQ(static_cast<z32f>(loaded.record.scale.z), c.foldedZ.spacing);
-    EXPECT_EQ(static_cast<z32f>(loaded.record.offset.z), c.foldedZ.offset);
-  }
-  SurFile file = SurRow({1, 2, 3});
-  file.bits = 32;
-  file.spacing.z = std::numeric_limits<z32f>::quiet_NaN();
-  EXPECT_EQ(Load(file).Heights(), (Heights{0, 0, 0}));
+Loaded Load(const zBytes& bytes, bool profile = false) {
+  Loaded loaded;
+  const auto load = profile ? LoadProFileBuffer : LoadSurFileBuffer;
+  loaded.status = load(bytes, loaded.scan, DefaultAlloc());
+  return loaded;
 }
 
-TEST(LoadSur, FoldsMoreSamplesThanOneBlockHolds) {
-  std::vector<z32s> samples(10001);
-  for (zSize i = 0; i < samples.size(); ++i) samples[i] = static_cast<z32s>(i) - 5000;
+SurFile Samples(z16s bits, const std::vector<z32s>& samples, z16s flag, z32s zMin, z32s zMax,
+                z32f spacing = 1, z32f offset = 0) {
   SurFile file = SurRow(samples);
-  file.bits = 32;
-  file.zMin = -5000;
-  EXPECT_EQ(Load(file).Heights(), Heights(samples.begin(), samples.end()));
+  file.bits = bits;
+  file.flag = flag;
+  file.zMin = zMin;
+  file.zMax = zMax;
+  file.spacing.z = spacing;
+  file.offset.z = offset;
+  return file;
+}
+SurFile Short(z16s flag, z32s zMin) {
+  return Samples(16, {-32768, -5, 4, 5, 32767}, flag, zMin, 0);
+}
+SurFile Long(const std::vector<z32s>& samples, z16s flag, z32s zMin, z32s zMax, z32f spacing = 1,
+             z32f offset = 0) {
+  return Samples(32, samples, flag, zMin, zMax, spacing, offset);
 }
 
-TEST(LoadSur, SkipsTheZonesBeforeTheSamples) {
+void ExpectHeights(const char* what, const SurFile& file, const Heights& heights, z32f spacing = 1,
+                   z32f offset = 0, bool profile = false) {
+  SCOPED_TRACE(what);
+  const auto [status, scan] = Load(file.Bytes(), profile);
+  ASSERT_EQ(status, zOK);
+  EXPECT_EQ(ItemsOf<z16s>(scan.points.Get()), heights);
+  EXPECT_EQ(scan.kind, profile ? ScanKind::profile : ScanKind::surface);
+  EXPECT_EQ(static_cast<z32f>(scan.scale.z), spacing);
+  EXPECT_EQ(static_cast<z32f>(scan.offset.z), offset);
+}
+
+TEST(DigitalSurf, FoldsSamplesIntoHeightsSpacingAndOffset) {
+  const Heights measured{-32768, -32768, -32768, 5, 32767}, all{-32768, -5, 4, 5, 32767};
+  ExpectHeights("below the minimum", Short(1, 5), measured);
+  ExpectHeights("no flag", Short(0, 5), all);
+  ExpectHeights("another flag", Short(2, 5), all);
+  ExpectHeights("minimum with the low half 5", Short(1, 65541), measured);
+  ExpectHeights("minimum with the low half -5", Short(1, 65531), all);
+  ExpectHeights("short profile", Short(1, 5), measured, 1, 0, true);
+
+  constexpr z32f kSteps = 65532;
+  ExpectHeights("narrow range", Long({-5, 0, 7}, 0, -5, 7, 0.5F, 3), {-5, 0, 7}, 0.5F, 3);
+  ExpectHeights("widest range that stays", Long({-9, 65523}, 0, -9, 0), {-9, -13});
+  ExpectHeights("next range folds", Long({-32766, 32767}, 0, -32766, 0), {-32766, 32766},
+                65533 / kSteps, 0.5F);
+  // The middle of the range, 35000, becomes the offset.
+  ExpectHeights("flagged minimum and maximum", Long({0, 35000, 70000, -1, -2}, 1, 0, 70000),
+                {-32766, 0, 32766, -32768, -32768}, 70000 / kSteps, 35000);
+  // Twice the spacing, so that odd samples fall on halves.
+  ExpectHeights("halves round away from zero",
+                Long({-65532, -3, -2, -1, 0, 1, 2, 3, 65532}, 0, -65532, 0, 0.25F),
+                {-32766, -2, -1, -1, 0, 1, 1, 2, 32766}, 0.5F);
+  // The range is 2^32 - 1 and the sum -1.
+  ExpectHeights("whole range", Long({kMin32, 0, kMax32}, 0, kMin32, 0), {-32766, 0, 32766},
+                4294967296.0F / kSteps, -0.5F);
+  // The sum, 4000100000, wraps to -294867296: an offset far from the samples.
+  ExpectHeights("sum wraps", Long({}, 1, 2000000000, 2000100000, 1, 8), {}, 100000 / kSteps,
+                -147433648.0F + 8);
+  // 8388609 is 128 * 65536 + 1, and odd: its neighbours' halves are no 32-bit floats.
+  ExpectHeights("samples beyond a narrow range wrap",
+                Long({10, 32768, 40000, 65536 + 3, 8388609, kMax32}, 1, 0, 10),
+                {10, -32768, -25536, 3, 1, 0});
+  ExpectHeights("minimum counts without the flag", Long({4, 5, 9}, 0, 5, 0), {-32768, 5, 9});
+  ExpectHeights("another flag of long samples", Long({-70000, 70000}, 2, -70000, 0),
+                {-32766, 32766}, 140000 / kSteps);
+  ExpectHeights("no samples", Long({}, 0, 5, 0, 1, 2), {}, 1, 2);
+  ExpectHeights("spacing 0", Long({-70000, 5}, 0, kMin32, 0, 0, 1), {0, 0}, 0, 1);
+  ExpectHeights("spacing infinite", Long({1, 5}, 0, 0, 0, kInf, 1), {0, 0}, kInf, 1);
+  ExpectHeights("offset infinite", Long({1, 5}, 0, 0, 0, 1, kInf), {0, 0}, 1, kInf);
+  // The lowest sample that counts is the header's only where the flag says so.
+  ExpectHeights("profile without the flag", Long({0, 31130, 65536}, 0, 10, 20),
+                {-32766, -1638, 32766}, 65536 / kSteps, 32768, true);
+  ExpectHeights("flagged profile", Long({0, 31130, 61134}, 1, 10, 20), {-32768, 31130, -4402}, 1, 0,
+                true);
+  EXPECT_EQ(Load(Long({1, 2}, 0, 0, 0, NAN).Bytes()).Points(), (Heights{0, 0}));
+  std::vector<z32s> many(10001);  // more than one block
+  for (zSize i = 0; i < many.size(); ++i) many[i] = static_cast<z32s>(i) - 5000;
+  ExpectHeights("many", Long(many, 0, -5000, 0), Heights(many.begin(), many.end()));
+}
+
+TEST(DigitalSurf, HasZonesBeforeTheSamples) {
   const struct {
     z16s comment, privateZone;
     zSize samplesAt;  // 0: refused
@@ -174,55 +128,42 @@ TEST(LoadSur, SkipsTheZonesBeforeTheSamples) {
     sur::Set(bytes, sur::kCommentSize, c.comment);
     sur::Set(bytes, sur::kPrivateSize, c.privateZone);
     const Loaded loaded = Load(bytes);
-    if (c.samplesAt == 0) {
-      EXPECT_EQ(loaded.status, zERROR_STREAM);
-    } else {
-      ASSERT_EQ(loaded.status, zOK);
-      EXPECT_EQ(loaded.Heights()[0], sur::Get<z16s>(bytes, c.samplesAt));
-      EXPECT_EQ(loaded.Heights()[5], sur::Get<z16s>(bytes, c.samplesAt + 10));
-    }
+    ASSERT_EQ(loaded.status, c.samplesAt == 0 ? zERROR_STREAM : zOK);
+    if (c.samplesAt == 0) continue;
+    EXPECT_EQ(loaded.Points()[0], sur::Get<z16s>(bytes, c.samplesAt));
+    EXPECT_EQ(loaded.Points()[5], sur::Get<z16s>(bytes, c.samplesAt + 10));
   }
 }
 
-TEST(LoadSur, RefusesAnotherSignature) {
+TEST(DigitalSurf, IsRefusedWithAnotherSignatureOrCutAtAnyPlace) {
   for (const std::string_view text : {"DIGITAL SURf", "DSCOMPRESSED", "DIGITALxSURF"}) {
     zBytes bytes = SurFile{}.Bytes();
     std::ranges::copy(text, bytes.begin());
     EXPECT_EQ(Load(bytes).status, kRefused) << text;
     EXPECT_EQ(Load(First(bytes, 12)).status, kRefused) << text;  // nothing after it is read
   }
-}
-
-TEST(LoadSur, RefusesAFileCutAtAnyPlace) {
+  EXPECT_EQ(Load({}, true).status, kMissing);
   for (const z16s bits : {z16s{16}, z16s{32}}) {
-    SurFile file;
-    file.bits = bits;
-    file.commentSize = 7;
-    file.privateSize = 5;
-    zBytes bytes = file.Bytes();
-    for (zSize size = bytes.size() - 1; size > 0; --size) {
-      ASSERT_EQ(Load(First(bytes, size)).status, zERROR_STREAM) << size;
+    for (const bool profile : {false, true}) {
+      SurFile file = SurRow({10, 11, 12});
+      file.bits = bits;
+      file.commentSize = 7;
+      file.privateSize = 5;
+      zBytes bytes = file.Bytes();
+      for (zSize size = bytes.size() - 1; size > 0; --size) {
+        ASSERT_EQ(Load(First(bytes, size), profile).status, zERROR_STREAM) << size;
+      }
+      bytes.push_back(1);  // bytes after the samples are no error
+      EXPECT_EQ(Load(bytes, profile).status, zOK);
     }
-    bytes.push_back(1);  // bytes after the samples are no error
-    EXPECT_EQ(Load(bytes).status, zOK);
   }
 }
 
-TEST(LoadSur, RefusesOtherSampleSizes) {
-  for (const int bits : {0, 1, -1, 8, 17, 31, 33, 64, -16, -32768, 32767}) {
-    SurFile file;
-    file.bits = static_cast<z16s>(bits);
-    EXPECT_EQ(Load(file).status, kRefused) << bits;
-    file.width = file.length = 40000;
-    EXPECT_EQ(Load(file).status, kRefused) << bits;
-    EXPECT_FALSE(Load(file).record.points) << bits;
-  }
-}
-
-TEST(LoadSur, AllocatesNoMoreThanTheFileHolds) {
+TEST(DigitalSurf, TakesOnlySizesThatTheFileHolds) {
   const struct {
     z32s width, length;
     zStatus status;
+    bool profile = false;
   } cases[] = {
       {0, 5, zOK},
       {kMax32, 0, zOK},
@@ -234,20 +175,30 @@ TEST(LoadSur, AllocatesNoMoreThanTheFileHolds) {
       {kMin32, kMin32, zERROR_PARAMETER},
       {1, -1, zERROR_PARAMETER},
       {kMin32, 0, zERROR_PARAMETER},
+      {-1, 1, zERROR_PARAMETER, true},
+      {kMax32, 1, zERROR_STREAM, true},
   };
+  SurFile file;
   for (const auto& c : cases) {
-    for (const z16s bits : {z16s{16}, z16s{32}}) {
+    for (const int bits : {16, 32, 0, 1, -1, 8, 17, 31, 33, 64, -16, -32768, 32767}) {
       SCOPED_TRACE(testing::Message() << c.width << " x " << c.length << ", " << bits << " bits");
-      SurFile file;
       file.width = c.width;
       file.length = c.length;
-      file.bits = bits;
+      file.bits = static_cast<z16s>(bits);
       zBytes bytes = file.Bytes();
-      bytes.resize(sur::kHeaderSize + 44U * static_cast<zSize>(bits) / 8);
-      const Loaded loaded = Load(bytes);
-      EXPECT_EQ(loaded.status, c.status);
-      EXPECT_EQ(static_cast<bool>(loaded.record.points), c.status == zOK);
+      const bool known = bits == 16 || bits == 32;
+      bytes.resize(sur::kHeaderSize + (known ? 44U * static_cast<zSize>(bits) / 8 : 500));
+      const Loaded loaded = Load(bytes, c.profile);
+      EXPECT_EQ(loaded.status, known || c.status == zERROR_PARAMETER ? c.status : kRefused);
+      EXPECT_EQ(static_cast<bool>(loaded.scan.points), loaded.status == zOK);
     }
+  }
+  for (const z32s lines : {0, 2, -1}) {
+    file = SurRow({1, 2});
+    file.length = lines;
+    EXPECT_EQ(Thrown([&] { Load(file.Bytes(), true); }),
+              "-997 LoadProFileBuffer: The pro file contains multiples profiles.")
+        << lines;
   }
 }
 

@@ -21,8 +21,9 @@ struct Quantized {
   std::vector<z64u> placings;  // bits of scale and offset, axis by axis
 
   void Place(z64f scale, z64f offset) {
-    placings.push_back(std::bit_cast<z64u>(std::isnan(scale) ? 0.5 : scale));
-    placings.push_back(std::bit_cast<z64u>(std::isnan(offset) ? 0.5 : offset));
+    for (const z64f number : {scale, offset}) {
+      placings.push_back(std::bit_cast<z64u>(std::isnan(number) ? 0.5 : number));
+    }
   }
   bool operator==(const Quantized&) const = default;
 };
@@ -33,10 +34,16 @@ z16s PlainRaw(z64f step) {
   return std::bit_cast<z16s>(static_cast<z16u>(static_cast<z64u>(static_cast<z64s>(rounded))));
 }
 
-Quantized Plain(const std::vector<Floats>& points, const zPoint3d64f* invalid, z32f zoom) {
+Quantized Plain(const std::vector<Floats>& points, const PcdOptions& options) {
   const auto finite = [](const Floats& p) {
     return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
   };
+  const zPoint3d64f no = options.invalidPoint.value_or(zPoint3d64f{NAN, NAN, NAN});
+  const auto invalid = [&](const Floats& p) {
+    const auto same = [](z32f value, z64f other) { return static_cast<z64f>(value) == other; };
+    return same(p[0], no.x) || same(p[1], no.y) || same(p[2], no.z);
+  };
+  const auto zoom = static_cast<z32f>(*options.zoom);
   Quantized result{std::vector<z16s>(3 * points.size(), kInvalidRaw), {}};
   for (zSize axis = 0; axis < 3; ++axis) {
     z32f lowest = Limits::max();
@@ -53,11 +60,7 @@ Quantized Plain(const std::vector<Floats>& points, const zPoint3d64f* invalid, z
     result.Place(scale, offset);
     for (zSize i = 0; i < points.size(); ++i) {
       const Floats& p = points[i];
-      const auto same = [](z32f value, z64f other) { return static_cast<z64f>(value) == other; };
-      if (!finite(p) || (invalid != nullptr && (same(p[0], invalid->x) || same(p[1], invalid->y) ||
-                                                same(p[2], invalid->z)))) {
-        continue;
-      }
+      if (!finite(p) || invalid(p)) continue;
       result.raws[3 * i + axis] = PlainRaw((static_cast<z64f>(p[axis] * zoom) - offset) / scale);
     }
   }
@@ -65,7 +68,7 @@ Quantized Plain(const std::vector<Floats>& points, const zPoint3d64f* invalid, z
 }
 
 // Records with bytes around the coordinates, at odd addresses.
-Quantized Vectorised(const std::vector<Floats>& points, const zPoint3d64f* invalid, z64f zoom,
+Quantized Vectorised(const std::vector<Floats>& points, const PcdOptions& options,
                      zVectors vectors) {
   PcdCloud layout;
   layout.stride = 17;
@@ -73,57 +76,47 @@ Quantized Vectorised(const std::vector<Floats>& points, const zPoint3d64f* inval
   layout.y = 13;
   layout.z = 1;
   std::vector<z8u> bytes(layout.stride * points.size());
-  for (zSize i = 0; i < points.size(); ++i) {
-    z8u* const record = bytes.data() + i * layout.stride;
-    std::memcpy(record + layout.x, &points[i][0], sizeof(z32f));
-    std::memcpy(record + layout.y, &points[i][1], sizeof(z32f));
-    std::memcpy(record + layout.z, &points[i][2], sizeof(z32f));
+  z8u* record = bytes.data();
+  for (const Floats& point : points) {
+    std::memcpy(record + layout.x, &point[0], sizeof(z32f));
+    std::memcpy(record + layout.y, &point[1], sizeof(z32f));
+    std::memcpy(record + layout.z, &point[2], sizeof(z32f));
+    record += layout.stride;
   }
-  Scan record;
-  PcdOptions options;
-  if (invalid != nullptr) options.invalidPoint = *invalid;
-  options.zoom = zoom;
+  Scan scan;
   std::vector<zPoint3d16s> cells(points.size());
-  QuantizePoints(cells, PcdRecords(bytes.data(), layout, false), options, record, vectors);
+  QuantizePoints(cells, PcdRecords(bytes.data(), layout, false), options, scan, vectors);
   Quantized result;
-  for (const zPoint3d16s& cell : cells) {
-    result.raws.insert(result.raws.end(), {cell.x, cell.y, cell.z});
-  }
-  result.Place(record.scale.x, record.offset.x);
-  result.Place(record.scale.y, record.offset.y);
-  result.Place(record.scale.z, record.offset.z);
+  for (const auto& [x, y, z] : cells) result.raws.insert(result.raws.end(), {x, y, z});
+  result.Place(scan.scale.x, scan.offset.x);
+  result.Place(scan.scale.y, scan.offset.y);
+  result.Place(scan.scale.z, scan.offset.z);
   return result;
 }
 
 // Points whose coordinates are drawn from these values, and the values themselves once.
 std::vector<Floats> Draw(const Floats& values, zSize count) {
   std::minstd_rand random(1);
-  std::uniform_int_distribution<zSize> any(0, values.size() - 1);
+  const auto any = [&] { return values[random() % values.size()]; };
   std::vector<Floats> points;
   for (const z32f value : values) points.push_back({value, values.front(), values.back()});
-  while (points.size() < count) {
-    points.push_back({values[any(random)], values[any(random)], values[any(random)]});
-  }
+  while (points.size() < count) points.push_back({any(), any(), any()});
   return points;
 }
 
 TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
   Floats halves = {-32767, 32767};  // one raw value a unit
+  Floats uniform, anyBits;
+  std::mt19937 random(2);
   for (int i = -2000; i < 2000; ++i) {
     const z32f half = 8 * static_cast<z32f>(i) + 0.5F;
-    for (const z32f to : {-Limits::infinity(), half, Limits::infinity()}) {
-      halves.push_back(std::nextafter(half, to));
-    }
+    for (const z32f to : {-1e9F, half, 1e9F}) halves.push_back(std::nextafter(half, to));
+    uniform.push_back(static_cast<z32f>(random()) * 0x1p-31F - 1);
+    anyBits.push_back(std::bit_cast<z32f>(static_cast<z32u>(random())));
   }
-  Floats uniform, anyBits;
-  std::minstd_rand random(2);
-  std::uniform_real_distribution<z32f> unit(-1, 1);
-  std::uniform_int_distribution<z32u> bits;
-  for (int i = 0; i < 3000; ++i) uniform.push_back(unit(random));
-  for (int i = 0; i < 3000; ++i) anyBits.push_back(std::bit_cast<z32f>(bits(random)));
   const z32f tiny = Limits::denorm_min();
   const z32f huge = Limits::max();
-  const z32f infinity = Limits::infinity();
+  const z32f inf = Limits::infinity();
   const z32f nan = Limits::quiet_NaN();
   const struct {
     const char* what;
@@ -132,8 +125,8 @@ TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
       {"halves", halves},
       {"uniform", uniform},
       {"any bits", anyBits},
-      {"not finite", {1, nan, infinity, -infinity, 2, -nan}},
-      {"nothing finite", {nan, infinity}},
+      {"not finite", {1, nan, inf, -inf, 2, -nan}},
+      {"nothing finite", {nan, inf}},
       {"denormal", {tiny, 2 * tiny, 7 * tiny, -tiny, 0}},
       {"huge", {huge, huge / 2, huge / 3, -huge / 4}},
       {"beyond the range of floats", {huge, -huge, 0, 1}},
@@ -143,21 +136,20 @@ TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
       {"flat", {3.5F}},
       {"far from zero", {1e6F, 1e6F + 0.0625F, 1e6F + 0.125F}},
   };
-  const zPoint3d64f one{1, 0.1, std::numeric_limits<z64f>::quiet_NaN()};
-  const zPoint3d64f never{0.1, 1e300, -1e-320};
+  const std::optional<zPoint3d64f> invalidPoints[] = {
+      {}, {{1, 0.1, std::numeric_limits<z64f>::quiet_NaN()}}, {{0.1, 1e300, -1e-320}}};
   for (const auto& c : cases) {
-    for (const zSize count : {zSize{1}, zSize{511}, zSize{1500}}) {
+    for (const zSize count : {1U, 511U, 1500U}) {
       const std::vector<Floats> points = Draw(c.values, count);
-      for (const z32f zoom : {1.0F, 1.7F, -2.5F, 0.0F, 1e-44F, 1e30F, infinity, nan}) {
-        for (const zPoint3d64f* invalid :
-             {static_cast<const zPoint3d64f*>(nullptr), &one, &never}) {
+      for (const z32f zoom : {1.0F, 1.7F, -2.5F, 0.0F, 1e-44F, 1e30F, inf, nan}) {
+        for (const auto& invalid : invalidPoints) {
           SCOPED_TRACE(testing::Message()
                        << c.what << ", " << points.size() << " points, zoom " << zoom);
-          const Quantized plain = Plain(points, invalid, zoom);
-          const z64f factor = static_cast<z64f>(zoom);
-          ASSERT_EQ(Vectorised(points, invalid, factor, zVectors::baseline).raws, plain.raws);
-          ASSERT_TRUE(Vectorised(points, invalid, factor, zVectors::baseline) == plain);
-          ASSERT_TRUE(Vectorised(points, invalid, factor, zVectors_Widest()) == plain);
+          const PcdOptions options{0, 0, false, invalid, static_cast<z64f>(zoom)};
+          const Quantized plain = Plain(points, options);
+          ASSERT_EQ(Vectorised(points, options, zVectors::baseline).raws, plain.raws);
+          ASSERT_TRUE(Vectorised(points, options, zVectors::baseline) == plain);
+          ASSERT_TRUE(Vectorised(points, options, zVectors_Widest()) == plain);
         }
       }
     }

@@ -53,17 +53,18 @@ TEST(WritePcd, WritesIntensitiesFrom0To1) {
   EXPECT_EQ(GetSurfaceIntensity(cloud.Get(), 0, 1), 1);
   for (const auto& [x, y] : {std::pair{2, 0}, {0, 2}, {-1, 0}, {0, -1}}) {
     EXPECT_EQ(Thrown([&, x = x, y = y] { GetSurfaceIntensity(cloud.Get(), x, y); }),
-              "-997 GetSurfaceIntensity: Invalid pixel index.");
+              "-997 GetSurfaceIntensity: Invalid pixel index.")
+        << x << ' ' << y;
   }
 }
 
 TEST(WritePcd, DoesNotWalkRowsOfNoPoints) {
   Handle surface;
   MustBeOk(MxSurfaceMsg_ConstructSimple(surface.Out(), 0, 4294967295, DefaultAlloc()));
-  const zBytes bytes = WriteScan(surface, PCD);
-  EXPECT_THAT(std::string(bytes.begin(), bytes.end()),
-              testing::EndsWith("WIDTH 0\nHEIGHT 4294967295\nVIEWPOINT 0 0 0 1 0 0 0\n"
-                                "POINTS 0\nDATA binary\n"));
+  EXPECT_THAT(PointsOf(surface,
+                       "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 0\n"
+                       "HEIGHT 4294967295\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS 0\nDATA binary\n"),
+              ElementsAre());
 }
 
 TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
@@ -81,58 +82,26 @@ TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
   EXPECT_EQ(Thrown([&] { GetAllPointsPcd(surface.Get(), texts, DefaultAlloc()); }),
             "-984 GetAllPointsPcd: ");
   // The points are looked at before the list.
-  EXPECT_EQ(
-      Thrown([&] { GetAllPointsPcd(MakeProfile(zType::z16s, 1).Get(), texts, DefaultAlloc()); }),
-      "-996 GetAllPointsPcd: ");
+  const Handle profile = MakeProfile(zType::z16s, 1);
+  EXPECT_EQ(Thrown([&] { GetAllPointsPcd(profile.Get(), texts, DefaultAlloc()); }),
+            "-996 GetAllPointsPcd: ");
 }
 
-// A depth image: what was not seen is NaN. Through a message and back, a coordinate moves by half a
-// step of its axis at most, and by the roundings to 32 bits on the way.
-TEST(WritePcd, KeepsACloudWithinHalfAStep) {
-  constexpr z32u kWidth = 64;
-  constexpr z32u kLength = 48;
-  std::vector<zPoint3d32f> points;
-  for (z32u row = 0; row < kLength; ++row) {
-    for (z32u column = 0; column < kWidth; ++column) {
-      const auto depth =
-          static_cast<z32f>(1.3 + 0.4 * std::sin(0.2 * column) * std::cos(0.1 * row));
-      const z32f x = (static_cast<z32f>(column) - 31.5F) * depth / 525;
-      const z32f y = (static_cast<z32f>(row) - 23.5F) * depth / 525;
-      const bool seen = (row * 7 + column) % 11 != 0;
-      points.push_back(seen ? zPoint3d32f{x, y, depth} : zPoint3d32f{NAN, NAN, NAN});
-    }
+// More than are written at once.
+TEST(WritePcd, WritesEveryPointOfALargeCloud) {
+  std::vector<zPoint3d16s> raws;
+  for (int i = 0; i < 2500; ++i) {
+    raws.push_back({static_cast<z16s>(i), static_cast<z16s>(-i), static_cast<z16s>(7 * i)});
   }
-  std::string header =
-      "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 64\nHEIGHT 48\n"
-      "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 3072\nDATA binary\n";
-  const std::string_view data(reinterpret_cast<const char*>(points.data()),
-                              points.size() * sizeof(zPoint3d32f));
-  const zBytes file = ToBytes(header.append(data));
-
-  Handle cloud;
-  GenerateSurfaceMsgFromBuffer(cloud, file, PcdOptions{}, DefaultAlloc());
-  EXPECT_FALSE(MxSurfaceMsg_IsResampled(cloud.Get()));
-  EXPECT_EQ(MxSurfaceMsg_Width(cloud.Get()), kWidth);
-  Handle list;
-  GetAllPointsPcd(cloud.Get(), list, DefaultAlloc());
-  const auto* back = static_cast<const zPoint3d32f*>(zArrayList_At(list.Get(), 0));
-  const zPoint3d64f step = *MxSurfaceMsg_Scale(cloud.Get());
-  const auto near = [](z32f a, z32f b, z64f scale) {
-    const z64f rounding = 0x1p-24 * static_cast<z64f>(std::max(std::abs(a), std::abs(b)));
-    return std::abs(static_cast<z64f>(a) - static_cast<z64f>(b)) <= scale / 2 + 2 * rounding;
-  };
-  const zBytes written = WriteScan(cloud, PCD);
-  const auto* records = reinterpret_cast<const z8u*>(back);
-  EXPECT_TRUE(std::equal(records, records + points.size() * sizeof(zPoint3d32f),
-                         written.end() - std::ssize(points) * 12));
-  for (zSize i = 0; i < points.size(); ++i) {
-    if (std::isnan(points[i].x)) {
-      EXPECT_TRUE(std::isnan(back[i].x) && std::isnan(back[i].y) && std::isnan(back[i].z)) << i;
-    } else {
-      EXPECT_TRUE(near(points[i].x, back[i].x, step.x) && near(points[i].y, back[i].y, step.y) &&
-                  near(points[i].z, back[i].z, step.z))
-          << i;
-    }
+  const std::vector<z32f> floats =
+      PointsOf(MakeCloudOf(50, 50, raws),
+               "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 50\nHEIGHT 50\n"
+               "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 2500\nDATA binary\n");
+  ASSERT_EQ(floats.size(), 3 * raws.size());
+  for (zSize i = 0; i < raws.size(); ++i) {
+    EXPECT_EQ(floats[3 * i], raws[i].x) << i;
+    EXPECT_EQ(floats[3 * i + 1], raws[i].y) << i;
+    EXPECT_EQ(floats[3 * i + 2], raws[i].z) << i;
   }
 }
 
