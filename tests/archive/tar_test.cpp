@@ -50,9 +50,7 @@ TEST(Tar, ReadsBackItsOwnMembersAndWritesPlainHeaders) {
   const std::string header(archive.begin(), archive.begin() + 512);
   EXPECT_EQ(header.substr(100, 24), std::string("000644 \000000000 \000000000 \0", 24));
   EXPECT_EQ(header.substr(124, 24), "00000000002 00000000000 ");
-  EXPECT_EQ(header.substr(156, 1) + header.substr(257, 8), std::string("0ustar\0"
-                                                                       "00",
-                                                                       9));
+  EXPECT_EQ(header.substr(156, 1) + header.substr(257, 6), std::string("0ustar\0", 7));
 }
 
 TEST(Tar, ReadsOddAndDamagedArchivesAsFarAsTheyGo) {
@@ -72,13 +70,10 @@ TEST(Tar, ReadsOddAndDamagedArchivesAsFarAsTheyGo) {
       {"a size beyond the end", Changed(124, "77777777777"), "a 0 8589934591 unreadable"},
       {"a symbolic link", Changed(156, "2"), "a 2 0 "},
       {"a hard link", Changed(156, "1target"), "a 2 "},
-      {"a device", Changed(156, "3"), "a 2 0 "},
       {"a plain file of old programs", Changed(156, std::string_view("\0", 1)), "a 0 600 a"},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    const std::vector<std::string> members = List(row.archive);
-    EXPECT_THAT(members, ElementsAre(testing::StartsWith(row.first)));
+    EXPECT_THAT(List(row.archive), ElementsAre(testing::StartsWith(row.first))) << row.what;
   }
 }
 

@@ -29,15 +29,10 @@ Names OptionsIn(const std::string& text, const std::string& options) {
   return FindAll(text, "(?:^|[^\\w-])(" + options + ")(?![\\w-])");
 }
 
-// The heads of the paragraphs in a manual's section of options.
-std::string OptionHeads(const std::string& manual) {
-  const std::size_t start = manual.find(".SH OPTIONS");
-  std::string heads;
-  std::istringstream lines(manual.substr(start, manual.find(".SH", start + 1) - start));
-  for (std::string line; std::getline(lines, line);) {
-    if (line == ".TP" && std::getline(lines, line)) heads += line + "\n";
-  }
-  return std::regex_replace(heads, std::regex(R"(\\-)"), "-");
+// What stands between a head and the next one, without both.
+std::string Section(const std::string& text, const std::string& head, const std::string& next) {
+  const std::size_t start = text.find(head) + head.size();
+  return text.substr(start, text.find(next, start) - start);
 }
 
 TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
@@ -45,21 +40,23 @@ TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
   const struct {
     const char* program;
     const char* file;
-    std::string options;
   } rows[] = {
-      {TRELVANE_PROGRAM, "/man/Trelvane.1", kLongOptions + "|-[a-z]"},
-      {TRELVANE_INSPECT, "/man/trelvane-inspect.1", kLongOptions + "|-[a-z]"},
-      {TRELVANE_INSPECT, "/share/bash-completion/completions/trelvane-inspect", kLongOptions},
-      {TRELVANE_INSPECT, "/share/zsh/site-functions/_trelvane-inspect", kLongOptions},
+      {TRELVANE_PROGRAM, "/man/Trelvane.1"},
+      {TRELVANE_INSPECT, "/man/trelvane-inspect.1"},
+      {TRELVANE_INSPECT, "/share/bash-completion/completions/trelvane-inspect"},
+      {TRELVANE_INSPECT, "/share/zsh/site-functions/_trelvane-inspect"},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.file);
-    const Names told = OptionsIn(RunProgram(row.program, {"--help"}).output, row.options);
+    const bool manual = std::string_view(row.file).starts_with("/man");
+    const std::string options = manual ? kLongOptions + "|-[a-z]" : kLongOptions;
     const std::string text = ReadFile(kProject + row.file);
-    EXPECT_TRUE(told.contains("--help"));
-    EXPECT_EQ(OptionsIn(std::string_view(row.file).starts_with("/man") ? OptionHeads(text) : text,
-                        row.options),
-              told);
+    Names written = OptionsIn(manual ? "" : text, options);
+    for (const auto& head : FindAll(Section(text, ".SH OPTIONS", ".SH"), "\\.TP\n(.*)")) {
+      if (manual)
+        written.merge(OptionsIn(std::regex_replace(head, std::regex(R"(\\-)"), "-"), options));
+    }
+    EXPECT_TRUE(written.contains("--help"));
+    EXPECT_EQ(written, OptionsIn(RunProgram(row.program, {"--help"}).output, options)) << row.file;
   }
 }
 
@@ -70,9 +67,7 @@ TEST(PageOnRecordings, ShowsTheExampleProgramsAsTheyAre) {
   const std::string page = ReadFile(kProject + "/docs/formats/recording.md");
   for (const auto& [fence, example] :
        {std::pair("```python", "/read_recording.py"), std::pair("```js", "/read_recording.mjs")}) {
-    SCOPED_TRACE(example);
-    const std::size_t start = page.find('\n', page.find(fence));
-    const std::string excerpt = page.substr(start, page.find("```", start) - start);
+    const std::string excerpt = Section(page, fence, "```");
     EXPECT_GT(excerpt.size(), 100U);
     EXPECT_THAT(unindented(ReadFile(std::string(EXAMPLES_DIR) + example)),
                 testing::HasSubstr(unindented(excerpt)));
@@ -95,13 +90,11 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
     }
   }
 
-  const std::string guide = ReadFile(kProject + "/docs/inspect.md");
-  const std::size_t start = guide.find("\n## JSON");
-  std::istringstream lines(guide.substr(start, guide.find("\n## ", start + 1) - start));
   Names written;
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.starts_with("| `")) continue;
-    written.merge(FindAll(line.substr(0, line.find('|', 1)), "([a-z]\\w*)"));
+  const std::string section =
+      Section(ReadFile(kProject + "/docs/inspect.md"), "\n## JSON", "\n## ");
+  for (const auto& cell : FindAll(section, "\n\\| (`[^|]*)")) {
+    written.merge(FindAll(cell, "([a-z]\\w*)"));
   }
   EXPECT_EQ(written, keys);
 }

@@ -18,6 +18,7 @@ import subprocess
 import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import contextmanager
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -66,16 +67,13 @@ CONVERSIONS = [
 ]
 
 
-class Scratch:
+@contextmanager
+def scratch(inputs):
     """A folder of its own for one run, with the inputs linked into it."""
-
-    def __init__(self, inputs):
-        self.path = Path(tempfile.mkdtemp(prefix="trelvane-faults-"))
+    with tempfile.TemporaryDirectory(prefix="trelvane-faults-") as name:
         for source in inputs.iterdir():
-            (self.path / source.name).symlink_to(source)
-
-    def remove(self):
-        shutil.rmtree(self.path)
+            (Path(name) / source.name).symlink_to(source)
+        yield Path(name)
 
 
 def run(command, folder, environment=None, prepare=None):
@@ -91,19 +89,16 @@ class Checker:
 
     def __init__(self, conversion, programs, inputs):
         self.conversion = conversion
-        self.program = programs / "Trelvane"
-        self.starved = programs / "trelvane_starved"
+        self.command = [programs / "Trelvane", *conversion.arguments]
+        self.starved = [programs / "trelvane_starved", *conversion.arguments]
         self.inputs = inputs
         self.problems = []
         self.runs = 0
-        scratch = Scratch(inputs)
-        try:
-            code, self.console, _ = run([self.program, *conversion.arguments], scratch.path)
+        with scratch(inputs) as folder:
+            code, self.console, _ = run(self.command, folder)
             if code != 0:
                 sys.exit(f"{conversion.name} fails without a fault:\n{self.console}")
-            self.whole = {name: (scratch.path / name).read_bytes() for name in conversion.outputs}
-        finally:
-            scratch.remove()
+            self.whole = {name: (folder / name).read_bytes() for name in conversion.outputs}
 
     def judge(self, code, console, errors, folder):
         """What is wrong with a run; nothing when it is all right."""
@@ -131,44 +126,32 @@ class Checker:
         return None
 
     def attempt(self, what, command, environment=None, prepare=None, setup=None):
-        scratch = Scratch(self.inputs)
-        try:
-            if setup is not None:
-                setup(scratch.path)
-            problem = self.judge(*run(command, scratch.path, environment, prepare), scratch.path)
-        except subprocess.TimeoutExpired:
-            problem = "does not end"
-        finally:
-            scratch.remove()
+        with scratch(self.inputs) as folder:
+            try:
+                if setup:
+                    setup(folder)
+                problem = self.judge(*run(command, folder, environment, prepare), folder)
+            except subprocess.TimeoutExpired:
+                problem = "does not end"
         self.runs += 1
         if problem:
             self.problems.append(f"{self.conversion.name}, {what}: {problem}")
 
     def starve(self, pool):
         """Each allocation in turn."""
-        scratch = Scratch(self.inputs)
-        try:
-            run([self.starved, *self.conversion.arguments], scratch.path,
-                {"TRELVANE_STARVE_COUNT": "count.txt"})
-            count = int((scratch.path / "count.txt").read_text())
-        finally:
-            scratch.remove()
-        command = [self.starved, *self.conversion.arguments]
-        for _ in pool.map(lambda number: self.attempt(f"allocation {number} of {count}", command,
-                                                      {"TRELVANE_STARVE": str(number)}),
-                          range(1, count + 1)):
-            pass
+        with scratch(self.inputs) as folder:
+            run(self.starved, folder, {"TRELVANE_STARVE_COUNT": "count.txt"})
+            count = int((folder / "count.txt").read_text())
+        list(pool.map(lambda number: self.attempt(f"allocation {number} of {count}", self.starved,
+                                                  {"TRELVANE_STARVE": str(number)}),
+                      range(1, count + 1)))
 
     def calls(self):
         """The system calls of a run after it has opened its log: (name, number among its kind)."""
-        scratch = Scratch(self.inputs)
-        try:
-            trace = scratch.path / "trace.txt"
-            run(["strace", "-o", trace, "-e", "trace=" + ",".join(CALLS), self.program,
-                 *self.conversion.arguments], scratch.path)
+        with scratch(self.inputs) as folder:
+            trace = folder / "trace.txt"
+            run(["strace", "-o", trace, "-e", "trace=" + ",".join(CALLS), *self.command], folder)
             lines = trace.read_text(errors="replace").splitlines()
-        finally:
-            scratch.remove()
         found, numbers, started = [], {}, False
         for line in lines:
             match = re.match(r"(\w+)\((\d+)?", line)
@@ -183,12 +166,10 @@ class Checker:
 
     def fail_calls(self, pool):
         jobs = [(name, number, fault) for name, number in self.calls() for fault in CALLS[name]]
-        for _ in pool.map(lambda job: self.attempt(
-                f"{job[0]} number {job[1]}, {job[2]}",
-                ["strace", "-o", "/dev/null", "-e", "trace=none", "-e",
-                 f"inject={job[0]}:{job[2]}:when={job[1]}", self.program,
-                 *self.conversion.arguments]), jobs):
-            pass
+        list(pool.map(lambda job: self.attempt(
+            f"{job[0]} number {job[1]}, {job[2]}",
+            ["strace", "-o", "/dev/null", "-e", "trace=none", "-e",
+             f"inject={job[0]}:{job[2]}:when={job[1]}", *self.command]), jobs))
 
     def fill_disk(self, pool):
         """A disk that takes so many bytes of a file and no more."""
@@ -201,20 +182,17 @@ class Checker:
                 signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
                 resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
             return prepare
-        for _ in pool.map(lambda size: self.attempt(f"a disk with {size} bytes left",
-                                                    [self.program, *self.conversion.arguments],
-                                                    prepare=limit(size)),
-                          sorted(size for size in sizes if 0 <= size < largest)):
-            pass
+        list(pool.map(lambda size: self.attempt(f"a disk with {size} bytes left", self.command,
+                                                prepare=limit(size)),
+                      sorted(size for size in sizes if 0 <= size < largest)))
 
     def bad_places(self):
         if not self.conversion.outputs:
             return
         name = self.conversion.outputs[0]
-        command = [self.program, *self.conversion.arguments]
-        self.attempt("a full device", command,
+        self.attempt("a full device", self.command,
                      setup=lambda folder: (folder / name).symlink_to("/dev/full"))
-        self.attempt("an output that is a folder", command,
+        self.attempt("an output that is a folder", self.command,
                      setup=lambda folder: (folder / name).mkdir())
 
         def lock(folder):
@@ -226,7 +204,7 @@ class Checker:
             if os.getuid() == 0:
                 os.setgid(65534)
                 os.setuid(65534)
-        self.attempt("a folder without permission", command, prepare=be_nobody, setup=lock)
+        self.attempt("a folder without permission", self.command, prepare=be_nobody, setup=lock)
 
 
 def make_inputs(program, folder):
@@ -241,13 +219,9 @@ def make_inputs(program, folder):
         path.chmod(0o755 if path.is_dir() else 0o644)
 
 
-def is_sanitized(program):
-    return b"__asan_init" in program.read_bytes()
-
-
 def can_trace(program):
     """Whether strace works; programs that look for their own leaks end under it."""
-    if shutil.which("strace") is None or is_sanitized(program):
+    if shutil.which("strace") is None or b"__asan_init" in program.read_bytes():
         return False
     with tempfile.TemporaryDirectory() as folder:
         return run(["strace", "-o", "/dev/null", "-e", "trace=close", program, "--help"],

@@ -25,32 +25,28 @@ TEST(ScanFiles, BecomeCompleteMessages) {
 
 TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
   const std::string surface = " GenerateSurfaceMsgFromBuffer: Failed to load ";
-  const std::string emptySurface = "-997 GetSurfaceBoundingBox: The input surface is empty";
   SurFile high, thin;
   high.flag = 1;
   high.zMin = 100;  // above every sample
   thin.width = 0;
-  const auto error = [](const zBytes& bytes, FileType fileType) {
-    return Thrown([&] { ReadScan(bytes, fileType); });
+  const struct {
+    zBytes bytes;
+    FileType fileType;
+    std::string error;
+  } rows[] = {
+      {{}, SUR, "-999" + surface + "sur file buffer"},
+      {high.Bytes(), SUR, "-997 GetSurfaceBoundingBox: The input surface is empty"},
+      {thin.Bytes(), SUR, "-997 GetSurfaceBoundingBox: The input surface is empty"},
+      {{}, SRF, "-999" + surface + "srf file buffer"},
+      {{'#', '\n'}, PCD, "-984" + surface + "pcd file buffer"},
+      {{}, PRO, "-999 GenerateProfileMsgFromBuffer: Failed to load pro file buffer"},
+      {SurRow({}).Bytes(), PRO, "-997 GetProfileBoundingBox: The input profile is empty"},
+      {{}, REP, "-996 GenerateSurfaceMsgFromBuffer: Unimplemented file extension"},
   };
-  EXPECT_EQ(error({}, SUR), "-999" + surface + "sur file buffer");
-  EXPECT_EQ(error(high.Bytes(), SUR), emptySurface);
-  EXPECT_EQ(error(thin.Bytes(), SUR), emptySurface);
-  EXPECT_EQ(error({}, SRF), "-999" + surface + "srf file buffer");
-  EXPECT_EQ(error({'#', '\n'}, PCD), "-984" + surface + "pcd file buffer");
-  EXPECT_EQ(error({}, PRO), "-999 GenerateProfileMsgFromBuffer: Failed to load pro file buffer");
-  EXPECT_EQ(error(SurRow({}).Bytes(), PRO),
-            "-997 GetProfileBoundingBox: The input profile is empty");
-  // A generator reads only files of its kind.
-  Handle message;
-  const auto generate = [&](FileType fileType) {
-    GenerateSurfaceMsgFromBuffer(message, {}, fileType, DefaultAlloc());
-  };
-  for (const FileType fileType : {PRO, PCD, CSV, REC, REP, OVREC}) {
-    EXPECT_EQ(Thrown([&] { generate(fileType); }),
-              "-996 GenerateSurfaceMsgFromBuffer: Unimplemented file extension")
-        << fileType;
+  for (const auto& row : rows) {
+    EXPECT_EQ(Thrown([&] { ReadScan(row.bytes, row.fileType); }), row.error);
   }
+  Handle message;
   EXPECT_EQ(Thrown([&] { GenerateProfileMsgFromBuffer(message, {}, SUR, DefaultAlloc()); }),
             "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
 }
@@ -61,21 +57,29 @@ TEST(ScanFiles, AreWrittenFromMessagesOfTheirKindToAStreamThatTakesThem) {
   const z8u buffer[1024]{};
   const Handle readOnly = MakeStream();  // attached to memory, it cannot be written
   MustBeOk(zMemory_Attach(readOnly.Get(), buffer, 0, sizeof buffer, sizeof buffer));
-  const auto expect = [&](FileType fileType, const std::string& name, const Handle& suitable,
-                          const std::vector<Handle>& others) {
-    const std::string error = " GetMsgDataFileStream: Failed to get " + name + " file stream";
-    const auto write = [&](const Handle& message, const Handle& stream) {
-      return Thrown(
-          [&] { GetMsgDataFileStream(message.Get(), fileType, stream.Get(), DefaultAlloc()); });
-    };
-    for (const Handle& other : others) EXPECT_EQ(write(other, MakeStream()), "0" + error);
-    EXPECT_EQ(write(suitable, readOnly), std::to_string(zERROR_STREAM) + error);
-    EXPECT_EQ(write(suitable, {}), "0" + error);
+  const struct {
+    FileType fileType;
+    std::string name;
+    Handle suitable, other;
+  } rows[] = {
+      {SUR, "sur", surface, MakeCloud(1)},
+      {SRF, "srf", surface, profile},
+      {PCD, "pcd", surface, profile},
+      {PRO, "pro", profile, MakeProfile(zType::zPoint16s, 1)},
   };
-  expect(SUR, "sur", surface, {Handle(), profile, MakeCloud(1)});
-  expect(SRF, "srf", surface, {Handle(), profile});
-  expect(PCD, "pcd", surface, {Handle(), profile});
-  expect(PRO, "pro", profile, {Handle(), surface, MakeProfile(zType::zPoint16s, 1)});
+  for (const auto& row : rows) {
+    const auto expect = [&](zStatus status, const Handle& message, const Handle& stream) {
+      EXPECT_EQ(Thrown([&] {
+                  GetMsgDataFileStream(message.Get(), row.fileType, stream.Get(), DefaultAlloc());
+                }),
+                std::to_string(status) + " GetMsgDataFileStream: Failed to get " + row.name +
+                    " file stream");
+    };
+    expect(0, row.other, MakeStream());
+    expect(0, {}, MakeStream());
+    expect(zERROR_STREAM, row.suitable, readOnly);
+    expect(0, row.suitable, {});
+  }
   for (const FileType fileType : {CSV, REC, REP, OVREC}) {
     EXPECT_EQ(Thrown([&] { WriteScan(surface, fileType); }),
               "-996 GetMsgDataFileStream: Unimplemented file type")

@@ -14,7 +14,6 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 // Runs the program, which never writes to standard error.
@@ -26,8 +25,7 @@ Outcome RunProgram(const std::vector<std::string>& args) {
 
 const std::string kBanner = "Trelvane 1.0.0.4\n";
 
-class Program : public testing::Test {
- protected:
+struct Program : testing::Test {
   Program() {
     WriteFile("a.sur", SurFile{}.Bytes());
     WriteFile("a.pcd", "no point cloud");
@@ -35,8 +33,8 @@ class Program : public testing::Test {
     scanner.sources = {{"Top", "Top", 14, 0, 0}};
     const Handle surface = MakeSurfaceWithIntensity(1);
     WriteFile("a.rep", WriteRecording(scanner, {{surface}, {surface}}, false));
-    for (const int dataType : {12, 13, 15}) {
-      scanner.sources[0].dataType = static_cast<z16u>(dataType);
+    for (const z16u dataType : {z16u{12}, z16u{13}, z16u{15}}) {
+      scanner.sources[0].dataType = dataType;
       WriteFile(std::to_string(dataType) + ".rep", WriteRecording(scanner, {{surface}}, false));
     }
   }
@@ -51,20 +49,18 @@ TEST_F(Program, ShowsItsUsageWithoutArguments) {
   const Outcome help = RunProgram({"--help"});
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_EQ(help.output, run.output);
-  EXPECT_TRUE(std::filesystem::exists("log.txt"));
 }
 
 TEST_F(Program, ConvertsAndReports) {
-  const std::string imported = "[INFO] Successfully imported 'a.sur'.\n";
   Outcome run = RunProgram({"-i", "a.sur", "-o", "50% x - %s%n a%%b.rep"});  // a format, too
-  EXPECT_EQ(run.output,
-            kBanner + imported + "[INFO] Successfully exported '50% x - %s%n a%b.rep'.\n");
+  EXPECT_EQ(run.output, kBanner +
+                            "[INFO] Successfully imported 'a.sur'.\n"
+                            "[INFO] Successfully exported '50% x - %s%n a%b.rep'.\n");
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(ReadFile("log.txt"), "");
   run = RunProgram({"--help", "-i", "50% x - %s%n a%%b.rep", "-o", "b.sur"});
   EXPECT_THAT(run.output, StartsWith(kBanner + "Usage:"));
   EXPECT_THAT(run.output, EndsWith("[INFO] Successfully exported 'b.sur'.\n"));
-  EXPECT_EQ(run.exitCode, 0);
   // A single scan without an output name becomes an archive, which takes a configuration along.
   std::filesystem::create_directories("config/jobs/live");
   for (const char* name : {"config/config.json", "config/jobs/config.json"}) WriteFile(name, "{}");
@@ -77,18 +73,15 @@ TEST_F(Program, ConvertsAndReports) {
   run = RunProgram({"-i", "a.ovrec", "-a", "-o", "c.sur"});
   EXPECT_THAT(run.output, EndsWith("[INFO] All the frames are being exported.\n[INFO] Successfully "
                                    "exported 'c-Frame-0000_Surface.Top.sur'.\n"));
-  std::filesystem::create_directories("d");
-  WriteFile("d/Frame-Frame-0000_T.sur", SurFile{}.Bytes());
-  EXPECT_EQ(RunProgram({"-i", "d", "-o", "d.rep"}).output,
-            kBanner +
-                "[INFO] Successfully imported all the files in the directory (d).\n.\n"
-                "[INFO] Successfully exported 'd.rep'.\n");
 }
 
 TEST_F(Program, ConvertsTheExamples) {
   std::filesystem::copy(EXAMPLES_DIR, ".", std::filesystem::copy_options::recursive);
   EXPECT_EQ(RunProgram({"-i", "part.sur", "-o", "part.rep"}).exitCode, 0);
-  EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).exitCode, 0);
+  EXPECT_EQ(RunProgram({"-i", "scans", "-o", "scans.ovrec"}).output,
+            kBanner +
+                "[INFO] Successfully imported all the files in the directory (scans).\n.\n"
+                "[INFO] Successfully exported 'scans.ovrec'.\n");
   EXPECT_EQ(ReadFile("scans.ovrec"), ReadFile("recording.ovrec"));
   EXPECT_EQ(RunProgram({"-i", "scans.ovrec", "-f", "1", "-o", "frame.sur"}).exitCode, 0);
   EXPECT_THAT(RunProgram({"-i", "scans.ovrec", "-o", "frame.csv"}).output,
@@ -112,13 +105,6 @@ TEST_F(Program, ConvertsTheExamples) {
   EXPECT_THAT(RunProgram({"-i", "b.rep", "-o", "b.pcd"}).output, HasSubstr("SURFACE_POINT_CLOUD"));
 }
 
-// The bytes of a cloud after its header.
-std::string PointsOf(const std::string& file) {
-  const std::string text = ReadFile(file);
-  const std::string last = "DATA binary\n";
-  return text.substr(text.find(last) + last.size());
-}
-
 TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
   const std::string tool = "pcl_convert_pcd_ascii_binary";
   if (std::system(("command -v " + tool + " >tool.txt").c_str()) != 0) {
@@ -129,9 +115,10 @@ TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
     EXPECT_EQ(RunProgram({"-i", std::string(EXAMPLES_DIR "/") + scan, "-o", "b.rep"}).exitCode, 0);
     EXPECT_EQ(RunProgram({"-i", "b.rep", "-o", "ours.pcd"}).exitCode, 0);
     ASSERT_EQ(std::system((tool + " ours.pcd theirs.pcd 1 >tool.txt 2>&1").c_str()), 0);
-    const std::string points = PointsOf("ours.pcd");
-    ASSERT_FALSE(points.empty());
-    EXPECT_EQ(PointsOf("theirs.pcd").substr(0, points.size()), points);  // theirs are padded
+    const std::string ours = ReadFile("ours.pcd"), theirs = ReadFile("theirs.pcd");
+    const std::string points = ours.substr(ours.find("DATA binary\n"));
+    EXPECT_EQ(theirs.substr(theirs.find("DATA binary\n"), points.size()),
+              points);  // theirs are padded
     EXPECT_EQ(RunProgram({"-i", "ours.pcd", "-o", "ours.rep"}).exitCode, 0);
     EXPECT_EQ(RunProgram({"-i", "theirs.pcd", "-o", "theirs.rep"}).exitCode, 0);
     EXPECT_EQ(ReadFile("theirs.rep"), ReadFile("ours.rep"));
@@ -139,11 +126,10 @@ TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
 }
 
 TEST_F(Program, ExchangesArchivesWithTar) {
-  if (std::system("tar --version >tar.txt 2>&1") != 0)
-    GTEST_SKIP() << "NOT TESTED: there is no tar";
-  const std::string longName = std::string(150, 'd') + "/" + std::string(150, 'f');
-  std::filesystem::create_directories("replay/" + std::string(150, 'd'));
-  WriteFile("replay/" + longName, "long name");
+  if (std::system("tar --version >tar.txt") != 0) GTEST_SKIP() << "NOT TESTED: there is no tar";
+  const std::string folder = "replay/" + std::string(150, 'd');
+  std::filesystem::create_directories(folder);
+  WriteFile(folder + "/" + std::string(150, 'f'), "long name");
   std::filesystem::create_symlink("buffer", "replay/a link");
   std::filesystem::copy_file("a.rep", "replay/buffer");
   for (const char* format : {"gnu", "posix"}) {
@@ -175,15 +161,14 @@ void ExpectFailure(const std::string& command, std::string logged) {
   const bool silent = logged.starts_with("!");
   if (silent) logged.erase(0, 1);
   const std::size_t place = logged.find("): ");
-  const std::string message = place == std::string::npos ? logged : logged.substr(place + 3);
+  const std::string message = logged.substr(place == std::string::npos ? 0 : place + 3);
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.output, EndsWith("[ERROR] " + message + ".\n"));
-  EXPECT_THAT(run.output, Not(HasSubstr("Successfully exported")));
+  EXPECT_THAT(run.output, testing::Not(HasSubstr("Successfully exported")));
   EXPECT_THAT(ReadFile("log.txt"), silent ? testing::Matcher<std::string>("") : HasSubstr(logged));
   // Of a name that does not exist no import is told.
-  if (command.starts_with("-i none")) {
-    EXPECT_EQ(run.output, kBanner + "[ERROR] " + message + ".\n");
-  }
+  const bool none = command.starts_with("-i none");
+  EXPECT_TRUE(!none || std::ranges::count(run.output, '\n') == 2) << run.output;
 }
 
 // Nothing is imported from a name that does not exist, so that what fails after it tells the order
@@ -207,11 +192,8 @@ TEST_F(Program, SaysWhatIsWrongAndLogsWhere) {
                 "Extension ." + longName + " of the export file name is not supported");
 }
 
-TEST_F(Program, SaysWhatIsInARecordingAndWhichFramesAreExported) {
-  const struct {
-    const char* command;
-    std::string type, frames, exported;
-  } rows[] = {
+TEST_F(Program, SaysWhatIsImportedAndExported) {
+  const std::array<const char*, 4> rows[] = {
       {"-i 12.rep -o b.CSV", "UNIFORM_PROFILE", "1 frame", "All the frames are"},
       {"-i 13.rep -o b.csv", "PROFILE_POINT_CLOUD", "1 frame", "All the frames are"},
       {"-i 15.rep -o b.csv", "SURFACE_POINT_CLOUD", "1 frame", "The frame 0 is"},
@@ -219,26 +201,19 @@ TEST_F(Program, SaysWhatIsInARecordingAndWhichFramesAreExported) {
       {"-i a.rep -f 1 -o b.sur", "UNIFORM_SURFACE", "2 frames", "The frame 1 is"},
       {"--input a.rep --all --output b.sur", "UNIFORM_SURFACE", "2 frames", "All the frames are"},
   };
-  for (const auto& row : rows) {
-    EXPECT_THAT(RunProgram(Split(row.command)).output,
-                HasSubstr("[INFO] The replay data is captured from 0 sensor.\n"
-                          "[INFO] The data type in the replay data is " +
-                          row.type +
-                          ".\n"
-                          "[INFO] The imported recording data has " +
-                          row.frames +
-                          ".\n"
-                          "[INFO] " +
-                          row.exported + " being exported.\n"))
-        << row.command;
+  for (const auto& [command, type, frames, exported] : rows) {
+    EXPECT_THAT(RunProgram(Split(command)).output,
+                HasSubstr(Orv::Format("[INFO] The replay data is captured from 0 sensor.\n"
+                                      "[INFO] The data type in the replay data is %s.\n"
+                                      "[INFO] The imported recording data has %s.\n"
+                                      "[INFO] %s being exported.\n",
+                                      type, frames, exported)))
+        << command;
   }
-}
-
-TEST_F(Program, SetsThePointCloudOptionsThatItReports) {
-  EXPECT_THAT(RunProgram({"-i", "a.pcd", "-r", "1.0,2.0,3.0", "-z", "+.5"}).output,
+  EXPECT_THAT(RunProgram(Split("-i a.pcd -r 1.0,2.0,3.0 -z +.5")).output,
               HasSubstr("[INFO] The point (0.000000, 2.000000, 3.000000) is configured as the "
                         "invalid point.\n[INFO] The zooming factor has been set to 0.500000.\n"));
-  EXPECT_THAT(RunProgram({"-i", "a.pcd", "-z", "nan"}).output, HasSubstr("set to nan.\n"));
+  EXPECT_THAT(RunProgram(Split("-i a.pcd -z nan")).output, HasSubstr("set to nan.\n"));
 }
 
 TEST_F(Program, KeepsALogOf2048BytesAndStartsALongerOneAnew) {

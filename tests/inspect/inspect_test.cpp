@@ -20,11 +20,16 @@ FileFacts Inspect(const std::string& path, bool check = false) {
   return InspectFile(path, check, nullptr, progress);
 }
 
-using Writer = void (*)(const FileFacts&, std::ostream&);
-std::string Text(const FileFacts& facts, Writer write = WriteReport) {
+std::string Text(const FileFacts& facts, void (*write)(const FileFacts&, std::ostream&)) {
   std::ostringstream out;
   write(facts, out);
   return out.str();
+}
+
+template <class Value>
+zBytes With(zBytes bytes, zSize offset, Value value) {
+  sur::Set(bytes, offset, value);
+  return bytes;
 }
 
 // A surface file that tells all that a conversion takes from it.
@@ -38,9 +43,7 @@ zBytes PlainSurface(const SurFile& file = {}) {
 
 // A compact surface of 3 x 2 points.
 zBytes CompactSurface() {
-  zBytes bytes(61 + 2 * 6, 0);
-  const zSize head[] = {1, 3, 2};  // version, width, length
-  for (zSize i = 0; i < 3; ++i) sur::Set(bytes, 4 * i, static_cast<z32u>(head[i]));
+  zBytes bytes = With(With(With(zBytes(73, 0), 0, 1), 4, 3), 8, 2);
   for (zSize i = 0; i < 6; ++i) {
     sur::Set(bytes, 12 + 8 * i, 0.5 * static_cast<z64f>(i + 1));  // scale, offset
     sur::Set(bytes, 60 + 2 * i, static_cast<z16s>(i * 10));
@@ -57,57 +60,43 @@ void ExpectTexts(const std::vector<FileFacts>& all, const std::string& name) {
       for (StoredFile& member : facts.members) member.size = 0;
     }
     std::string wanted;
-    for (std::string line; !line.starts_with('{') && std::getline(expected, line);) {
-      wanted += line + "\n";
-    }
-    EXPECT_EQ(Text(facts) + Text(facts, WriteJson), wanted) << facts.path;
+    std::string line;
+    while (!line.starts_with('{') && std::getline(expected, line)) wanted += line + "\n";
+    EXPECT_EQ(Text(facts, WriteReport) + Text(facts, WriteJson), wanted) << facts.path;
   }
 }
 
-class Inspection : public testing::Test {
- protected:
-  FileFacts InspectBytes(const std::string& name, const zBytes& bytes, bool check = false) {
+struct Inspection : testing::Test {
+  static FileFacts InspectBytes(const std::string& name, const zBytes& bytes, bool check = false) {
     WriteFile(name, bytes);
     return Inspect(name, check);
   }
-  std::vector<FileFacts> InspectAll(const std::vector<std::pair<const char*, zBytes>>& files) {
+  static std::vector<FileFacts> InspectAll(
+      const std::vector<std::pair<const char*, zBytes>>& files) {
     std::vector<FileFacts> all;
     for (const auto& [name, bytes] : files) all.push_back(InspectBytes(name, bytes, true));
     return all;
   }
-
-  TempDirectory directory_;
+  const TempDirectory directory_;
 };
 
-// Facts with a value of its own in each field that no file of the other tests has.
-FileFacts MakeFacts() {
-  FileFacts facts;
-  facts.path = "a\x1B.sur";
-  facts.kind = FileKind::sur;
-  facts.size = 1'234'567;
-  facts.digitalSurf = {"object",
-                       "operator",
-                       "one\r\n\n3\n4\n5\n6\n7\neight\x1B\n9\n",
-                       "2024-05-31",
-                       21,
-                       3,
-                       32,
-                       true,
-                       {"a", "b", "c"},
-                       {"d", "e", "f"},
-                       {"g", "h", "i"},
-                       4,
-                       5};
-  facts.cloud = {"x y z", "1 2 3 4 5 6 7", true};
-  facts.members = {{"first", 6}, {"second", 7000}};
-  facts.frames = 8;
-  facts.notes = {"one note", "another"};
-  facts.problems = {{9, "wrong"}, {{}, "damaged"}};
-  return facts;
-}
-
 TEST_F(Inspection, TellsAllFacts) {
-  std::vector<FileFacts> all = {MakeFacts()};
+  const std::array<std::string, 3> axes{"a", "b", "c"}, steps{"d", "e", "f"}, ends{"g", "h", "i"};
+  const std::string comment = "one\r\n\n3\n4\n5\n6\n7\neight\x1B\n9\n";
+  const DigitalSurfFacts surface{"object", "operator", comment, "2024-05-31", 21, 3, 32,
+                                 true,     axes,       steps,   ends,         4,  5};
+  const FileFacts odd{"a\x1B.sur",
+                      FileKind::sur,
+                      1'234'567,
+                      surface,
+                      CloudFacts{"x y z", "1 2 3 4 5 6 7", true},
+                      {},
+                      {{"first", 6}, {"second", 7000}},
+                      8,
+                      {},
+                      {"one note", "another"},
+                      {{9, "wrong"}, {{}, "damaged"}}};
+  std::vector<FileFacts> all = {odd};
   for (const z64u size : {z64u{0}, z64u{999}, z64u{1000}, z64u{2'345'678}, z64u{1} << 30,
                           z64u{5} << 40, z64u{1} << 60, z64u{1}}) {
     FileFacts& facts = all.emplace_back();
@@ -115,17 +104,16 @@ TEST_F(Inspection, TellsAllFacts) {
     facts.size = size;
   }
   for (const auto& [valid, points] : {std::pair(7U, 7U), {1U, 3000U}, {0U, 7U}, {0U, 0U}}) {
-    ScanFacts& scan = all[1].scans.emplace_back().facts;
-    scan.kind = static_cast<ScanKind>(all[1].scans.size() - 1);
-    scan.points = points;
-    scan.validPoints = valid;
+    std::vector<PlacedScan>& scans = all[1].scans;
+    const auto kind = static_cast<ScanKind>(scans.size());
+    scans.emplace_back().facts = {kind, 0, 0, points, valid, {}, {}, {}, {}, {}, {}};
   }
   ExpectTexts(all, "facts.txt");
-  EXPECT_EQ(Text(all[0], WriteVerdict), "a\\x1b.sur: at byte 9: wrong\na\\x1b.sur: damaged\n");
+  EXPECT_EQ(Text(odd, WriteVerdict), "a\\x1b.sur: at byte 9: wrong\na\\x1b.sur: damaged\n");
 }
 
 TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
-  Plovia::ReplayScannerInfo scanner = MakeScanner();
+  const Plovia::ReplayScannerInfo scanner = MakeScanner();
   const Plovia::ReplayFrame frame = {
       MakeSurfaceWithIntensity(1), MakeCloud(2), MakeProfile(zType::z16s, 3),
       MakeProfile(zType::zPoint16s, 4),
@@ -134,28 +122,16 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   odd.sources.resize(3);
   odd.sources[0].dataType = 11;
   odd.sources[1].name = "a multi-exp b";
-  const zBytes empty = WriteRecording(scanner, {}, true);
-  SurFile special;
-  special.flag = 1;
-  special.zMin = 11;
-  SurFile line = SurRow({1, 2});
-  line.bits = 32;
-  line.commentSize = 3;
-  line.privateSize = 4;
-  zBytes profile = PlainSurface(line);
+  zBytes profile = PlainSurface(
+      {.width = 2, .length = 1, .samples = {1, 2}, .bits = 32, .commentSize = 3, .privateSize = 4});
   std::memcpy(profile.data() + 196, "km", 2);  // a profile has no y
-  sur::Set<z16s>(profile, 18, 2);
-  SurFile highest;
-  highest.samples.assign(6, 32767);
   zBytes surface = PlainSurface();
-  sur::Set<z16s>(surface, 14, 3);   // objects
-  sur::Set<z16s>(surface, 18, 21);  // type
-  sur::Set<z32s>(surface, sur::kTotal, 7);
-  std::memcpy(surface.data() + 180, "\xB5m\0\0", 4);  // x steps, Latin-1
-  std::memcpy(surface.data() + 196, "mm  ", 4);       // y steps
-  std::memcpy(surface.data() + 212, "a.u.\0", 5);     // z steps
-  const z16s date[] = {56, 34, 12, 31, 5, 2024};      // seconds to year
-  std::memcpy(surface.data() + 306, date, sizeof date);
+  // Objects, type, number of points; seconds to year.
+  const z16s fields[][2] = {{14, 3},   {18, 21},  {116, 7}, {306, 56},  {308, 34},
+                            {310, 12}, {312, 31}, {314, 5}, {316, 2024}};
+  for (const auto& [offset, value] : fields) sur::Set(surface, static_cast<zSize>(offset), value);
+  std::memcpy(surface.data() + 180, "\xB5m", 2);  // x steps, Latin-1
+  std::memcpy(surface.data() + 212, "a.u.", 4);   // z steps
   surface.insert(surface.end(), 7, 0);
   std::string cloud =
       "VERSION .7\nFIELDS x y z normal rgb\nSIZE 4 4 4 4 4\nTYPE F F F F U\nWIDTH 5\nHEIGHT 1\n"
@@ -163,15 +139,16 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   for (int i = 0; i < 25; ++i) cloud += mcap::Raw(static_cast<float>(i * i));
   ExpectTexts(
       InspectAll({
-          {"special.sur", PlainSurface(special)},
-          {"highest.SUR", PlainSurface(highest)},
+          {"special.sur", PlainSurface({.flag = 1, .zMin = 11})},
+          {"highest.SUR", PlainSurface({.samples = std::vector<z32s>(6, 32767)})},
           {"ignored.sur", surface},
-          {"profile.pro", profile},
+          {"profile.pro", With(profile, 18, z16s{2})},
           {"compact.srf", CompactSurface()},
           {"cloud.pcd", ToBytes(cloud + "!")},
           {"recording.rep", WriteRecording(scanner, {frame}, false)},
           {"uneven.rec", WriteRecording(odd, {{frame[0], frame[2], frame[3]}, {frame[0]}}, true)},
-          {"empty.ovrec", MakeArchive({{"replay/buffer", ToText(empty)}})},
+          {"empty.ovrec",
+           MakeArchive({{"replay/buffer", ToText(WriteRecording(scanner, {}, true))}})},
       }),
       "files.txt");
 }
@@ -185,12 +162,7 @@ TEST_F(Inspection, TellsWhereAFileIsWrong) {
                                       MakeJob({{"scan/a/config.json", deep}, {"scan/b.json", "{"}}),
                                       {"replay/buffer", ToText(stream)}});
   const zBytes pair = MakeArchive({{"x", "y"}, {"z", std::string(600, 'z')}});
-  const zBytes plain = PlainSurface();
-  const zBytes compact = CompactSurface();
-  const auto changed = [](zBytes bytes, zSize offset, auto value) {
-    sur::Set(bytes, offset, value);
-    return bytes;
-  };
+  const zBytes plain = PlainSurface(), compact = CompactSurface();
   const auto pcd = [](const std::string& from, const std::string& to) {
     std::string text =
         "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 2\nHEIGHT 1\n"
@@ -203,16 +175,16 @@ TEST_F(Inspection, TellsWhereAFileIsWrong) {
       {"compressed.sur", ToBytes("DSCOMPRESSED")},
       {"other.sur", ToBytes("GIF89a")},
       {"cut.sur", First(plain, plain.size() - 1)},
-      {"bits.sur", changed(plain, sur::kBits, z16s{8})},
-      {"width.sur", changed(plain, sur::kWidth, z32s{-3})},
-      {"length.sur", changed(plain, sur::kLength, z32s{-1})},
-      {"comment.sur", changed(plain, sur::kCommentSize, z16s{99})},
+      {"bits.sur", With(plain, sur::kBits, z16s{8})},
+      {"width.sur", With(plain, sur::kWidth, z32s{-3})},
+      {"length.sur", With(plain, sur::kLength, z32s{-1})},
+      {"comment.sur", With(plain, sur::kCommentSize, z16s{99})},
       {"surface.PRO", plain},
-      {"version.srf", changed(compact, 0, z32u{2})},
+      {"version.srf", With(compact, 0, z32u{2})},
       {"header.srf", First(compact, 59)},
       {"points.srf", First(compact, 71)},
-      {"flag.srf", changed(compact, 72, z8u{2})},
-      {"intensities.srf", changed(compact, 72, z8u{1})},
+      {"flag.srf", With(compact, 72, z8u{2})},
+      {"intensities.srf", With(compact, 72, z8u{1})},
       {"version.pcd", pcd("VERSION .7", "VERSION .5")},
       {"width.pcd", pcd("WIDTH 2", "WIDTH 0")},
       {"fields.pcd", pcd("x y z", "X y z")},
@@ -223,7 +195,7 @@ TEST_F(Inspection, TellsWhereAFileIsWrong) {
       {"other.ovrec", ToBytes(std::string(1024, 'x'))},
       {"none.ovrec", MakeArchive({{"x", "y"}})},
       {"cut.ovrec", First(pair, 1600)},
-      {"damaged.ovrec", changed(pair, 1030, z32u{7})},
+      {"damaged.ovrec", With(pair, 1030, z32u{7})},
       {"documents.ovrec", archive},
       {"a.txt", ToBytes("x")},
       {"a", ToBytes("x")},
@@ -233,21 +205,18 @@ TEST_F(Inspection, TellsWhereAFileIsWrong) {
   facts.push_back(Inspect("none.sur"));
   ExpectTexts(facts, "problems.txt");
   // A wrong byte in the stream is met in any case.
-  zBytes damaged = stream;
-  damaged[ToText(stream).rfind("TSCN") + 40] ^= 4;
+  const zBytes damaged = With(stream, ToText(stream).rfind("TSCN") + 40, z8u{0xFF});
   for (const bool check : {false, true}) {
-    const FileFacts file = InspectBytes("damaged.rep", damaged, check);
-    ASSERT_EQ(file.problems.size(), 1U) << check;
-    EXPECT_THAT(file.problems[0].text, testing::HasSubstr("checksum of the")) << check;
+    const std::string report = Text(InspectBytes("damaged.rep", damaged, check), WriteVerdict);
+    EXPECT_THAT(report, testing::HasSubstr("checksum of the")) << check;
   }
 }
 
 TEST_F(Inspection, NamesFramesAndSourcesOfADirectory) {
   const zBytes plain = PlainSurface();
   std::filesystem::create_directory("d");
-  for (const char* name :
-       {"Frame-0000_L.sur", "Frame-0000_R.sur", "Frame-0012_L.b.sur", "Frame-012_R.sur"}) {
-    WriteFile(std::string("d/a-") + name, plain);
+  for (const std::string name : {"0000_L", "0000_R", "0012_L.b", "012_R"}) {
+    WriteFile("d/a-Frame-" + name + ".sur", plain);
   }
   WriteFile("d/b-Frame-0001_L.sur", First(plain, 500));
   WriteFile("d/c.sur", SurFile{}.Bytes());
@@ -258,36 +227,27 @@ TEST_F(Inspection, NamesFramesAndSourcesOfADirectory) {
 TEST_F(Inspection, CutsLongNamesOfSources) {
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources.resize(1);
-  const std::string longName(300, 'n');
-  for (const zSize size : {256U, 257U, 300U}) {
-    scanner.sources[0].displayName = longName.substr(0, size);
+  for (const zSize size : {256U, 257U}) {
+    const std::string name(size, 'n');
+    scanner.sources[0].displayName = name;
     const FileFacts facts =
-        InspectBytes("a.rep", WriteRecording(scanner, {{MakeSurfaceWithIntensity(1)}}, true), true);
-    EXPECT_THAT(facts.problems, testing::IsEmpty());
-    EXPECT_EQ(facts.scans.at(0).source, longName.substr(0, 256) + (size > 256 ? "..." : ""));
-    EXPECT_EQ(facts.recording->scanners.at(0).sources.at(0).displayName.size(), size);
+        InspectBytes("a.rep", WriteRecording(scanner, {{MakeSurfaceWithIntensity(1)}}, true));
+    EXPECT_EQ(facts.scans.at(0).source, size == 256 ? name : name.substr(1) + "...");
+    EXPECT_EQ(facts.recording->scanners.at(0).sources.at(0).displayName, name);
   }
 }
 
 TEST(Text, LetsNoControlCharacterThrough) {
-  const struct {
-    std::string text;
-    const char* shown;
-  } rows[] = {
-      {" ~\xC2\xA0\xE2\x80\xA7\xE2\x80\xAF\xF0\x9F\x98\x80", nullptr},
-      {"\x1B[31m\r\n\x1F\x7F", "\\x1b[31m\\x0d\\x0a\\x1f\\x7f"},
-      {"\xC2\x80\xC2\x9F", "\\x80\\x9f"},
-      {"\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F\xE2\x80\xA8", "\\u061c\\u200e\\u200f\\u2028"},
-      {"\xE2\x80\xA9\xE2\x80\xAA\xE2\x80\xAE", "\\u2029\\u202a\\u202e"},
-      {"\xE2\x81\xA6\xE2\x81\xA9", "\\u2066\\u2069"},
-      {"\xFF\xC0\x80\xC1\xBF\xE2\x82", "\\xff\\xc0\\x80\\xc1\\xbf\\xe2\\x82"},
-      {"\xE0\x9F\xBF\xED\xA0\x80\xED\xBF\xBF", "\\xe0\\x9f\\xbf\\xed\\xa0\\x80\\xed\\xbf\\xbf"},
-      {"\xF4\x90\x80\x80\xF5\x80", "\\xf4\\x90\\x80\\x80\\xf5\\x80"},
-      {"\xF0\x8F\xBF\xBF\xC3(", "\\xf0\\x8f\\xbf\\xbf\\xc3("},
+  const std::pair<std::string, std::string> rows[] = {
+      {" ~\xC2\xA0\xE2\x80\xA7\xE2\x80\xAF\xF0\x9F\x98\x80", " ~\u00A0\u2027\u202F\U0001F600"},
+      {"\x1B[\n\x1F\x7F\xC2\x80\xC2\x9F", "\\x1b[\\x0a\\x1f\\x7f\\x80\\x9f"},
+      {"\u061C\u200E\u200F\u2028\u2029", "\\u061c\\u200e\\u200f\\u2028\\u2029"},
+      {"\u202A\u202E\u2066\u2069", "\\u202a\\u202e\\u2066\\u2069"},
+      {"\xC0\x80\xC1\xBF\xE2\x82\xF5\x80", "\\xc0\\x80\\xc1\\xbf\\xe2\\x82\\xf5\\x80"},
+      {"\xE0\x9F\xBF\xED\xA0\x80\xC3(", "\\xe0\\x9f\\xbf\\xed\\xa0\\x80\\xc3("},
+      {"\xF4\x90\x80\x80\xF0\x8F\xBF\xBF", "\\xf4\\x90\\x80\\x80\\xf0\\x8f\\xbf\\xbf"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Printable(row.text), row.shown == nullptr ? row.text : row.shown);
-  }
+  for (const auto& [text, shown] : rows) EXPECT_EQ(Printable(text), shown);
   EXPECT_EQ(ToUtf8({"\xB5m \t\r\n\0zz", 8}), "\xC2\xB5m");
   EXPECT_EQ(ToUtf8("\xC3\xBF"), "\xC3\xBF");
 }
@@ -300,9 +260,8 @@ TEST(InspectionOfFieldFiles, AgreesWithTheConversion) {
   }
   for (const char* part : {"accepted", "made", "refused"}) {
     for (const auto& entry : std::filesystem::directory_iterator(folder / part)) {
-      EXPECT_EQ(Inspect(entry.path().string(), true).problems.empty(),
-                std::string_view(part) != "refused")
-          << entry.path();
+      const bool whole = Inspect(entry.path().string(), true).problems.empty();
+      EXPECT_EQ(whole, std::string_view(part) != "refused") << entry.path();
     }
   }
 }

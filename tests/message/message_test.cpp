@@ -20,12 +20,10 @@ TEST(Message, StartsZeroWithScaleOneAndNotBeyondTheMemory) {
 TEST(Message, TakesOnlyArraysOfItsOwnShapeAndType) {
   const Handle surface = MakeSurface(2, 3, {1, 2, 3, 4, 5, 6});
   const Handle intensities = MakeArray2<z8u>(3, 2, {1, 2, 3, 4, 5, 6});
-  const Handle wrong[] = {MakeArray2<z16s>(2, 3, std::vector<z16s>(6)),
-                          MakeArray2<z16s>(3, 1, std::vector<z16s>(3)), intensities, MakeStream(),
-                          Handle()};
-  for (const Handle& array : wrong) {
-    EXPECT_EQ(MxSurfaceMsg_CopyPointsArray(surface.Get(), array.Get()), zERROR_PARAMETER)
-        << &array - wrong;
+  for (const Handle& wrong :
+       {MakeArray2<z16s>(2, 3, std::vector<z16s>(6)), MakeArray2<z16s>(3, 1, std::vector<z16s>(3)),
+        intensities, Handle()}) {
+    EXPECT_EQ(MxSurfaceMsg_CopyPointsArray(surface.Get(), wrong.Get()), zERROR_PARAMETER);
   }
   EXPECT_EQ(MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z8u), zOK);
   EXPECT_EQ(MxSurfaceMsg_CopyIntensityArray(surface.Get(), intensities.Get()), zOK);

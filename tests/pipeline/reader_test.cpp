@@ -30,7 +30,6 @@ TEST(RecordingReader, AcceptsWhatOtherToolsWrite) {
   const std::string other = Channel(9, 0, "/diagnostics") + Message(9, "anything");
   const std::string unknown = Record(0x09, "attachment") + Record(0x80, "");
   const std::string start = Header() + Recording() + Scanner();
-  const std::string classic = Header() + Recording("classic") + Scanner() + Schema();
   const std::string end = DataEnd() + Footer();
   const struct {
     const char* what;
@@ -38,7 +37,6 @@ TEST(RecordingReader, AcceptsWhatOtherToolsWrite) {
     const char* frames;
   } rows[] = {
       {"no chunk at all", File(kFrame), ""},
-      {"one chunk", File(Chunk(kFrame + kFrame)), "0/7:1 0/7:1 "},
       {"a frame across chunks of each kind",
        File(Chunk(kFrame) + Chunk(kSurface, "lz4") + Chunk(kSurface + kFrame, "zstd")),
        "0/7:3 1/7:1 "},
@@ -53,12 +51,10 @@ TEST(RecordingReader, AcceptsWhatOtherToolsWrite) {
                   Message(300, payloads::Surface())) +
             end),
        "0/4294967295:1 "},
-      {"metadata at the end, channels told again",
+      {"a classic layout with a chunk, metadata at the end, channels told again",
        Bare(Header() + FrameChannel() + FrameChannel() + Schema() + SourceChannel(1, "Top") +
-            kFrame + SourceChannel(1, "Top") + kFrame + Scanner() + Recording("classic") + end),
-       "0/7:1 0/7:1 "},
-      {"a classic layout with chunks",
-       Bare(classic + FrameChannel() + SourceChannel(1, "Top") + Chunk(kFrame) + kFrame + end),
+            kFrame + SourceChannel(1, "Top") + Chunk(kFrame) + Scanner() + Recording("classic") +
+            end),
        "0/7:1 0/7:1 "},
       {"bytes after the fields",
        File(Record(0x0C, Text("x") + TextMap({}) + "more") + Chunk(kFrame)), "0/7:1 "},
@@ -68,13 +64,13 @@ TEST(RecordingReader, AcceptsWhatOtherToolsWrite) {
     EXPECT_EQ(Frames(row.file), row.frames);
   }
 
-  Plovia::ReplaySerializer reader;
   const zBytes file =
       File(SourceChannel(40, "D") + SourceChannel(2, "B") + Chunk(SourceChannel(30, "C"), "lz4"));
+  Plovia::ReplaySerializer reader;
   reader.LoadBuffer(file);
   std::string names;
-  const auto scanners = reader.ReadScannerInfo();
-  for (const auto& source : scanners.front().sources) names += source.name + " ";
+  const auto scanner = reader.ReadScannerInfo().front();
+  for (const auto& source : scanner.sources) names += source.name + " ";
   EXPECT_EQ(names, "Top B C D ");  // by channel
 }
 
@@ -103,12 +99,10 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"there is no footer", Bare(start + DataEnd())},
       {"stand after the footer", Bare(start + end + Schema())},
       {"does not belong here", Bare(start + Footer())},
-      {"does not belong here", Bare(start + Header() + end)},
       {"does not belong here", File(Chunk(Chunk("")))},
       {"does not belong here", File(Chunk(DataEnd(), "lz4"))},
       {"bytes follow the record", Bare(start + Record(0x0F, "12345") + Footer())},
       {"data_section_crc takes 4 bytes, 3 are left", Bare(start + Record(0x0F, "123") + Footer())},
-      {"no metadata \"recording\"", Bare(Header() + end)},
       {"unknown layout \"\"", Bare(Header() + Recording("") + end)},
       {"unknown version \"2\"", Bare(Header() + Recording("classic", "2") + end)},
       {"layout is told twice", File(Recording("classic"))},
@@ -116,7 +110,6 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"checksum of the summary", Bare(start + DataEnd() + Footer(0, 1))},
       {"summary is said to start at 8", Bare(start + DataEnd() + Footer(8))},
       {"checksum of the chunk", File(Chunk(kFrame, "zstd", 0, 1))},
-      {"chunk declares", File(Chunk(kFrame, "", 1))},
       {"chunk declares", File(Chunk(kFrame, "zstd", z64s{1} << 60))},
       {"longer than", File(Chunk(kFrame, "lz4", -1))},
       {"longer than", File(Chunk(std::string(3000000, 0), "zstd", -1))},
@@ -131,23 +124,18 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"told twice, with different", File(SourceChannel(1, "Bottom"))},
       {"before the first frame index", File(kSurface)},
       {"belongs to scanner 1 of 1", source("scanner", "1")},
-      {"\"scanner\" is \"\"", source("scanner", "")},
       {"\"data_type\" is \"65536\"", source("data_type", "65536")},
       {"\"arrayed\" is 2", source("arrayed", "2")},
       {"\"arrayed\" is \"0x\"", source("arrayed", "0x")},
       {"\"reserved\" is", source("reserved", "18446744073709551616")},
-      {"frame index is not", index("{\"index\":")},
       {"frame index is not", index("{\"index\":-1}")},
       {"frame index is not", index("{\"index\":4294967296}")},
       {"frame index is not", index("{\"index\":1,\"more\":2}")},
-      {"frame index is not", index("\xFF\xFE")},
       {"frame index is not", index(std::string(100000, '['))},
       {"no intact FlatBuffer", payload(std::string(64, '\xFF'))},
       {"no surface or profile (union type 0)", payload(payloads::Union(0, false))},
       {"no surface or profile (union type 3)", payload(payloads::Union(3, false))},
-      {"no surface or profile (union type 9)", payload(payloads::Union(9, true))},
       {"no surface or profile (union type 3)", payload(payloads::NestedArray())},
-      {"array of 1 x 3 items", payload(payloads::Surface({.width = 3}))},
       {"array of 2 x 65537 items", payload(payloads::Surface({.width = 65537, .length = 2}))},
       // 2^31 x 2^31 heights wrap to none in 32 bits, and in 64 bits with their size.
       {"items of 2 bytes holds 0 bytes",

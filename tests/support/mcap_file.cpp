@@ -4,21 +4,19 @@
 #include <lz4frame.h>
 #include <zstd.h>
 
+#include "support/scans.h"
+
 namespace mcap {
 
 namespace {
 
 std::string Compress(const std::string& records, const std::string& compression) {
-  std::string out;
-  if (compression == "lz4") {
-    out.resize(LZ4F_compressFrameBound(records.size(), nullptr));
-    out.resize(LZ4F_compressFrame(out.data(), out.size(), records.data(), records.size(), nullptr));
-  } else if (compression == "zstd") {
-    out.resize(ZSTD_compressBound(records.size()));
-    out.resize(ZSTD_compress(out.data(), out.size(), records.data(), records.size(), 1));
-  } else {
-    out = records;
-  }
+  if (compression != "lz4" && compression != "zstd") return records;
+  const bool lz4 = compression == "lz4";
+  const zSize size = records.size();
+  std::string out(lz4 ? LZ4F_compressFrameBound(size, nullptr) : ZSTD_compressBound(size), '\0');
+  out.resize(lz4 ? LZ4F_compressFrame(out.data(), out.size(), records.data(), size, nullptr)
+                 : ZSTD_compress(out.data(), out.size(), records.data(), size, 1));
   return out;
 }
 
@@ -50,9 +48,7 @@ std::string Chunk(const std::string& records, const std::string& compression, z6
 
 zBytes Bare(const std::string& records) {
   const std::string magic("\x89MCAP0\r\n", 8);
-  const std::string file = magic + records + magic;
-  const auto* bytes = reinterpret_cast<const z8u*>(file.data());
-  return {bytes, bytes + file.size()};
+  return ToBytes(magic + records + magic);
 }
 
 zBytes File(const std::string& records) {

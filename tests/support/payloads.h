@@ -17,8 +17,10 @@ struct Shape {
   trelvane::PointType pointType = trelvane::PointType::Height;
 };
 
-inline flatbuffers::Offset<trelvane::ScanMessage> Surface(flatbuffers::FlatBufferBuilder& builder,
-                                                          const Shape& shape) {
+using Builder = flatbuffers::FlatBufferBuilder;
+using Offset = flatbuffers::Offset<trelvane::ScanMessage>;
+
+inline Offset Surface(Builder& builder, const Shape& shape) {
   const auto points = builder.CreateVector(shape.points);
   flatbuffers::Offset<flatbuffers::Vector<unsigned char>> intensities;
   if (!shape.intensities.empty()) intensities = builder.CreateVector(shape.intensities);
@@ -27,20 +29,24 @@ inline flatbuffers::Offset<trelvane::ScanMessage> Surface(flatbuffers::FlatBuffe
   return trelvane::CreateScanMessage(builder, trelvane::ScanData::Surface, surface.Union());
 }
 
-inline std::string Finish(flatbuffers::FlatBufferBuilder& builder,
-                          flatbuffers::Offset<trelvane::ScanMessage> message) {
+inline Offset Array(Builder& builder, const std::vector<Offset>& items) {
+  const auto array = trelvane::CreateArray(builder, builder.CreateVector(items));
+  return trelvane::CreateScanMessage(builder, trelvane::ScanData::Array, array.Union());
+}
+
+inline std::string Finish(Builder& builder, Offset message) {
   trelvane::FinishScanMessageBuffer(builder, message);
   return {reinterpret_cast<const char*>(builder.GetBufferPointer()), builder.GetSize()};
 }
 
 inline std::string Surface(const Shape& shape = {}) {
-  flatbuffers::FlatBufferBuilder builder;
+  Builder builder;
   return Finish(builder, Surface(builder, shape));
 }
 
 inline std::string Profile(unsigned count, const std::vector<short>& points,
                            trelvane::PointType pointType) {
-  flatbuffers::FlatBufferBuilder builder;
+  Builder builder;
   const auto profile =
       trelvane::CreateProfile(builder, count, pointType, builder.CreateVector(points));
   return Finish(builder,
@@ -49,32 +55,22 @@ inline std::string Profile(unsigned count, const std::vector<short>& points,
 
 // An array that names the same surface `count` times.
 inline std::string RepeatedItem(std::size_t count, const Shape& shape) {
-  flatbuffers::FlatBufferBuilder builder;
-  const std::vector<flatbuffers::Offset<trelvane::ScanMessage>> items(count,
-                                                                      Surface(builder, shape));
-  const auto array = trelvane::CreateArray(builder, builder.CreateVector(items));
-  return Finish(builder,
-                trelvane::CreateScanMessage(builder, trelvane::ScanData::Array, array.Union()));
+  Builder builder;
+  return Finish(builder, Array(builder, std::vector(count, Surface(builder, shape))));
 }
 
 inline std::string NestedArray() {
-  flatbuffers::FlatBufferBuilder builder;
-  auto message = Surface(builder, {});
-  for (int depth = 0; depth < 2; ++depth) {
-    const auto array = trelvane::CreateArray(builder, builder.CreateVector(&message, 1));
-    message = trelvane::CreateScanMessage(builder, trelvane::ScanData::Array, array.Union());
-  }
-  return Finish(builder, message);
+  Builder builder;
+  return Finish(builder, Array(builder, {Array(builder, {Surface(builder, {})})}));
 }
 
 // A message whose union says `type` and points to a surface, or to nothing.
 inline std::string Union(unsigned char type, bool data) {
-  flatbuffers::FlatBufferBuilder builder;
+  Builder builder;
   flatbuffers::Offset<void> surface;
   if (data) surface = trelvane::CreateSurface(builder).Union();
-  const auto message =
-      trelvane::CreateScanMessage(builder, static_cast<trelvane::ScanData>(type), surface);
-  return Finish(builder, message);
+  return Finish(builder, trelvane::CreateScanMessage(builder, static_cast<trelvane::ScanData>(type),
+                                                     surface));
 }
 
 }  // namespace payloads

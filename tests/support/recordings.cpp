@@ -54,8 +54,7 @@ Handle MakeProfile(zType pointType, int seed) {
   Handle profile;
   MustBeOk(MxProfileMsg_Construct(profile.Out(), pointType, 1, 7, DefaultAlloc()));
   Fill(MxProfileMsg_PointsArray(profile.Get(), 0), seed + 5);
-  const zPoint3d64f offset{-1, 0, 1e300};
-  const zPoint3d64f scale{0.25, 1, 0.5};
+  const zPoint3d64f offset{-1, 0, 1e300}, scale{0.25, 1, 0.5};
   const BoundingBox6 box{{-1, -2, -3}, {1, 0, 2}};
   MustBeOk(MxProfileMsg_SetOffset(profile.Get(), &offset));
   MustBeOk(MxProfileMsg_SetScale(profile.Get(), &scale));
@@ -81,11 +80,11 @@ std::string Describe(MxMsg message) {
   const MxKind kind = MxMsg_Kind(message);
   if (kind == MxKind::none) return "none";
   if (kind == MxKind::array) {
-    out << "array of " << MxArrayMsg_Count(message);
+    std::string text = "array of " + std::to_string(MxArrayMsg_Count(message));
     for (zSize i = 0; i < MxArrayMsg_Count(message); ++i) {
-      out << "\n  " << Describe(MxArrayMsg_At(message, i));
+      text += "\n  " + Describe(MxArrayMsg_At(message, i));
     }
-    return out.str();
+    return text;
   }
   const auto describe = [&](const auto& offset, const auto& scale, const auto& box,
                             const auto& points, const auto& intensities) {
@@ -104,10 +103,9 @@ std::string Describe(MxMsg message) {
     describe(MxProfileMsg_Offset, MxProfileMsg_Scale, MxProfileMsg_BoundingBox,
              MxProfileMsg_PointsArray, MxProfileMsg_IntensityArray);
   }
-  const MxStamp& stamp = *MxDataMsg_Stamp(message);
-  out << " stamp " << stamp.frame << ' ' << stamp.time << ' ' << stamp.encoder << ' '
-      << stamp.zEncoder << ' ' << stamp.inputs;
-  for (const auto word : stamp.reserved) out << ' ' << word;
+  const auto& [frame, time, encoder, zEncoder, inputs, reserved] = *MxDataMsg_Stamp(message);
+  out << " stamp " << frame << ' ' << time << ' ' << encoder << ' ' << zEncoder << ' ' << inputs;
+  for (const auto word : reserved) out << ' ' << word;
   return out.str();
 }
 
@@ -167,9 +165,9 @@ std::string ReadRecording(const zBytes& stream) {
   std::ostringstream out;
   for (const Plovia::ReplayScannerInfo& scanner : serializer.ReadScannerInfo()) {
     out << "scanner " << scanner.family << '|' << scanner.id << '|' << scanner.displayName << '\n';
-    for (const ReplaySourceInfo& source : scanner.sources) {
-      out << "source " << source.name << '|' << source.displayName << '|' << source.dataType << '|'
-          << int{source.arrayed} << '|' << source.reserved << '\n';
+    for (const auto& [name, displayName, dataType, arrayed, reserved] : scanner.sources) {
+      out << "source " << name << '|' << displayName << '|' << dataType << '|' << int{arrayed}
+          << '|' << reserved << '\n';
     }
   }
   ForEachFrame(serializer, [&](z64u, z32u index, const Plovia::ReplayFrame& frame) {

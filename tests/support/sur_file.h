@@ -27,17 +27,13 @@ void Set(zBytes& bytes, zSize offset, Number value) {
 }  // namespace sur
 
 struct SurFile {
-  z32s width = 3;
-  z32s length = 2;
+  z32s width = 3, length = 2;
   std::vector<z32s> samples{10, 11, 12, 20, 21, 22};
   z16s bits = 16;  // the samples are written with 32 bits or with 16
   z16s flag = 0;   // special points
-  z32s zMin = 0;
-  z32s zMax = 0;
-  zPoint3d32f spacing{0.5F, 0.25F, 0.125F};
-  zPoint3d32f offset{1, 2, 3};
-  z16s commentSize = 0;  // bytes of the zones before the samples
-  z16s privateSize = 0;
+  z32s zMin = 0, zMax = 0;
+  zPoint3d32f spacing{0.5F, 0.25F, 0.125F}, offset{1, 2, 3};
+  z16s commentSize = 0, privateSize = 0;  // bytes of the zones before the samples
 
   zBytes Bytes() const;
 };

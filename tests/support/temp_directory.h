@@ -18,7 +18,6 @@ class TempDirectory {
     std::filesystem::current_path(path_ = mkdtemp(name.data()));
   }
   TempDirectory(const TempDirectory&) = delete;
-  TempDirectory& operator=(const TempDirectory&) = delete;
   ~TempDirectory() {
     std::filesystem::current_path(before_);
     std::error_code ignored;

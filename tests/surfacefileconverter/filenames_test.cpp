@@ -10,15 +10,10 @@ namespace {
 using testing::ElementsAre;
 
 TEST(FileNames, AreMadeFromTheStemOfABasePath) {
-  EXPECT_EQ(GetIndexFileName("out.sur", "Top", 7, ""), "out-Top-0007.sur");
   EXPECT_EQ(GetIndexFileName("a.b.sur", "Top", 10000, "S 0"), "a.b-Top-10000_S 0.sur");
   EXPECT_EQ(GetIndexFileName("out.sur", "Top", -5, ""), "out-Top-00-5.sur");
   EXPECT_EQ(GetIndexFileName("data.7/scan", "Top", 1, "T"), "data-Top-0001_T.7/scan");
-  EXPECT_EQ(GetIndexFileName(".", "Top", 0, ""), "-Top-0000.");
-  EXPECT_THAT(GetIncrementalIndexFileNames("o.sur", 2, "Array", "T"),
-              ElementsAre("o-Array-0000_T.sur", "o-Array-0001_T.sur"));
   EXPECT_THAT(GetIncrementalIndexFileNames("no dot", 0, "Array", "T"), ElementsAre("no dot"));
-  EXPECT_THAT(GetAppendedFileNames("o.csv", {"A", ""}), ElementsAre("o_A.csv", "o_.csv"));
   EXPECT_THAT(GetAppendedFileNames("no dot", {}), ElementsAre());
   const std::string message = ": Failed to parse the extension of the input filename";
   EXPECT_EQ(Thrown([] { GetIndexFileName("", "T", 0, ""); }), "-997 GetIndexFileName" + message);

@@ -110,8 +110,8 @@ class ReplaySerializer {
   // The same for a stream that may be damaged: what is wrong is added to the problems, up to
   // kMostReplayProblems in all, and the reading goes on after it where it can. So it does in
   // ReadData, where a message that is damaged becomes an empty handle, until there are as many
-  // problems; then it throws. What the indexes and the summary say is verified too. Throws from
-  // here only where there is no memory. The list must outlive the last read.
+  // problems; then either of them throws. What the indexes and the summary say is verified too.
+  // The list must outlive the last read.
   void LoadDamaged(std::span<const z8u> replay, std::vector<ReplayProblem>& problems);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;

@@ -3,13 +3,13 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <regex>
 
 #include "support/csv_export.h"
 
 namespace {
 
 using testing::EndsWith;
-using testing::HasSubstr;
 
 const Member kJob = MakeJob(MakeScannerConfig().dump());
 const ReplaySourceInfo kTop{"Top", "Top", 14, 0, 0};
@@ -40,45 +40,35 @@ Handle MakeProfileOf(const std::vector<Item>& points, const std::vector<z8u>& in
   return Stamped(profile);
 }
 
-// A CSV file with "\n" for its line ends, which are all CR LF.
-std::string Csv(const std::string& name = "out.csv") {
-  std::string text = ReadFile(name);
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) {
-    EXPECT_TRUE(at > 0 && text[at - 1] == '\r') << name;
-    text.erase(at - 1, 1);
-  }
-  return text;
+// With the line ends of CSV files.
+std::string Lines(const std::string& text) {
+  return std::regex_replace(text, std::regex("\n"), "\r\n");
 }
-std::string Expected(const std::string& name) { return ReadFile(TEST_DATA_DIR "/" + name); }
+std::string Expected(const std::string& name) { return Lines(ReadFile(TEST_DATA_DIR "/" + name)); }
 
+// Each source is shown as what it is, whatever the last one is.
 TEST(SurfaceCsv, IsWrittenToTheByte) {
   const TempDirectory directory;
   const Handle surface =
       Stamped(MakeSurface(3, 2, {-32768, 32767, -3, 0, 1, -32768}, {0.5, 2, 0.1}, {-1, 1, 0.25}),
               {~z64u{0}, ~z64u{0}, -3, -4, 0x1BEEF, {}});
-  ASSERT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
-  EXPECT_EQ(Csv(), Expected("surface.csv"));
   const Handle cloud = Stamped(MakeCloudOf(
       2, 3, {{1, 2, 3}, {-32768, 0, 0}, {0, -32768, 0}, {0, 0, -32768}, {5, 6, 7}, {-1, 0, 0}},
       {0.5, 1, 0.001}, {0, -1, 100000}));
-  ASSERT_EQ(ExportCsv(kJob, {kCloud}, {{cloud}}), "out.csv ");
-  EXPECT_EQ(Csv(), Expected("cloud.csv"));
-  // Each source is shown as what it is, whatever the last one is.
   ASSERT_EQ(ExportCsv(kJob, {kTop, kCloud}, {{surface, cloud}}),
             "out-Frame-0000_Top.csv out-Frame-0000_Cloud.csv ");
-  EXPECT_EQ(Csv("out-Frame-0000_Top.csv"), Expected("surface.csv"));
-  EXPECT_EQ(Csv("out-Frame-0000_Cloud.csv"), Expected("cloud.csv"));
+  EXPECT_EQ(ReadFile("out-Frame-0000_Top.csv"), Expected("surface.csv"));
+  EXPECT_EQ(ReadFile("out-Frame-0000_Cloud.csv"), Expected("cloud.csv"));
 }
 
 TEST(SurfaceCsv, WritesOddSizes) {
   const TempDirectory directory;
   const auto expect = [](const Handle& surface, const char* end) {
     EXPECT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
-    EXPECT_THAT(Csv(), EndsWith(end));
+    EXPECT_THAT(ReadFile("out.csv"), EndsWith(Lines(end)));
   };
   expect(MakeSurface(0, 2, {}), ",2,0,0,0,0\nY\\X,0,1,End\n");  // a line without columns has no end
   expect(MakeSurface(2, 0, {}), ",0,2,0,0,0\nY\\X,0,1\nEnd\n");
-  expect(MakeSurface(1, 1, {7}), ",1,1,0,0,0\nY\\X,0\n0,7\nEnd\n");
   // A scale that makes 0 x infinity: no sign is shown.
   constexpr z64f kInfinity = std::numeric_limits<z64f>::infinity();
   expect(MakeSurface(2, 1, {1, 2}, {kInfinity, 1, 1}), "Y\\X,nan,inf\n0,1,2\nEnd\n");
@@ -101,11 +91,11 @@ TEST(SurfaceCsv, WritesEachRawValueAsItsOwnText) {
       heights.push_back(raw);
       if (i % 512 == 0) expected += Orv::Format("%.6g,", i / 512 * scale + 0.0);
       if (raw != -32768) expected += Orv::Format("%.6g", raw * scale + 0.0);
-      expected += i % 512 == 511 ? "\n" : ",";
+      expected += i % 512 == 511 ? "\r\n" : ",";
     }
     const Handle surface = MakeSurface(512, 256, heights, {scale, scale, scale});
     ASSERT_EQ(ExportCsv(kJob, {kTop}, {{surface}}), "out.csv ");
-    EXPECT_TRUE(Csv().ends_with("\n" + expected + "End\n")) << scale;
+    EXPECT_TRUE(ReadFile("out.csv").ends_with("\n" + expected + "End\r\n")) << scale;
   }
 }
 
@@ -116,75 +106,54 @@ TEST(ProfileCsv, IsWrittenToTheByte) {
   const Handle longer =
       Stamped(MakeProfileOf<z16s>({1, 2, 3, 4}), {~z64u{0}, ~z64u{0}, -1, -1, ~z64u{0}, {}});
   ASSERT_EQ(ExportCsv(kJob, {kLine}, {{first}, {other}, {longer}}), "out.csv ");
-  EXPECT_EQ(Csv(), Expected("profile.csv"));
+  EXPECT_EQ(ReadFile("out.csv"), Expected("profile.csv"));
   const Handle trace = MakeProfileOf<zPoint16s>({{1, 2}, {-32768, 0}, {3, -32768}, {-2, 4}});
   const Handle shorter = MakeProfileOf<zPoint16s>({{2, 0}}, {200});
-  ASSERT_EQ(ExportCsv(kJob, {kTrace}, {{trace}, {shorter}}), "out.csv ");
-  EXPECT_EQ(Csv(), Expected("trace.csv"));
-  // No points at all: no line has an end.
-  ASSERT_EQ(ExportCsv(kJob, {kTrace}, {{MakeProfileOf<zPoint16s>({})}}), "out.csv ");
-  EXPECT_THAT(Csv(), EndsWith("Axis,1,0,2,-3,-4,48879,10,0,X,1,0,2,-3,-4,48879,10,0,Z,End\n\n\n"));
-}
-
-TEST(ProfileCsv, IsAFileForEachSource) {
-  const TempDirectory directory;
-  const Handle line = MakeProfileOf<z16s>({4});
-  const Handle trace = MakeProfileOf<zPoint16s>({{1, 2}});
-  const Handle many = MakeArrayOf({MakeProfileOf<z16s>({8}), line});
-  EXPECT_EQ(
-      ExportCsv(kJob, {kLine, kTop, kMany, kTrace}, {{line, MakeSurface(1, 1, {1}), many, trace}}),
-      "out_Line.csv out_Many.csv out_Trace.csv ");
-  EXPECT_THAT(Csv("out_Line.csv"), EndsWith("Z,0\nEnd\n\n\n"));
-  EXPECT_THAT(Csv("out_Many.csv"), EndsWith("Z,1\nEnd\n\n\n"));
-  EXPECT_THAT(Csv("out_Trace.csv"), HasSubstr("\nRawProfile\n"));
+  const Handle surface = MakeSurface(1, 1, {1});
+  const Handle many = MakeArrayOf({MakeProfileOf<z16s>({8}), first});
+  // A file for each source of profiles; one without points has no line with an end.
+  ASSERT_EQ(ExportCsv(kJob, {kLine, kTop, kMany, kTrace},
+                      {{MakeProfileOf<z16s>({}), surface, many, trace},
+                       {MakeProfileOf<z16s>({}), surface, many, shorter}}),
+            "out_Line.csv out_Many.csv out_Trace.csv ");
+  EXPECT_THAT(ReadFile("out_Line.csv"), EndsWith(Lines(",Axis,1,0,2,-3,-4,48879,10,0,Z,"
+                                                       "1,0,2,-3,-4,48879,10,0,Z,End\n\n\n")));
+  EXPECT_THAT(ReadFile("out_Many.csv"), EndsWith(Lines("Z,1\nEnd\n\n\n")));
+  EXPECT_EQ(ReadFile("out_Trace.csv"), Expected("trace.csv"));
 }
 
 TEST(CsvExport, FailsForMessagesThatAreMissingOrOfAnotherKind) {
-  const std::string ofSurfaces =
-      "-996 SurfaceFileConverter::writeMsgToCsv: Unimplemented conversion";
   const std::string profiles = " SurfaceFileConverter::writeProfileMsgsToCsv: ";
   const std::string wrongType = "-997" + profiles + "The message's type is not right";
-  const std::string empty = "0" + profiles + "The arrayed message is empty";
   const Handle surface = MakeSurface(1, 1, {1});
   const Handle line = MakeProfileOf<z16s>({4});
-  const Handle trace = MakeProfileOf<zPoint16s>({{1, 2}});
-  const auto error = [](const ReplaySourceInfo& source,
-                        const std::vector<Plovia::ReplayFrame>& frames) {
-    const TempDirectory directory;
-    const std::string told = ExportCsv(kJob, {source}, frames, true);
-    EXPECT_EQ(directory.Files(), std::set<std::string>{"in.ovrec"}) << told;
-    return told;
-  };
-  EXPECT_EQ(error(kTop, {{line}}), ofSurfaces);
-  EXPECT_EQ(error(kTop, {{MakeArrayOf({surface})}}), ofSurfaces);
-  EXPECT_EQ(error(kLine, {{surface}}), wrongType);
-  EXPECT_EQ(error(kLine, {{MakeArrayOf({line})}}), wrongType);
-  EXPECT_EQ(error(kLine, {{line}, {trace}}), wrongType);
-  EXPECT_EQ(error(kLine, {{line}, {}}), "-997" + profiles + "The input msg is empty");
-  EXPECT_EQ(error(kMany, {{MakeArrayOf({})}}), empty);
-  EXPECT_EQ(error(kMany, {{MakeArrayOf({line})}, {line}}), empty);
-  EXPECT_EQ(error(kMany, {{MakeArrayOf({surface})}}), wrongType);
   // Half a megabyte that asks for 600 million empty cells.
   std::vector<Plovia::ReplayFrame> bomb(2401, {MakeProfileOf<z16s>({})});
   bomb[0] = {MakeProfileOf(std::vector<z16s>(1 << 18))};
-  EXPECT_EQ(error(kLine, bomb),
-            "-997" + profiles + "The first profile has too many points more than the others");
-  // Only an archive has a job.
-  const TempDirectory directory;
-  WriteFile("in.rep", WriteRecording(MakeScanner(), {MakeFrame(1)}, false));
-  SurfaceFileConverter converter;
-  converter.importFile("in.rep");
-  EXPECT_EQ(Thrown([&] { converter.exportFile("out.csv"); }),
-            "-997 SurfaceFileConverter::parseCSVInfoFields: The import file type is not OVREC");
-}
-
-TEST(CsvExport, SaysWhichFileCannotBeWritten) {
+  const struct {
+    ReplaySourceInfo source;
+    std::vector<Plovia::ReplayFrame> frames;
+    std::string error;
+  } rows[] = {
+      {kTop, {{line}}, "-996 SurfaceFileConverter::writeMsgToCsv: Unimplemented conversion"},
+      {kLine, {{surface}}, wrongType},
+      {kLine, {{line}, {MakeProfileOf<zPoint16s>({{1, 2}})}}, wrongType},
+      {kLine, {{line}, {}}, "-997" + profiles + "The input msg is empty"},
+      {kMany, {{MakeArrayOf({line})}, {line}}, "0" + profiles + "The arrayed message is empty"},
+      {kLine, bomb,
+       "-997" + profiles + "The first profile has too many points more than the others"},
+  };
+  for (const auto& row : rows) {
+    const TempDirectory directory;
+    EXPECT_EQ(ExportCsv(kJob, {row.source}, row.frames, true), row.error);
+    EXPECT_EQ(directory.Files(), std::set<std::string>{"in.ovrec"}) << row.error;
+  }
   const TempDirectory directory;
   std::filesystem::create_directory("out.csv");
-  EXPECT_EQ(ExportCsv(kJob, {kTop}, {{MakeSurface(1, 1, {1})}}),
+  EXPECT_EQ(ExportCsv(kJob, {kTop}, {{surface}}),
             "0 SurfaceFileConverter::writeMsgToCsv: Failed to create the file - out.csv");
-  EXPECT_EQ(ExportCsv(kJob, {kLine}, {{MakeProfileOf<z16s>({4})}}),
-            "0 SurfaceFileConverter::writeProfileMsgsToCsv: Failed to create the file - out.csv");
+  EXPECT_EQ(ExportCsv(kJob, {kLine}, {{line}}),
+            "0" + profiles + "Failed to create the file - out.csv");
 }
 
 }  // namespace

@@ -15,7 +15,6 @@ namespace {
 
 constexpr z32s kMin32 = std::numeric_limits<z32s>::min();
 constexpr z32s kMax32 = std::numeric_limits<z32s>::max();
-constexpr z32f kInf = std::numeric_limits<z32f>::infinity();
 
 using Heights = std::vector<z16s>;
 
@@ -32,10 +31,10 @@ Loaded Load(const zBytes& bytes, bool profile = false) {
   return loaded;
 }
 
-SurFile Samples(z16s bits, const std::vector<z32s>& samples, z16s flag, z32s zMin, z32s zMax,
-                z32f spacing = 1, z32f offset = 0) {
+SurFile Long(const std::vector<z32s>& samples, z16s flag, z32s zMin, z32s zMax, z32f spacing = 1,
+             z32f offset = 0) {
   SurFile file = SurRow(samples);
-  file.bits = bits;
+  file.bits = 32;
   file.flag = flag;
   file.zMin = zMin;
   file.zMax = zMax;
@@ -44,11 +43,9 @@ SurFile Samples(z16s bits, const std::vector<z32s>& samples, z16s flag, z32s zMi
   return file;
 }
 SurFile Short(z16s flag, z32s zMin) {
-  return Samples(16, {-32768, -5, 4, 5, 32767}, flag, zMin, 0);
-}
-SurFile Long(const std::vector<z32s>& samples, z16s flag, z32s zMin, z32s zMax, z32f spacing = 1,
-             z32f offset = 0) {
-  return Samples(32, samples, flag, zMin, zMax, spacing, offset);
+  SurFile file = Long({-32768, -5, 4, 5, 32767}, flag, zMin, 0);
+  file.bits = 16;
+  return file;
 }
 
 void ExpectHeights(const char* what, const SurFile& file, const Heights& heights, z32f spacing = 1,
@@ -65,11 +62,9 @@ void ExpectHeights(const char* what, const SurFile& file, const Heights& heights
 TEST(DigitalSurf, FoldsSamplesIntoHeightsSpacingAndOffset) {
   const Heights measured{-32768, -32768, -32768, 5, 32767}, all{-32768, -5, 4, 5, 32767};
   ExpectHeights("below the minimum", Short(1, 5), measured);
-  ExpectHeights("no flag", Short(0, 5), all);
   ExpectHeights("another flag", Short(2, 5), all);
   ExpectHeights("minimum with the low half 5", Short(1, 65541), measured);
   ExpectHeights("minimum with the low half -5", Short(1, 65531), all);
-  ExpectHeights("short profile", Short(1, 5), measured, 1, 0, true);
 
   constexpr z32f kSteps = 65532;
   ExpectHeights("narrow range", Long({-5, 0, 7}, 0, -5, 7, 0.5F, 3), {-5, 0, 7}, 0.5F, 3);
@@ -98,8 +93,7 @@ TEST(DigitalSurf, FoldsSamplesIntoHeightsSpacingAndOffset) {
                 {-32766, 32766}, 140000 / kSteps);
   ExpectHeights("no samples", Long({}, 0, 5, 0, 1, 2), {}, 1, 2);
   ExpectHeights("spacing 0", Long({-70000, 5}, 0, kMin32, 0, 0, 1), {0, 0}, 0, 1);
-  ExpectHeights("spacing infinite", Long({1, 5}, 0, 0, 0, kInf, 1), {0, 0}, kInf, 1);
-  ExpectHeights("offset infinite", Long({1, 5}, 0, 0, 0, 1, kInf), {0, 0}, 1, kInf);
+  ExpectHeights("offset infinite", Long({1, 5}, 0, 0, 0, 1, INFINITY), {0, 0}, 1, INFINITY);
   // The lowest sample that counts is the header's only where the flag says so.
   ExpectHeights("profile without the flag", Long({0, 31130, 65536}, 0, 10, 20),
                 {-32766, -1638, 32766}, 65536 / kSteps, 32768, true);
@@ -116,9 +110,8 @@ TEST(DigitalSurf, HasZonesBeforeTheSamples) {
     z16s comment, privateZone;
     zSize samplesAt;  // 0: refused
   } cases[] = {
-      {10, 0, 522},  {0, 7, 519},   {300, 200, 1012},  {10, -5, 517},
-      {-5, 10, 517}, {-5, -5, 512}, {-1, 0, 512},      {600, -600, 512},
-      {1, -512, 1},  {1, -514, 0},  {32767, 32767, 0}, {32767, -32768, 511},
+      {10, 0, 522},  {0, 7, 519},  {300, 200, 1012}, {10, -5, 517},     {-5, 10, 517},
+      {-5, -5, 512}, {1, -512, 1}, {1, -514, 0},     {32767, 32767, 0}, {32767, -32768, 511},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.comment << " and " << c.privateZone);
@@ -130,7 +123,6 @@ TEST(DigitalSurf, HasZonesBeforeTheSamples) {
     const Loaded loaded = Load(bytes);
     ASSERT_EQ(loaded.status, c.samplesAt == 0 ? zERROR_STREAM : zOK);
     if (c.samplesAt == 0) continue;
-    EXPECT_EQ(loaded.Points()[0], sur::Get<z16s>(bytes, c.samplesAt));
     EXPECT_EQ(loaded.Points()[5], sur::Get<z16s>(bytes, c.samplesAt + 10));
   }
 }
@@ -143,10 +135,8 @@ TEST(DigitalSurf, IsRefusedWithAnotherSignatureOrCutAtAnyPlace) {
     EXPECT_EQ(Load(First(bytes, 12)).status, kRefused) << text;  // nothing after it is read
   }
   EXPECT_EQ(Load({}, true).status, kMissing);
-  for (const z16s bits : {z16s{16}, z16s{32}}) {
-    for (const bool profile : {false, true}) {
-      SurFile file = SurRow({10, 11, 12});
-      file.bits = bits;
+  for (const bool profile : {false, true}) {
+    for (SurFile file : {Short(0, 0), Long({10, 11, 12}, 0, 0, 0)}) {
       file.commentSize = 7;
       file.privateSize = 5;
       zBytes bytes = file.Bytes();
@@ -171,16 +161,14 @@ TEST(DigitalSurf, TakesOnlySizesThatTheFileHolds) {
       {45, 1, zERROR_STREAM},
       {65536, 65536, zERROR_STREAM},  // 2^32 points
       {kMax32, kMax32, zERROR_STREAM},
-      {-1, -1, zERROR_PARAMETER},
       {kMin32, kMin32, zERROR_PARAMETER},
       {1, -1, zERROR_PARAMETER},
-      {kMin32, 0, zERROR_PARAMETER},
       {-1, 1, zERROR_PARAMETER, true},
       {kMax32, 1, zERROR_STREAM, true},
   };
   SurFile file;
   for (const auto& c : cases) {
-    for (const int bits : {16, 32, 0, 1, -1, 8, 17, 31, 33, 64, -16, -32768, 32767}) {
+    for (const int bits : {16, 32, 0, 8, 17, 33, 64, -16}) {
       SCOPED_TRACE(testing::Message() << c.width << " x " << c.length << ", " << bits << " bits");
       file.width = c.width;
       file.length = c.length;

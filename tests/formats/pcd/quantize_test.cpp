@@ -16,35 +16,30 @@ namespace {
 using Limits = std::numeric_limits<z32f>;
 using Floats = std::vector<z32f>;
 
-struct Quantized {
-  std::vector<z16s> raws;      // x, y, z of each point
-  std::vector<z64u> placings;  // bits of scale and offset, axis by axis
+// The raw values x, y, z of each point; then the bits of scale and offset, axis by axis.
+using Quantized = std::vector<z64s>;
 
-  void Place(z64f scale, z64f offset) {
-    for (const z64f number : {scale, offset}) {
-      placings.push_back(std::bit_cast<z64u>(std::isnan(number) ? 0.5 : number));
-    }
+void Place(Quantized& result, z64f scale, z64f offset) {
+  for (const z64f number : {scale, offset}) {
+    result.push_back(std::bit_cast<z64s>(std::isnan(number) ? 0.5 : number));
   }
-  bool operator==(const Quantized&) const = default;
-};
+}
 
 z16s PlainRaw(z64f step) {
   const z64f rounded = std::trunc(step + std::copysign(0.5, step));
-  if (!(std::abs(rounded) < 0x1p63)) return 0;
-  return std::bit_cast<z16s>(static_cast<z16u>(static_cast<z64u>(static_cast<z64s>(rounded))));
+  return std::abs(rounded) < 0x1p63 ? static_cast<z16s>(static_cast<z64s>(rounded)) : z16s{0};
 }
 
 Quantized Plain(const std::vector<Floats>& points, const PcdOptions& options) {
   const auto finite = [](const Floats& p) {
-    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
+    return std::ranges::all_of(p, [](z32f value) { return std::isfinite(value); });
   };
   const zPoint3d64f no = options.invalidPoint.value_or(zPoint3d64f{NAN, NAN, NAN});
   const auto invalid = [&](const Floats& p) {
-    const auto same = [](z32f value, z64f other) { return static_cast<z64f>(value) == other; };
-    return same(p[0], no.x) || same(p[1], no.y) || same(p[2], no.z);
+    return z64f{p[0]} == no.x || z64f{p[1]} == no.y || z64f{p[2]} == no.z;
   };
   const auto zoom = static_cast<z32f>(*options.zoom);
-  Quantized result{std::vector<z16s>(3 * points.size(), kInvalidRaw), {}};
+  Quantized result(3 * points.size(), kInvalidRaw);
   for (zSize axis = 0; axis < 3; ++axis) {
     z32f lowest = Limits::max();
     z32f highest = -Limits::max();
@@ -53,15 +48,13 @@ Quantized Plain(const std::vector<Floats>& points, const PcdOptions& options) {
       lowest = std::min(lowest, p[axis]);
       highest = std::max(highest, p[axis]);
     }
-    const z32f sum = highest * zoom + lowest * zoom;
-    const z32f difference = highest * zoom - lowest * zoom;
-    const z64f offset = static_cast<z64f>(sum) * 0.5;
-    const z64f scale = static_cast<z64f>(difference) * 0.5 / 32767;
-    result.Place(scale, offset);
+    const z64f offset = static_cast<z64f>(highest * zoom + lowest * zoom) * 0.5;
+    const z64f scale = static_cast<z64f>(highest * zoom - lowest * zoom) * 0.5 / 32767;
+    Place(result, scale, offset);
     for (zSize i = 0; i < points.size(); ++i) {
       const Floats& p = points[i];
       if (!finite(p) || invalid(p)) continue;
-      result.raws[3 * i + axis] = PlainRaw((static_cast<z64f>(p[axis] * zoom) - offset) / scale);
+      result[3 * i + axis] = PlainRaw((static_cast<z64f>(p[axis] * zoom) - offset) / scale);
     }
   }
   return result;
@@ -72,25 +65,21 @@ Quantized Vectorised(const std::vector<Floats>& points, const PcdOptions& option
                      zVectors vectors) {
   PcdCloud layout;
   layout.stride = 17;
-  layout.x = 5;
-  layout.y = 13;
-  layout.z = 1;
+  layout.x = 1;
+  layout.y = 5;
+  layout.z = 9;
   std::vector<z8u> bytes(layout.stride * points.size());
-  z8u* record = bytes.data();
-  for (const Floats& point : points) {
-    std::memcpy(record + layout.x, &point[0], sizeof(z32f));
-    std::memcpy(record + layout.y, &point[1], sizeof(z32f));
-    std::memcpy(record + layout.z, &point[2], sizeof(z32f));
-    record += layout.stride;
+  for (zSize i = 0; i < points.size(); ++i) {
+    std::memcpy(&bytes[i * layout.stride + layout.x], points[i].data(), 3 * sizeof(z32f));
   }
   Scan scan;
   std::vector<zPoint3d16s> cells(points.size());
   QuantizePoints(cells, PcdRecords(bytes.data(), layout, false), options, scan, vectors);
   Quantized result;
-  for (const auto& [x, y, z] : cells) result.raws.insert(result.raws.end(), {x, y, z});
-  result.Place(scan.scale.x, scan.offset.x);
-  result.Place(scan.scale.y, scan.offset.y);
-  result.Place(scan.scale.z, scan.offset.z);
+  for (const auto& [x, y, z] : cells) result.insert(result.end(), {x, y, z});
+  Place(result, scan.scale.x, scan.offset.x);
+  Place(result, scan.scale.y, scan.offset.y);
+  Place(result, scan.scale.z, scan.offset.z);
   return result;
 }
 
@@ -106,24 +95,20 @@ std::vector<Floats> Draw(const Floats& values, zSize count) {
 
 TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
   Floats halves = {-32767, 32767};  // one raw value a unit
-  Floats uniform, anyBits;
+  Floats anyBits;
   std::mt19937 random(2);
   for (int i = -2000; i < 2000; ++i) {
     const z32f half = 8 * static_cast<z32f>(i) + 0.5F;
     for (const z32f to : {-1e9F, half, 1e9F}) halves.push_back(std::nextafter(half, to));
-    uniform.push_back(static_cast<z32f>(random()) * 0x1p-31F - 1);
     anyBits.push_back(std::bit_cast<z32f>(static_cast<z32u>(random())));
   }
-  const z32f tiny = Limits::denorm_min();
-  const z32f huge = Limits::max();
-  const z32f inf = Limits::infinity();
-  const z32f nan = Limits::quiet_NaN();
+  constexpr z32f tiny = Limits::denorm_min(), huge = Limits::max(), inf = Limits::infinity(),
+                 nan = Limits::quiet_NaN();
   const struct {
     const char* what;
     Floats values;
   } cases[] = {
       {"halves", halves},
-      {"uniform", uniform},
       {"any bits", anyBits},
       {"not finite", {1, nan, inf, -inf, 2, -nan}},
       {"nothing finite", {nan, inf}},
@@ -134,22 +119,18 @@ TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
       {"zeros, the positive one first", {0.0F, -0.0F}},
       {"zero as an extreme", {5, 0.0F, -0.0F, 1}},
       {"flat", {3.5F}},
-      {"far from zero", {1e6F, 1e6F + 0.0625F, 1e6F + 0.125F}},
   };
-  const std::optional<zPoint3d64f> invalidPoints[] = {
-      {}, {{1, 0.1, std::numeric_limits<z64f>::quiet_NaN()}}, {{0.1, 1e300, -1e-320}}};
+  const std::optional<zPoint3d64f> invalidPoints[] = {{}, {{1, 0.1, NAN}}, {{0.1, 1e300, -1e-320}}};
   for (const auto& c : cases) {
     for (const zSize count : {1U, 511U, 1500U}) {
       const std::vector<Floats> points = Draw(c.values, count);
       for (const z32f zoom : {1.0F, 1.7F, -2.5F, 0.0F, 1e-44F, 1e30F, inf, nan}) {
         for (const auto& invalid : invalidPoints) {
-          SCOPED_TRACE(testing::Message()
-                       << c.what << ", " << points.size() << " points, zoom " << zoom);
+          SCOPED_TRACE(Orv::Format("%s, %u points, zoom %g", c.what, points.size(), zoom));
           const PcdOptions options{0, 0, false, invalid, static_cast<z64f>(zoom)};
           const Quantized plain = Plain(points, options);
-          ASSERT_EQ(Vectorised(points, options, zVectors::baseline).raws, plain.raws);
-          ASSERT_TRUE(Vectorised(points, options, zVectors::baseline) == plain);
-          ASSERT_TRUE(Vectorised(points, options, zVectors_Widest()) == plain);
+          ASSERT_EQ(Vectorised(points, options, zVectors::baseline), plain);
+          ASSERT_EQ(Vectorised(points, options, zVectors_Widest()), plain);
         }
       }
     }

@@ -55,12 +55,10 @@ TEST(RecordingFrames, AreThoseThatCanBeExported) {
   } rows[] = {
       {{Scanner({top, multi})}, {two, two}, "14 0 [Top ] 1 1", "14 0 [Top ] 2 2"},
       {{Scanner({raw, line})}, {two}, "12 1 [Line ] 1", "12 1 [Line ] 2"},
-      {{Scanner({line, top})}, {two}, "14 0 [Line Top ] 2", "14 0 [Line Top ] 2"},
       {{Scanner({cloud, next})}, {two}, "15 0 [Cloud ] 1", "15 0 [Cloud ] 2"},
       {{Scanner({top})}, {two}, countDiffers, "14 0 [Top ] 2"},
       {{Scanner({top})}, {}, noSegments, noFrames},
       {{Scanner({raw, multi})}, {two}, unsupported, unsupported},
-      {{Scanner({})}, {}, unsupported, unsupported},
       {{}, {}, noScanner, noScanner},
       {{Scanner({top}), Scanner({top})}, {two}, noScanner, noScanner},
   };
