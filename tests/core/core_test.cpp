@@ -31,32 +31,6 @@ TEST(Array, RefusesWhatCannotBe) {
   }
 }
 
-TEST(List, GrowsAndKeepsItsItems) {
-  Handle points, none;
-  MustBeOk(zArrayList_Construct(points.Out(), zType::zPoint3d32f, 0, DefaultAlloc()));
-  for (int i = 0; i < 1000; ++i) {
-    const zPoint3d32f point{static_cast<float>(i), 0, -1};
-    MustBeOk(zArrayList_Add(points.Get(), &point));
-  }
-  EXPECT_EQ(zArrayList_Count(points.Get()), 1000U);
-  EXPECT_EQ(static_cast<const zPoint3d32f*>(zArrayList_At(points.Get(), 1))->x, 1);
-  EXPECT_EQ(zArrayList_At(points.Get(), 1000), nullptr);
-  for (const zType type : {zType::zPoint3d32f, zType::zString}) {
-    EXPECT_EQ(zArrayList_Construct(none.Out(), type, ~zSize{0}, DefaultAlloc()), zERROR_MEMORY);
-  }
-}
-
-TEST(Memory, GrowsWhenWrittenAndSeeksWithinItsLength) {
-  const Handle stream = MakeStream();
-  const std::string text(5000, 'x');
-  EXPECT_EQ(zStream_Write(stream.Get(), text.data(), text.size()), zOK);
-  EXPECT_EQ(zStream_Seek(stream.Get(), 4999), zOK);
-  EXPECT_EQ(zStream_Write(stream.Get(), "yz", 2), zOK);
-  EXPECT_EQ(BytesOf(stream.Get()), ToBytes(text.substr(1) + "yz"));
-  EXPECT_EQ(zStream_Seek(stream.Get(), 5002), zERROR_STREAM);
-  EXPECT_EQ(zStream_Seek(stream.Get(), -1), zERROR_STREAM);
-}
-
 TEST(Memory, ReadsAnAttachedBufferInPlace) {
   const z16s numbers[] = {1, -2, 3};
   const Handle stream = MakeStream();

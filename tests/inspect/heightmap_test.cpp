@@ -98,16 +98,6 @@ TEST(HeightMapOfCloud, HasFineCellsForRowsInAnyDirection) {
   }
 }
 
-TEST(HeightMapOfCloud, HasNoMoreCellsThanPointsAllow) {
-  std::vector<zPoint3d16s> points;  // most of them in one corner
-  for (z16s i = 0; i < 4000; ++i) {
-    points.push_back({static_cast<z16s>(i % 63), static_cast<z16s>(i / 63), 7});
-  }
-  points.back() = {32000, 32000, 7};
-  const HeightMap map = MakeHeightMap(MakeScan(ScanKind::cloud, 80, 50, points), 1'000'000);
-  EXPECT_THAT(map.heights.size(), testing::AllOf(testing::Ge(4000U), testing::Le(8000U)));
-}
-
 TEST(HeightMap, WithstandsAnyScale) {
   for (const Scan& scan : MakeHostileScans()) {
     for (const zSize most : {1U, 1000U}) {
