@@ -16,6 +16,8 @@ namespace {
 using Limits = std::numeric_limits<z32f>;
 using Floats = std::vector<z32f>;
 
+constexpr z64f kNoNumber = std::numeric_limits<z64f>::quiet_NaN();
+
 // The raw values x, y, z of each point; then the bits of scale and offset, axis by axis.
 using Quantized = std::vector<z64s>;
 
@@ -34,9 +36,11 @@ Quantized Plain(const std::vector<Floats>& points, const PcdOptions& options) {
   const auto finite = [](const Floats& p) {
     return std::ranges::all_of(p, [](z32f value) { return std::isfinite(value); });
   };
-  const zPoint3d64f no = options.invalidPoint.value_or(zPoint3d64f{NAN, NAN, NAN});
+  const zPoint3d64f no =
+      options.invalidPoint.value_or(zPoint3d64f{kNoNumber, kNoNumber, kNoNumber});
   const auto invalid = [&](const Floats& p) {
-    return z64f{p[0]} == no.x || z64f{p[1]} == no.y || z64f{p[2]} == no.z;
+    return static_cast<z64f>(p[0]) == no.x || static_cast<z64f>(p[1]) == no.y ||
+           static_cast<z64f>(p[2]) == no.z;
   };
   const auto zoom = static_cast<z32f>(*options.zoom);
   Quantized result(3 * points.size(), kInvalidRaw);
@@ -120,7 +124,8 @@ TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
       {"zero as an extreme", {5, 0.0F, -0.0F, 1}},
       {"flat", {3.5F}},
   };
-  const std::optional<zPoint3d64f> invalidPoints[] = {{}, {{1, 0.1, NAN}}, {{0.1, 1e300, -1e-320}}};
+  const std::optional<zPoint3d64f> invalidPoints[] = {
+      {}, {{1, 0.1, kNoNumber}}, {{0.1, 1e300, -1e-320}}};
   for (const auto& c : cases) {
     for (const zSize count : {1U, 511U, 1500U}) {
       const std::vector<Floats> points = Draw(c.values, count);
