@@ -14,7 +14,7 @@
 // library where a job is read.
 class SurfaceFileConverter {
  public:
-  // Takes what the operations say beside their results. It must outlive them.
+  // Takes what the operations below say beside their results.
   void setListener(Listener takesNotices) { listener = std::move(takesNotices); }
 
   // Loads one file; its extension tells its kind. After a failure nothing is imported, unless the
