@@ -22,7 +22,7 @@ Complaints ValidateSrf(FileReader& file, z64u fileSize, SrfFile& srf) {
                           kSrfHeaderSize)};
   }
 
-  const Complaints cut{MakeComplaint(fileSize, zERROR_STREAM,
+  Complaints cut{MakeComplaint(fileSize, zERROR_STREAM,
                                      "%u x %u points do not fit into the file", header.width,
                                      header.length)};
   const z64u points = z64u{header.width} * header.length;
