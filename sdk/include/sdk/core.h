@@ -84,32 +84,22 @@ enum class zType : z8u {
 };
 
 template <class Item>
-inline constexpr zType zTypeOf = zType::none;
-template <>
-inline constexpr zType zTypeOf<z8u> = zType::z8u;
-template <>
-inline constexpr zType zTypeOf<z16s> = zType::z16s;
-template <>
-inline constexpr zType zTypeOf<z32s> = zType::z32s;
-template <>
-inline constexpr zType zTypeOf<z32u> = zType::z32u;
-template <>
-inline constexpr zType zTypeOf<z32f> = zType::z32f;
-template <>
-inline constexpr zType zTypeOf<z64f> = zType::z64f;
-template <>
-inline constexpr zType zTypeOf<zPoint16s> = zType::zPoint16s;
-template <>
-inline constexpr zType zTypeOf<zPoint3d16s> = zType::zPoint3d16s;
-template <>
-inline constexpr zType zTypeOf<zPoint3d32f> = zType::zPoint3d32f;
-template <>
-inline constexpr zType zTypeOf<zString> = zType::zString;
+inline constexpr zType zTypeOf = std::is_same_v<Item, z8u>           ? zType::z8u
+                                 : std::is_same_v<Item, z16s>        ? zType::z16s
+                                 : std::is_same_v<Item, z32s>        ? zType::z32s
+                                 : std::is_same_v<Item, z32u>        ? zType::z32u
+                                 : std::is_same_v<Item, z32f>        ? zType::z32f
+                                 : std::is_same_v<Item, z64f>        ? zType::z64f
+                                 : std::is_same_v<Item, zPoint16s>   ? zType::zPoint16s
+                                 : std::is_same_v<Item, zPoint3d16s> ? zType::zPoint3d16s
+                                 : std::is_same_v<Item, zPoint3d32f> ? zType::zPoint3d32f
+                                 : std::is_same_v<Item, zString>     ? zType::zString
+                                                                     : zType::none;
 
 // Bytes of one item; 0 for zType::none and zType::zString.
 zSize zType_Size(zType type) noexcept;
 
-// Where objects take their memory from.
+// Where arrays, messages and the buffers of files take their memory from.
 class zAllocator {
  public:
   virtual ~zAllocator() = default;
@@ -154,10 +144,7 @@ struct zUninitializedAllocator {
   void construct(Other* item, Args&&... args) {
     ::new (static_cast<void*>(item)) Other(std::forward<Args>(args)...);
   }
-  template <class Other>
-  bool operator==(const zUninitializedAllocator<Other>&) const noexcept {
-    return true;
-  }
+  bool operator==(const zUninitializedAllocator&) const noexcept = default;
 };
 
 // A byte vector whose resize() does not clear the new bytes.

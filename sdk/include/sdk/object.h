@@ -56,8 +56,8 @@ class Exception : public std::exception {
   template <class... Values>
   Exception(int line, const char* file, zStatus status, const char* function,
             std::string_view format, const Values&... values)
-      : Exception(line, file, status, function, FormatText(format, {ToFormatArgument(values)...}),
-                  Formatted{}) {}
+      : details_(std::make_shared<const Details>(
+            Details{line, file, status, function, Format(format, values...)})) {}
 
   // The message alone.
   const char* what() const noexcept override { return details_->message.c_str(); }
@@ -71,7 +71,6 @@ class Exception : public std::exception {
   int Line() const noexcept { return details_->line; }
 
  private:
-  struct Formatted {};
   struct Details {
     int line;
     std::string file;
@@ -79,8 +78,6 @@ class Exception : public std::exception {
     std::string function;
     std::string message;
   };
-  Exception(int line, const char* file, zStatus status, const char* function, std::string message,
-            Formatted);
 
   std::shared_ptr<const Details> details_;  // shared, so that copying an exception cannot throw
 };

@@ -29,6 +29,11 @@ struct ReplaySourceInfo {
   bool operator==(const ReplaySourceInfo&) const = default;
 };
 
+namespace sdk::replay {
+class ReplayReader;
+struct FrameContent;
+}  // namespace sdk::replay
+
 namespace Plovia {
 
 struct ReplayScannerInfo {
@@ -41,14 +46,10 @@ struct ReplayScannerInfo {
 };
 
 // What concerns a recording as a whole.
-class ReplayInfo {
- public:
-  explicit ReplayInfo(bool classic) noexcept : classic_(classic) {}
+struct ReplayInfo {
+  bool classic;
   // The older layout: frames stand directly in the stream, not in segments.
-  bool IsClassic() const noexcept { return classic_; }
-
- private:
-  bool classic_;
+  bool IsClassic() const noexcept { return classic; }
 };
 
 // Messages of one frame, in the order in which they were written.
@@ -139,13 +140,11 @@ class ReplaySerializer {
   ReplayStream GetReplayStream(bool classic) const;
 
  private:
-  class Reader;
-  struct Content;
+  sdk::replay::ReplayReader& Loaded(const char* function) const;
 
-  Reader& Loaded(const char* function) const;
-
-  std::unique_ptr<Content> content_;  // what is being written
-  std::unique_ptr<Reader> reader_;    // null until LoadBuffer
+  std::vector<ReplayScannerInfo> scanners_;            // that are being written
+  std::vector<sdk::replay::FrameContent> frames_;      // likewise
+  std::unique_ptr<sdk::replay::ReplayReader> reader_;  // null until LoadBuffer
 };
 
 }  // namespace Plovia

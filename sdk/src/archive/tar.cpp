@@ -14,13 +14,7 @@
 
 namespace {
 
-class Tar : public sdk::Stream {
- public:
-  // Neither kind of archive is moved through by position.
-  zStatus Seek(z64s) noexcept override { return zERROR_PARAMETER; }
-};
-
-class TarReader : public Tar {
+class TarReader : public sdk::Stream {
  public:
   zStatus Open(zStream memory) noexcept {
     if (archive_ == nullptr) return zERROR_MEMORY;
@@ -73,8 +67,6 @@ class TarReader : public Tar {
     return zOK;
   }
 
-  zStatus Write(const void*, zSize) noexcept override { return zERROR_STREAM; }
-
  private:
   static z32s TypeOf(archive_entry* entry) noexcept {
     const bool link = archive_entry_hardlink(entry) != nullptr;
@@ -94,7 +86,7 @@ class TarReader : public Tar {
                                                                   archive_read_free};
 };
 
-class TarWriter : public Tar {
+class TarWriter : public sdk::Stream {
  public:
   explicit TarWriter(zStream stream) noexcept : stream_(stream) {}
 
@@ -133,8 +125,6 @@ class TarWriter : public Tar {
     }
     return zOK;
   }
-
-  zStatus Read(void*, zSize) noexcept override { return zERROR_STREAM; }
 
   zStatus Finish() noexcept override {
     if (archive_ == nullptr) return zOK;  // never opened

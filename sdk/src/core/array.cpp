@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/array.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 using sdk::Array;
 using sdk::As;
@@ -29,8 +31,7 @@ std::byte* Array::EditableItems() noexcept {
 }
 
 bool Array::SameShape(const Array& other) const noexcept {
-  return itemType_ == other.itemType_ && lengths_[0] == other.lengths_[0] &&
-         lengths_[1] == other.lengths_[1];
+  return itemType_ == other.itemType_ && std::ranges::equal(lengths_, other.lengths_);
 }
 
 zStatus MakeArray(zType itemType, z64s length0, z64s length1, Fill fill, zAlloc alloc,
@@ -54,30 +55,19 @@ zStatus MakeArray(zType itemType, z64s length0, z64s length1, Fill fill, zAlloc 
 }  // namespace sdk
 
 zSize zType_Size(zType type) noexcept {
-  switch (type) {
-    case zType::z8u:
-      return sizeof(z8u);
-    case zType::z16s:
-      return sizeof(z16s);
-    case zType::z32s:
-      return sizeof(z32s);
-    case zType::z32u:
-      return sizeof(z32u);
-    case zType::z32f:
-      return sizeof(z32f);
-    case zType::z64f:
-      return sizeof(z64f);
-    case zType::zPoint16s:
-      return sizeof(zPoint16s);
-    case zType::zPoint3d16s:
-      return sizeof(zPoint3d16s);
-    case zType::zPoint3d32f:
-      return sizeof(zPoint3d32f);
-    case zType::none:
-    case zType::zString:
-      break;
-  }
-  return 0;
+  // In the order of zType.
+  constexpr zSize kSizes[] = {0,
+                              sizeof(z8u),
+                              sizeof(z16s),
+                              sizeof(z32s),
+                              sizeof(z32u),
+                              sizeof(z32f),
+                              sizeof(z64f),
+                              sizeof(zPoint16s),
+                              sizeof(zPoint3d16s),
+                              sizeof(zPoint3d32f)};
+  const auto place = static_cast<zSize>(type);
+  return place < std::size(kSizes) ? kSizes[place] : 0;
 }
 
 zStatus zArray1_Construct(zArray1* array, zType itemType, z64s length, zAlloc alloc) noexcept {
@@ -86,7 +76,6 @@ zStatus zArray1_Construct(zArray1* array, zType itemType, z64s length, zAlloc al
 
 zStatus zArray2_Construct(zArray2* array, zType itemType, z64s length0, z64s length1,
                           zAlloc alloc) noexcept {
-  if (array == nullptr) return zERROR_PARAMETER;
   sdk::Owned<Array> made;
   const zStatus status = sdk::MakeArray(itemType, length0, length1, sdk::Fill::none, alloc, made);
   return status == zOK ? sdk::HandOut(array, std::move(made)) : status;

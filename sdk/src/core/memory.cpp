@@ -1,78 +1,63 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
 #include <cstring>
 
-#include "core/block.h"
 #include "core/stream.h"
 
 namespace {
 
 class Memory : public sdk::Stream {
  public:
-  explicit Memory(zAlloc alloc) noexcept : alloc_(alloc) {}
-
   zStatus Read(void* destination, zSize size) noexcept override {
-    if (size > length_ - position_) return zERROR_STREAM;
-    std::memcpy(destination, bytes_ + position_, size);
+    if (size > bytes_.size() - position_) return zERROR_STREAM;
+    std::memcpy(destination, bytes_.data() + position_, size);
     position_ += size;
     return zOK;
   }
 
-  zStatus Write(const void* source, zSize size) noexcept override {
+  zStatus Write(const void* source, zSize size) noexcept override try {
     if (attached_) return zERROR_STREAM;
-    if (size > static_cast<zSize>(-1) - position_) return zERROR_MEMORY;
-    const zSize end = position_ + size;
-    if (end > capacity_) {
-      const zSize doubled = capacity_ > static_cast<zSize>(-1) / 2 ? end : 2 * capacity_;
-      const zStatus status = Reserve(std::max({zSize{1024}, doubled, end}));
-      if (status != zOK) return status;
-    }
-    std::memcpy(owned_.get() + position_, source, size);
-    position_ = end;
-    length_ = std::max(length_, end);
+    if (size > owned_.max_size() - position_) return zERROR_MEMORY;
+    if (position_ + size > owned_.size()) owned_.resize(position_ + size);
+    bytes_ = owned_;
+    std::memcpy(owned_.data() + position_, source, size);
+    position_ += size;
     return zOK;
+  } catch (const std::exception&) {
+    return zERROR_MEMORY;
   }
 
   zStatus Seek(z64s position) noexcept override {
-    if (position < 0 || static_cast<z64u>(position) > length_) return zERROR_STREAM;
+    if (position < 0 || static_cast<z64u>(position) > bytes_.size()) return zERROR_STREAM;
     position_ = static_cast<zSize>(position);
     return zOK;
   }
 
-  zStatus Reserve(zSize capacity) noexcept {
+  zStatus Reserve(zSize capacity) noexcept try {
     if (attached_) return zERROR_STREAM;
-    if (capacity <= capacity_) return zOK;
-    sdk::Block grown = sdk::AllocateBlock(alloc_, capacity, sdk::Fill::none);
-    if (grown == nullptr) return zERROR_MEMORY;
-    if (length_ > 0) std::memcpy(grown.get(), owned_.get(), length_);
-    owned_ = std::move(grown);
-    bytes_ = owned_.get();
-    capacity_ = capacity;
+    owned_.reserve(capacity);
+    bytes_ = owned_;
     return zOK;
+  } catch (const std::exception&) {
+    return zERROR_MEMORY;
   }
 
-  void Attach(const std::byte* bytes, zSize position, zSize length, zSize capacity) noexcept {
-    owned_.reset();
+  void Attach(std::span<const z8u> bytes, zSize position) noexcept {
+    owned_ = {};
     attached_ = true;
     bytes_ = bytes;
     position_ = position;
-    length_ = length;
-    capacity_ = capacity;
   }
 
   zSize Position() const noexcept { return position_; }
-  zSize Length() const noexcept { return length_; }
-  const std::byte* At(zSize offset) const noexcept {
-    return bytes_ == nullptr || offset > length_ ? nullptr : bytes_ + offset;
+  zSize Length() const noexcept { return bytes_.size(); }
+  const z8u* At(zSize offset) const noexcept {
+    return bytes_.data() == nullptr || offset > bytes_.size() ? nullptr : bytes_.data() + offset;
   }
 
  private:
-  zAlloc alloc_;
-  sdk::Block owned_;
-  const std::byte* bytes_ = nullptr;  // owned or attached
-  zSize position_ = 0;                // <= length_
-  zSize length_ = 0;                  // <= capacity_
-  zSize capacity_ = 0;
+  zBytes owned_;
+  std::span<const z8u> bytes_;  // owned or attached
+  zSize position_ = 0;          // within the bytes
   bool attached_ = false;
 };
 
@@ -80,7 +65,7 @@ class Memory : public sdk::Stream {
 
 zStatus zMemory_Construct(zMemory* stream, zAlloc alloc) noexcept {
   if (stream == nullptr || alloc == nullptr) return zERROR_PARAMETER;
-  return sdk::HandOut(stream, sdk::Make<Memory>(alloc));
+  return sdk::HandOut(stream, sdk::Make<Memory>());
 }
 
 zStatus zMemory_Reserve(zMemory stream, zSize capacity) noexcept {
@@ -93,7 +78,7 @@ zStatus zMemory_Attach(zMemory stream, const void* buffer, zSize position, zSize
   Memory* memory = sdk::As<Memory>(stream);
   if (memory == nullptr || (buffer == nullptr && capacity > 0)) return zERROR_PARAMETER;
   if (position > length || length > capacity) return zERROR_PARAMETER;
-  memory->Attach(static_cast<const std::byte*>(buffer), position, length, capacity);
+  memory->Attach({static_cast<const z8u*>(buffer), length}, position);
   return zOK;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/object.h"
 
+zStatus zCoreLib_Construct(zCoreLib* library) noexcept { return sdk::StartLibrary(library); }
+
 zStatus zObject_Share(zObject object) noexcept {
   if (object == nullptr) return zERROR_PARAMETER;
   static_cast<sdk::SharedObject*>(object)->references.fetch_add(1, std::memory_order_relaxed);

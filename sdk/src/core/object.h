@@ -55,4 +55,9 @@ Owned<Kind> Make(Args&&... args) noexcept {
   return Owned<Kind>(new (std::nothrow) Kind(std::forward<Args>(args)...));
 }
 
+// A handle that stands for a library.
+inline zStatus StartLibrary(zObject* library) noexcept {
+  return HandOut(library, Make<SharedObject>());
+}
+
 }  // namespace sdk

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "core/library.h"
 #include "message/message.h"
 
 using sdk::As;

@@ -9,7 +9,6 @@ namespace {
 
 zStatus ConstructSurface(MxMsg* message, zType pointType, bool resampled, z32u width, z32u length,
                          zAlloc alloc) noexcept {
-  if (message == nullptr) return zERROR_PARAMETER;
   sdk::Owned<sdk::Array> points;
   const zStatus status = sdk::MakeArray(pointType, length, width, sdk::Fill::zeros, alloc, points);
   if (status != zOK) return status;

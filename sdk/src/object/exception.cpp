@@ -24,21 +24,12 @@ std::string OneLine(std::string_view text) {
   std::string line;
   for (const char c : text) {
     const auto code = static_cast<unsigned char>(c);
-    if (code < 0x20 || code == 0x7F) {
-      line += Format("\\x%02X", code);
-    } else {
-      line += c;
-    }
+    line += code < 0x20 || code == 0x7F ? Format("\\x%02X", code) : std::string(1, c);
   }
   return line;
 }
 
 }  // namespace
-
-Exception::Exception(int line, const char* file, zStatus status, const char* function,
-                     std::string message, Formatted)
-    : details_(std::make_shared<const Details>(
-          Details{line, file, status, function, std::move(message)})) {}
 
 std::string Exception::to_string(z64u /*options*/) const {
   return UtcTime() +

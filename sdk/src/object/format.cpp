@@ -122,33 +122,18 @@ class Formatter {
     if (next_ == end_) return false;
     const FormatArgument& argument = *next_++;
     if (IsOneOf(conversion.kind, "diouxX")) return PrintInteger(conversion, argument);
-    if (IsOneOf(conversion.kind, "fFeEgGaA")) return PrintReal(conversion, argument);
+    if (IsOneOf(conversion.kind, "fFeEgGaA")) return PrintAs<double>(conversion, "", argument);
     if (conversion.kind == 's') return PrintText(conversion, argument);
     if (conversion.kind == 'c') return PrintCharacter(conversion, argument);
-    if (conversion.kind == 'p') return PrintPointer(conversion, argument);
+    if (conversion.kind == 'p') return PrintAs<const void*>(conversion, "", argument);
     return false;
   }
 
-  bool PrintInteger(const Conversion& conversion, const FormatArgument& argument) {
-    if (const auto* number = std::get_if<long long>(&argument)) {
-      PrintWith(conversion, "ll", *number);
-    } else if (const auto* natural = std::get_if<unsigned long long>(&argument)) {
-      // An unsigned value prints in full, whichever sign the conversion speaks of.
-      Conversion natural_conversion = conversion;
-      if (IsOneOf(conversion.kind, "di")) natural_conversion.kind = 'u';
-      PrintWith(natural_conversion, "ll", *natural);
-    } else {
-      return false;
-    }
-    return true;
-  }
-
-  // The tool never sets a locale, so the standard routine writes the "C" form.
-  bool PrintReal(const Conversion& conversion, const FormatArgument& argument) {
-    const auto* number = std::get_if<double>(&argument);
-    if (number == nullptr) return false;
-    PrintWith(conversion, "", *number);
-    return true;
+  // An unsigned value prints in full, whichever sign the conversion speaks of.
+  bool PrintInteger(Conversion conversion, const FormatArgument& argument) {
+    if (PrintAs<long long>(conversion, "ll", argument)) return true;
+    if (IsOneOf(conversion.kind, "di")) conversion.kind = 'u';
+    return PrintAs<unsigned long long>(conversion, "ll", argument);
   }
 
   bool PrintText(const Conversion& conversion, const FormatArgument& argument) {
@@ -164,17 +149,9 @@ class Formatter {
     const auto* code = std::get_if<long long>(&argument);
     const auto* natural = std::get_if<unsigned long long>(&argument);  // where char is unsigned
     if (code == nullptr && natural == nullptr) return false;
-    const auto byte = static_cast<unsigned char>(
-        code != nullptr ? static_cast<unsigned long long>(*code) : *natural);
-    const char character = static_cast<char>(byte);
+    const char character =
+        static_cast<char>(code != nullptr ? *code : static_cast<long long>(*natural));
     Pad(conversion, {&character, 1});
-    return true;
-  }
-
-  bool PrintPointer(const Conversion& conversion, const FormatArgument& argument) {
-    const auto* pointer = std::get_if<const void*>(&argument);
-    if (pointer == nullptr) return false;
-    PrintWith(conversion, "", *pointer);
     return true;
   }
 
@@ -185,19 +162,25 @@ class Formatter {
     text_ += left ? std::string(text) + padding : padding + std::string(text);
   }
 
+  // False for an argument of another type. The tool never sets a locale, so the standard routine
+  // writes the "C" form.
   template <class Value>
-  void PrintWith(const Conversion& conversion, std::string_view length, Value value) {
+  bool PrintAs(const Conversion& conversion, std::string_view length,
+               const FormatArgument& argument) {
+    const auto* value = std::get_if<Value>(&argument);
+    if (value == nullptr) return false;
     std::string format = "%" + conversion.flags;
     if (conversion.width > 0) format += std::to_string(conversion.width);
     if (conversion.precision) format += "." + std::to_string(*conversion.precision);
     format += length;
     format += conversion.kind;
-    const int size = std::snprintf(nullptr, 0, format.c_str(), value);
-    if (size <= 0) return;
+    const int size = std::snprintf(nullptr, 0, format.c_str(), *value);
+    if (size <= 0) return true;
     std::string printed(static_cast<std::size_t>(size) + 1, '\0');
-    static_cast<void>(std::snprintf(printed.data(), printed.size(), format.c_str(), value));
+    static_cast<void>(std::snprintf(printed.data(), printed.size(), format.c_str(), *value));
     printed.pop_back();
     text_ += printed;
+    return true;
   }
 
   std::string_view left_;

@@ -22,6 +22,4 @@ Damage::Damage(const Place& place, std::string_view what)
           place.chunkOffset.value_or(place.offset),
           place.chunkOffset ? std::optional(place.offset) : std::nullopt, std::string(what)})) {}
 
-void ThrowDamage(const Place& place, std::string_view what) { throw Damage(place, what); }
-
 }  // namespace sdk::replay

@@ -30,47 +30,32 @@ class Damage : public Orv::Exception {
   std::shared_ptr<const Plovia::ReplayProblem> problem_;  // shared: copies must not throw
 };
 
-[[noreturn]] void ThrowDamage(const Place& place, std::string_view what);
-
 template <class... Values>
 [[noreturn]] void ThrowDamage(const Place& place, std::string_view format,
                               const Values&... values) {
-  ThrowDamage(place, std::string_view(Orv::Format(format, values...)));
+  throw Damage(place, Orv::Format(format, values...));
 }
 
 // Takes note of damage, where the reading goes on after it.
-class DamageLog {
- public:
-  explicit DamageLog(std::vector<Plovia::ReplayProblem>& problems) : problems_(problems) {}
+using DamageLog = std::vector<Plovia::ReplayProblem>;
 
-  bool IsFull() const { return problems_.size() >= Plovia::kMostReplayProblems; }
-  // What several steps meet counts once.
-  void Add(Plovia::ReplayProblem problem, bool harmless) {
+// Runs a step. Its damage is noted in the log, or thrown where there is none or no room. What
+// several steps meet counts once.
+template <class Step>
+void RunStep(DamageLog* log, const Step& step, bool harmless = false) {
+  try {
+    step();
+  } catch (const Damage& damage) {
+    if (log == nullptr || log->size() >= Plovia::kMostReplayProblems) throw;
+    Plovia::ReplayProblem problem = damage.Problem();
     const auto same = [&](const Plovia::ReplayProblem& other) {
       return other.offset == problem.offset && other.inChunk == problem.inChunk &&
              other.what == problem.what;
     };
-    if (std::ranges::any_of(problems_, same)) return;
+    if (std::ranges::any_of(*log, same)) return;
     problem.harmless = harmless;
-    problems_.push_back(std::move(problem));
+    log->push_back(std::move(problem));
   }
-
- private:
-  std::vector<Plovia::ReplayProblem>& problems_;
-};
-
-// Runs a step. Its damage is noted in the log, or thrown where there is none or no room. False when
-// it was noted.
-template <class Step>
-bool RunStep(DamageLog* log, const Step& step, bool harmless = false) {
-  try {
-    step();
-  } catch (const Damage& damage) {
-    if (log == nullptr || log->IsFull()) throw;
-    log->Add(damage.Problem(), harmless);
-    return false;
-  }
-  return true;
 }
 
 }  // namespace sdk::replay

@@ -3,6 +3,8 @@
 // bytes that are left.
 #pragma once
 
+#include <libdeflate.h>
+
 #include <cstring>
 
 #include "pipeline/damage.h"
@@ -78,6 +80,15 @@ Record Parse(const RawRecord& raw) {
   Record::Fields(record, reader);
   if constexpr (requires { Record::kFixedSize; }) reader.RequireEnd();
   return record;
+}
+
+// Throws Orv::Exception when the bytes have another CRC-32. A stored checksum of 0 means "not
+// computed".
+inline void CheckCrc(Bytes bytes, z32u stored, const Place& place, std::string_view what) {
+  if (stored == 0) return;
+  const z32u computed = libdeflate_crc32(0, bytes.data(), bytes.size());
+  if (computed == stored) return;
+  ThrowDamage(place, "the checksum of the %s is %08x, its bytes give %08x", what, stored, computed);
 }
 
 // Walks the records that stand one after the other in `bytes`.

@@ -12,18 +12,17 @@ class FieldWriter {
  public:
   explicit FieldWriter(zBytes& out) : out_(out) {}
 
-  void operator()(const char*, z8u value) { Put(value); }
-  void operator()(const char*, z16u value) { Put(value); }
-  void operator()(const char*, z32u value) { Put(value); }
-  void operator()(const char*, z64u value) { Put(value); }
-  void operator()(const char*, std::string_view text) { PutText(text); }
+  template <class Number>
+  requires std::is_unsigned_v<Number>
+  void operator()(const char*, Number value) { PutBytes(&value, sizeof value); }
+  void operator()(const char*, std::string_view text) {
+    PutCounted(static_cast<z32u>(text.size()), text.data());
+  }
   void operator()(const char*, const Bytes32& data) {
-    Put(static_cast<z32u>(data.bytes.size()));
-    PutBytes(data.bytes.data(), data.bytes.size());
+    PutCounted(static_cast<z32u>(data.bytes.size()), data.bytes.data());
   }
   void operator()(const char*, const Bytes64& data) {
-    Put(static_cast<z64u>(data.bytes.size()));
-    PutBytes(data.bytes.data(), data.bytes.size());
+    PutCounted(z64u{data.bytes.size()}, data.bytes.data());
   }
   void operator()(const char*, const RestBytes& data) {
     PutBytes(data.bytes.data(), data.bytes.size());
@@ -31,7 +30,7 @@ class FieldWriter {
   template <class Key, class Value>
   void operator()(const char*, const std::vector<std::pair<Key, Value>>& entries) {
     const zSize lengthAt = out_.size();
-    Put(z32u{0});
+    (*this)("length", z32u{0});
     for (const auto& [key, value] : entries) {
       (*this)("key", key);
       (*this)("value", value);
@@ -41,13 +40,10 @@ class FieldWriter {
   }
 
  private:
-  template <class Number>
-  void Put(Number value) {
-    PutBytes(&value, sizeof value);
-  }
-  void PutText(std::string_view text) {
-    Put(static_cast<z32u>(text.size()));
-    PutBytes(text.data(), text.size());
+  template <class Count>
+  void PutCounted(Count count, const void* bytes) {
+    PutBytes(&count, sizeof count);
+    PutBytes(bytes, static_cast<zSize>(count));
   }
   void PutBytes(const void* bytes, zSize size) {
     const auto* first = static_cast<const z8u*>(bytes);

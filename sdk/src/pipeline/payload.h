@@ -8,6 +8,10 @@
 #include "pipeline/field_reader.h"
 #include "pipeline/stream_writer.h"
 
+namespace trelvane {
+struct ScanMessage;
+}
+
 namespace sdk::replay {
 
 // A message's FlatBuffer, built without copying the message's arrays: their places in the buffer
@@ -21,9 +25,6 @@ class PayloadBuilder {
   // The arrays are not copied here either.
   void AppendTo(StreamWriter& writer) const;
 
-  // Bytes that the FlatBuffer of a message takes at most.
-  static z64u SizeBound(const sdk::Message& message);
-
  private:
   struct Hole {
     zSize fromEnd;  // of the buffer, to the hole's first byte
@@ -32,7 +33,7 @@ class PayloadBuilder {
 
   template <class Item>
   flatbuffers::Offset<flatbuffers::Vector<Item>> LeaveHole(const Array& array);
-  flatbuffers::Offset<void> BuildScan(const Scan& scan);
+  flatbuffers::Offset<trelvane::ScanMessage> BuildScan(const Scan& scan);
 
   flatbuffers::FlatBufferBuilder builder_;
   std::vector<Hole> holes_;  // from the end of the buffer to its start

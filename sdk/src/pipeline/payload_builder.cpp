@@ -28,18 +28,22 @@ fb::Stamp ToStamp(const MxStamp& stamp) {
 }
 
 fb::PointType ToPointType(zType type) {
-  switch (type) {
-    case zType::zPoint3d16s:
-      return fb::PointType::Point3d;
-    case zType::zPoint16s:
-      return fb::PointType::Point2d;
-    default:
-      return fb::PointType::Height;
-  }
+  return type == zType::zPoint3d16s ? fb::PointType::Point3d
+         : type == zType::zPoint16s ? fb::PointType::Point2d
+                                    : fb::PointType::Height;
 }
 
+// Bytes that the FlatBuffer of a message takes at most.
 zSize CheckedSizeBound(const sdk::Message& message) {
-  const z64u bound = PayloadBuilder::SizeBound(message);
+  z64u bound = 0;
+  if (message.Kind() == MxKind::array) {
+    bound = kScanOverhead;
+    for (const auto& item : static_cast<const ArrayMessage&>(message).items) {
+      bound += ScanSizeBound(*item);
+    }
+  } else {
+    bound = ScanSizeBound(static_cast<const Scan&>(message));
+  }
   if (bound >= FLATBUFFERS_MAX_BUFFER_SIZE) {
     kOperation.Fail(zERROR_MEMORY, "A message of %llu bytes is too large for a recording", bound);
   }
@@ -48,32 +52,19 @@ zSize CheckedSizeBound(const sdk::Message& message) {
 
 }  // namespace
 
-z64u PayloadBuilder::SizeBound(const sdk::Message& message) {
-  if (message.Kind() != MxKind::array) return ScanSizeBound(static_cast<const Scan&>(message));
-  z64u bound = kScanOverhead;
-  for (const auto& item : static_cast<const ArrayMessage&>(message).items) {
-    bound += ScanSizeBound(*item);
-  }
-  return bound;
-}
-
 PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSizeBound(message)) {
-  fb::ScanData kind = fb::ScanData::Array;
-  flatbuffers::Offset<void> data;
+  flatbuffers::Offset<fb::ScanMessage> root;
   if (message.Kind() == MxKind::array) {
     std::vector<flatbuffers::Offset<fb::ScanMessage>> items;
     for (const auto& item : static_cast<const ArrayMessage&>(message).items) {
-      const flatbuffers::Offset<void> scan = BuildScan(*item);
-      const bool surface = item->Kind() == MxKind::surface;
-      items.push_back(fb::CreateScanMessage(
-          builder_, surface ? fb::ScanData::Surface : fb::ScanData::Profile, scan));
+      items.push_back(BuildScan(*item));
     }
-    data = fb::CreateArray(builder_, builder_.CreateVector(items)).Union();
+    const auto array = fb::CreateArray(builder_, builder_.CreateVector(items));
+    root = fb::CreateScanMessage(builder_, fb::ScanData::Array, array.Union());
   } else {
-    kind = message.Kind() == MxKind::surface ? fb::ScanData::Surface : fb::ScanData::Profile;
-    data = BuildScan(static_cast<const Scan&>(message));
+    root = BuildScan(static_cast<const Scan&>(message));
   }
-  fb::FinishScanMessageBuffer(builder_, fb::CreateScanMessage(builder_, kind, data));
+  fb::FinishScanMessageBuffer(builder_, root);
 }
 
 template <class Item>
@@ -91,7 +82,7 @@ flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const A
   return vector;
 }
 
-flatbuffers::Offset<void> PayloadBuilder::BuildScan(const Scan& scan) {
+flatbuffers::Offset<fb::ScanMessage> PayloadBuilder::BuildScan(const Scan& scan) {
   const auto points = LeaveHole<z16s>(*scan.points);
   flatbuffers::Offset<flatbuffers::Vector<z8u>> intensities;
   if (scan.intensities != nullptr) intensities = LeaveHole<z8u>(*scan.intensities);
@@ -101,14 +92,16 @@ flatbuffers::Offset<void> PayloadBuilder::BuildScan(const Scan& scan) {
   const fb::Box box = ToBox(scan.box);
   const fb::Stamp stamp = ToStamp(scan.stamp);
   if (scan.Kind() == MxKind::profile) {
-    return fb::CreateProfile(builder_, static_cast<const Profile&>(scan).PointCount(), type, points,
-                             intensities, &offset, &scale, &box, &stamp)
-        .Union();
+    const auto profile =
+        fb::CreateProfile(builder_, static_cast<const Profile&>(scan).PointCount(), type, points,
+                          intensities, &offset, &scale, &box, &stamp);
+    return fb::CreateScanMessage(builder_, fb::ScanData::Profile, profile.Union());
   }
-  const auto& surface = static_cast<const Surface&>(scan);
-  return fb::CreateSurface(builder_, surface.Width(), surface.Length(), type, points, intensities,
-                           &offset, &scale, &box, surface.resampled, &stamp)
-      .Union();
+  const auto& grid = static_cast<const Surface&>(scan);
+  const auto surface =
+      fb::CreateSurface(builder_, grid.Width(), grid.Length(), type, points, intensities, &offset,
+                        &scale, &box, grid.resampled, &stamp);
+  return fb::CreateScanMessage(builder_, fb::ScanData::Surface, surface.Union());
 }
 
 void PayloadBuilder::AppendTo(StreamWriter& writer) const {

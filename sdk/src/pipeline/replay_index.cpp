@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "pipeline/checksum.h"
 #include "pipeline/decompress.h"
 #include "pipeline/replay_channels.h"
 #include "pipeline/replay_names.h"
@@ -51,7 +50,10 @@ class Indexer {
     static_cast<void>(Parse<Header>(first));
     WalkDataSection(cursor);
     RunStep(log_, [&] { WalkSummary(cursor); });
-    FinishDescription(cursor.Position());
+    if (!described_) {
+      ThrowDamage(cursor.Position(), "there is no metadata \"%s\"", kRecordingMetadata);
+    }
+    index_.scanners = channels_.Scanners();
   }
 
   // The records between the magic bytes.
@@ -107,37 +109,23 @@ class Indexer {
 
   // Records that may stand in a chunk as well as outside. What is not known is skipped.
   void TakeContent(const RawRecord& record, z32u compressedChunk) {
-    switch (record.opcode) {
-      case Opcode::schema:
-        channels_.AddSchema(record);
-        break;
-      case Opcode::channel:
-        channels_.AddChannel(record);
-        break;
-      case Opcode::message:
-        TakeMessage(record, compressedChunk);
-        break;
-      default:
-        break;
-    }
+    if (record.opcode == Opcode::schema) channels_.AddSchema(record);
+    if (record.opcode == Opcode::channel) channels_.AddChannel(record);
+    if (record.opcode == Opcode::message) TakeMessage(record, compressedChunk);
   }
 
   void TakeMessage(const RawRecord& record, z32u compressedChunk) {
     const auto message = Parse<Message>(record);
     const Bytes data = message.data.bytes;
     const Place place = record.place + kRecordPrefix + (record.content.size() - data.size());
-    switch (channels_.KindOf(message, record.place)) {
-      case ReplayChannels::Kind::frameIndex:
-        index_.frames.push_back({ParseFrameIndex(data, place), index_.messages.size()});
-        break;
-      case ReplayChannels::Kind::source:
-        if (index_.frames.empty()) {
-          ThrowDamage(record.place, "a scan message stands before the first frame index");
-        }
-        index_.messages.push_back({place.offset, data.size(), compressedChunk});
-        break;
-      case ReplayChannels::Kind::other:
-        break;
+    const ReplayChannels::Kind kind = channels_.KindOf(message, record.place);
+    if (kind == ReplayChannels::Kind::frameIndex) {
+      index_.frames.push_back({ParseFrameIndex(data, place), index_.messages.size()});
+    } else if (kind == ReplayChannels::Kind::source) {
+      if (index_.frames.empty()) {
+        ThrowDamage(record.place, "a scan message stands before the first frame index");
+      }
+      index_.messages.push_back({place.offset, data.size(), compressedChunk});
     }
   }
 
@@ -233,11 +221,6 @@ class Indexer {
       CheckCrc(checked, footer.summaryCrc, record.place, "summary");
       return;
     }
-  }
-
-  void FinishDescription(const Place& end) {
-    if (!described_) ThrowDamage(end, "there is no metadata \"%s\"", kRecordingMetadata);
-    index_.scanners = channels_.Scanners();
   }
 
   Bytes stream_;

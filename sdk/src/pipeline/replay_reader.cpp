@@ -12,8 +12,8 @@ constexpr Orv::Operation kReadData{"pipeline", "Plovia::ReplaySerializer::ReadDa
 
 }  // namespace
 
-ReplayReader::ReplayReader(Bytes stream, const DamageLog& log)
-    : stream_(stream), log_(log), index_(IndexReplay(stream, &*log_)) {
+ReplayReader::ReplayReader(Bytes stream, DamageLog& log)
+    : stream_(stream), log_(&log), index_(IndexReplay(stream, log_)) {
   if (index_.classic) return;
   // Nobody asks for frames outside of segments. Damage in them is told all the same.
   zSize frame = 0;
@@ -72,7 +72,7 @@ Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame, bool harmless) {
   for (zSize i = index_.frames[frame].firstMessage; i < end; ++i) {
     Orv::Object<void*>& message = messages.emplace_back();
     RunStep(
-        log_ ? &*log_ : nullptr, [&] { message = ReadMessage(i); }, harmless);
+        log_, [&] { message = ReadMessage(i); }, harmless);
   }
   return messages;
 }

@@ -13,7 +13,7 @@ class ReplayReader {
   ReplayReader(Bytes stream, std::shared_ptr<const void> owner)
       : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream)) {}
   // With a log, see IndexReplay; a message that is damaged becomes an empty handle.
-  ReplayReader(Bytes stream, const DamageLog& log);
+  ReplayReader(Bytes stream, DamageLog& log);
 
   const ReplayIndex& Index() const { return index_; }
 
@@ -36,7 +36,7 @@ class ReplayReader {
 
   Bytes stream_;
   std::shared_ptr<const void> owner_;
-  std::optional<DamageLog> log_;
+  DamageLog* log_ = nullptr;
   ReplayIndex index_;
   zSize segmentsBegun_ = 0;
   zSize framesRead_ = 0;  // of the current segment

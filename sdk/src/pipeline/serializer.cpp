@@ -2,13 +2,11 @@
 #include <new>
 #include <stdexcept>
 
-#include "core/library.h"
 #include "message/message.h"
 #include "pipeline/replay_reader.h"
 #include "pipeline/replay_writer.h"
 #include "sdk/pipeline.h"
 
-using sdk::replay::FrameContent;
 using sdk::replay::ReplayReader;
 
 zStatus PloviaLib_Construct(PloviaLib* library) noexcept { return sdk::StartLibrary(library); }
@@ -35,22 +33,12 @@ auto Guarded(const Orv::Operation& operation, const Step& step) {
 
 }  // namespace
 
-class ReplaySerializer::Reader : public ReplayReader {
- public:
-  using ReplayReader::ReplayReader;
-};
-
-struct ReplaySerializer::Content {
-  std::vector<ReplayScannerInfo> scanners;
-  std::vector<FrameContent> frames;
-};
-
-ReplaySerializer::ReplaySerializer() : content_(std::make_unique<Content>()) {}
+ReplaySerializer::ReplaySerializer() = default;
 ReplaySerializer::~ReplaySerializer() = default;
 ReplaySerializer::ReplaySerializer(ReplaySerializer&&) noexcept = default;
 ReplaySerializer& ReplaySerializer::operator=(ReplaySerializer&&) noexcept = default;
 
-ReplaySerializer::Reader& ReplaySerializer::Loaded(const char* function) const {
+ReplayReader& ReplaySerializer::Loaded(const char* function) const {
   if (reader_ == nullptr) {
     Orv::Operation{kUnit, function}.Fail(zERROR_PARAMETER, "No recording stream has been loaded");
   }
@@ -59,18 +47,17 @@ ReplaySerializer::Reader& ReplaySerializer::Loaded(const char* function) const {
 
 void ReplaySerializer::LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner) {
   reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadBuffer"},
-                    [&] { return std::make_unique<Reader>(replay, std::move(owner)); });
+                    [&] { return std::make_unique<ReplayReader>(replay, std::move(owner)); });
 }
 
 void ReplaySerializer::LoadDamaged(std::span<const z8u> replay,
                                    std::vector<ReplayProblem>& problems) {
-  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadDamaged"}, [&] {
-    return std::make_unique<Reader>(replay, sdk::replay::DamageLog(problems));
-  });
+  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadDamaged"},
+                    [&] { return std::make_unique<ReplayReader>(replay, problems); });
 }
 
 ReplayInfo ReplaySerializer::GetReplayInfo() const {
-  return ReplayInfo(Loaded("Plovia::ReplaySerializer::GetReplayInfo").Index().classic);
+  return {Loaded("Plovia::ReplaySerializer::GetReplayInfo").Index().classic};
 }
 
 std::vector<ReplayScannerInfo> ReplaySerializer::ReadScannerInfo() const {
@@ -92,26 +79,26 @@ std::vector<z32u> ReplaySerializer::ReadIndexInfo() const {
 
 ReplayFrame ReplaySerializer::ReadData(z64u which) {
   constexpr const char* kFunction = "Plovia::ReplaySerializer::ReadData";
-  Reader& reader = Loaded(kFunction);
+  ReplayReader& reader = Loaded(kFunction);
   return Guarded({kUnit, kFunction},
                  [&] { return reader.Index().classic ? reader.Frame(which) : reader.NextFrame(); });
 }
 
 void ReplaySerializer::WriteScannerInfo(const std::vector<ReplayScannerInfo>& scanners) {
-  content_->scanners = scanners;
+  scanners_ = scanners;
 }
 
-void ReplaySerializer::WriteIndexInfo(z32u index) { content_->frames.push_back({index, {}}); }
+void ReplaySerializer::WriteIndexInfo(z32u index) { frames_.push_back({index, {}}); }
 
 void ReplaySerializer::WriteData(Orv::Object<void*> message) {
   constexpr Orv::Operation kOperation{kUnit, "Plovia::ReplaySerializer::WriteData"};
   if (MxMsg_Kind(message.Get()) == MxKind::none) {
     kOperation.Fail(zERROR_PARAMETER, "There is no message");
   }
-  if (content_->frames.empty()) {
+  if (frames_.empty()) {
     kOperation.Fail(zERROR_PARAMETER, "A message needs a frame to belong to");
   }
-  content_->frames.back().messages.push_back(std::move(message));
+  frames_.back().messages.push_back(std::move(message));
 }
 
 zBytes ReplaySerializer::GetReplayFile(bool classic) const {
@@ -120,9 +107,8 @@ zBytes ReplaySerializer::GetReplayFile(bool classic) const {
 }
 
 ReplayStream ReplaySerializer::GetReplayStream(bool classic) const {
-  return Guarded({kUnit, "Plovia::ReplaySerializer::GetReplayFile"}, [&] {
-    return sdk::replay::WriteReplay(content_->scanners, content_->frames, classic);
-  });
+  return Guarded({kUnit, "Plovia::ReplaySerializer::GetReplayFile"},
+                 [&] { return sdk::replay::WriteReplay(scanners_, frames_, classic); });
 }
 
 }  // namespace Plovia

@@ -3,33 +3,17 @@
 
 #include <algorithm>
 
-#include "pipeline/checksum.h"
-
 namespace sdk::replay {
 
 void SummaryCheck::TakeData(const RawRecord& record) {
-  switch (record.opcode) {
-    case Opcode::chunk:
-      Note(record);
-      ++counted_.chunks;
-      return;
-    case Opcode::metadata:
-      Note(record);
-      ++counted_.metadata;
-      return;
-    case Opcode::messageIndex:
-      return CheckMessageIndex(record);
-    case Opcode::attachment:
-      ++counted_.attachments;
-      return CheckAttachment(record);
-    default:
-      Count(record);
-  }
-}
-
-void SummaryCheck::Note(const RawRecord& record) {
-  indexed_.emplace(record.place.offset,
-                   Indexed{record.opcode, kRecordPrefix + record.content.size(), record});
+  const bool isChunk = record.opcode == Opcode::chunk;
+  const bool isMetadata = record.opcode == Opcode::metadata;
+  if (isChunk) ++counted_.chunks;
+  if (isMetadata) ++counted_.metadata;
+  if (isChunk || isMetadata) indexed_.emplace(record.place.offset, record);
+  if (record.opcode == Opcode::messageIndex) CheckMessageIndex(record);
+  if (record.opcode == Opcode::attachment) CheckAttachment(record);
+  Count(record);
 }
 
 void SummaryCheck::Count(const RawRecord& record) {
@@ -69,6 +53,7 @@ void SummaryCheck::CheckMessageIndex(const RawRecord& record) const {
 }
 
 void SummaryCheck::CheckAttachment(const RawRecord& record) {
+  ++counted_.attachments;
   z32u stored = 0;
   if (record.content.size() < sizeof stored) {
     ThrowDamage(record.place, "the attachment has no checksum");
@@ -79,18 +64,10 @@ void SummaryCheck::CheckAttachment(const RawRecord& record) {
 }
 
 void SummaryCheck::TakeSummary(const RawRecord& record) const {
-  switch (record.opcode) {
-    case Opcode::statistics:
-      return CheckStatistics(record);
-    case Opcode::chunkIndex:
-      return CheckChunkIndex(record);
-    case Opcode::metadataIndex:
-      return CheckMetadataIndex(record);
-    case Opcode::summaryOffset:
-      return CheckSummaryOffset(record);
-    default:
-      return;
-  }
+  if (record.opcode == Opcode::statistics) CheckStatistics(record);
+  if (record.opcode == Opcode::chunkIndex) CheckChunkIndex(record);
+  if (record.opcode == Opcode::metadataIndex) CheckMetadataIndex(record);
+  if (record.opcode == Opcode::summaryOffset) CheckSummaryOffset(record);
 }
 
 void SummaryCheck::CheckStatistics(const RawRecord& record) const {
@@ -118,11 +95,12 @@ void SummaryCheck::CheckStatistics(const RawRecord& record) const {
 const RawRecord& SummaryCheck::Find(const RawRecord& entry, Opcode opcode, z64u offset,
                                     z64u length) const {
   const auto found = indexed_.find(offset);
-  if (found == indexed_.end() || found->second.opcode != opcode || found->second.length != length) {
+  if (found == indexed_.end() || found->second.opcode != opcode ||
+      kRecordPrefix + found->second.content.size() != length) {
     ThrowDamage(entry.place, "%s of %llu bytes is said to stand at byte offset %llu, and does not",
                 opcode == Opcode::chunk ? "a chunk" : "a metadata record", length, offset);
   }
-  return found->second.record;
+  return found->second;
 }
 
 void SummaryCheck::CheckChunkIndex(const RawRecord& record) const {

@@ -28,13 +28,6 @@ class SummaryCheck {
   void TakeSummary(const RawRecord& record) const;
 
  private:
-  // A chunk or metadata record, as an index should tell of it.
-  struct Indexed {
-    Opcode opcode;
-    z64u length;  // with its prefix
-    RawRecord record;
-  };
-
   // There may be very many.
   struct ChunkMessage {
     z64u offset;  // in the chunk's records
@@ -49,10 +42,9 @@ class SummaryCheck {
     std::map<z16u, z64u> channels;  // messages of each
   };
 
-  void Note(const RawRecord& record);
   void Count(const RawRecord& record);
   void CheckMessageIndex(const RawRecord& record) const;
-  static void CheckAttachment(const RawRecord& record);
+  void CheckAttachment(const RawRecord& record);
   void CheckStatistics(const RawRecord& record) const;
   const RawRecord& Find(const RawRecord& entry, Opcode opcode, z64u offset, z64u length) const;
   void CheckChunkIndex(const RawRecord& record) const;
@@ -61,7 +53,7 @@ class SummaryCheck {
 
   Bytes stream_;
   Counted counted_;
-  std::map<z64u, Indexed> indexed_;          // by offset
+  std::map<z64u, RawRecord> indexed_;        // chunks and metadata, by offset
   std::vector<ChunkMessage> chunkMessages_;  // of the last chunk, in order
   bool chunkRead_ = true;
 };
