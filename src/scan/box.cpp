@@ -43,6 +43,11 @@ class CloudRange {
  public:
   static constexpr zSize kGroup = 16;  // points
 
+  CloudRange() {
+    lowest_.fill(32767);
+    highest_.fill(-32768);
+  }
+
   void Include(const zPoint3d16s& point) {
     if (!IsValid(point)) return;
     single_[0].Include(point.x);
@@ -79,16 +84,8 @@ class CloudRange {
  private:
   static constexpr zSize kLanes = 3 * kGroup;  // x, y, z of each point in turn
 
-  template <z16s Value>
-  static constexpr std::array<z16s, kLanes> Filled() {
-    std::array<z16s, kLanes> lanes{};
-    lanes.fill(Value);
-    return lanes;
-  }
-
   std::array<RawRange, 3> single_{};
-  std::array<z16s, kLanes> lowest_ = Filled<32767>();
-  std::array<z16s, kLanes> highest_ = Filled<-32768>();
+  std::array<z16s, kLanes> lowest_, highest_;
 };
 
 BoundingBox6 MakeBox(const Extent& x, const Extent& y, const Extent& z) {

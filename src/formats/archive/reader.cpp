@@ -50,10 +50,8 @@ std::optional<ArchiveMember> ArchiveWalk::Next() {
 std::vector<ArchiveMember> FindMembers(std::span<const z8u> archive,
                                        std::span<const std::string> names,
                                        const Orv::Operation& operation) {
-  std::vector<ArchiveMember> found(names.size());
-  std::ranges::transform(names, found.begin(), [](const std::string& name) {
-    return ArchiveMember{name, 0, zOK, {}};
-  });
+  std::vector<ArchiveMember> found;
+  for (const std::string& name : names) found.push_back({name, 0, zOK, {}});
   if (archive.empty()) return found;
   ArchiveWalk walk(archive, operation);
   while (const std::optional<ArchiveMember> member = walk.Next()) {

@@ -26,11 +26,7 @@ constexpr std::string_view kRecordingFilter =
 void WriteExposures(CsvText& text, const CsvDeviceInfoFields& device) {
   z32s left = device.exposureCount;
   for (const double exposure : device.exposures) {
-    if (left-- > 0) {
-      text << exposure << ",";
-    } else {
-      text << "-,";
-    }
+    left-- > 0 ? text << exposure << "," : text << "-,";
   }
   text << "-,-,";
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "formats/recording/recording.h"
 
+#include <algorithm>
+
 #include "statuses.h"
 
 namespace {
@@ -8,11 +10,6 @@ namespace {
 constexpr Orv::Operation kOperation{"surfacefileconverter", "GetCloudsInfoFromRecordingData"};
 
 using SourceSelection = std::vector<bool>;
-
-void ReadClassicFrames(Plovia::ReplaySerializer& serializer, zSize frameCount,
-                       std::vector<Plovia::ReplayFrame>& frames) {
-  for (zSize i = 0; i < frameCount; ++i) frames.push_back(serializer.ReadData(i));
-}
 
 void ReadSegments(Plovia::ReplaySerializer& serializer, z64u segmentCount,
                   const SourceSelection& selection, std::vector<Plovia::ReplayFrame>& frames) {
@@ -64,21 +61,20 @@ void GetCloudsInfoFromRecordingData(Plovia::ReplaySerializer& serializer,
                     "The scanners' number is not equal to 1 in the inputted recording data");
   }
   SourceSelection selection;
-  bool anySource = false;
   for (const ReplaySourceInfo& source : scanners.front().sources) {
     selection.push_back(IsExportable(source));
     if (!selection.back()) continue;
-    anySource = true;
     dataType = static_cast<DataSourceType>(source.dataType);
     arrayed = source.arrayed;
     sources.push_back(source);
   }
-  if (!anySource) kOperation.Fail(kBadInput, "Unsupported data format");
+  if (std::ranges::count(selection, true) == 0)
+    kOperation.Fail(kBadInput, "Unsupported data format");
 
   if (serializer.GetReplayInfo().IsClassic()) {
     const zSize frameCount = serializer.ReadIndexInfo().size();
     if (frameCount == 0) kOperation.Fail(kBadInput, "There is no frame data in the recording data");
-    ReadClassicFrames(serializer, frameCount, frames);
+    for (zSize i = 0; i < frameCount; ++i) frames.push_back(serializer.ReadData(i));
   } else {
     const z64u segmentCount = serializer.SegmentCount();
     if (segmentCount == 0)
