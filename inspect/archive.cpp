@@ -51,9 +51,7 @@ void ParseDocument(const std::string& name, std::span<const z8u> content) {
     static_cast<void>(ParseBounded(content, kOperation));
     return;
   }
-  const auto keepNothing = [](int, nlohmann::json::parse_event_t, nlohmann::json&) {
-    return false;
-  };
+  const auto keepNothing = [](int, auto, const auto&) { return false; };
   [[maybe_unused]] const nlohmann::json nothing =
       nlohmann::json::parse(content.begin(), content.end(), keepNothing);
 }

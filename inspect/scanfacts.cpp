@@ -25,7 +25,6 @@ Measured Measure(std::span<const z16s> heights) {
     for (const z16s height : block) valid = static_cast<z16u>(valid + IsValid(height));
     measured.validPoints += valid;
     const HeightRange range = FindHeightRange(block);
-    if (valid == 0) continue;
     measured.heights.lowest = std::min(measured.heights.lowest, range.lowest);
     measured.heights.highest = std::max(measured.heights.highest, range.highest);
   }
@@ -59,13 +58,7 @@ ScanFacts MeasureScan(const Scan& scan) {
   }
   const auto intensities = zArray_Items<z8u>(scan.intensities.Get());
   if (!intensities.empty()) {
-    z8u lowest = 255;
-    z8u highest = 0;
-    for (const z8u intensity : intensities) {
-      lowest = std::min(lowest, intensity);
-      highest = std::max(highest, intensity);
-    }
-    facts.intensity = {lowest, highest};
+    facts.intensity = {std::ranges::min(intensities), std::ranges::max(intensities)};
   }
   return facts;
 }

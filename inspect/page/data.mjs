@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the page was made with: one description of everything, and arrays in base64.
 import {Scan, bytesOf} from "./scan.mjs";
+import {extentOf} from "./text.mjs";
 
 const unique = (values) => [...new Set(values)];
 
@@ -29,10 +30,7 @@ export class PageData {
   heightRange(source) {
     const entries = this.scans.filter((entry) => entry.source === source && entry.measured > 0);
     if (entries.length === 0) return {low: 0, high: 0};
-    return {
-      low: entries.reduce((low, entry) => Math.min(low, entry.low), Infinity),
-      high: entries.reduce((high, entry) => Math.max(high, entry.high), -Infinity),
-    };
+    return extentOf(entries.flatMap((entry) => [entry.low, entry.high]));
   }
 
   // What of the file is on the page.

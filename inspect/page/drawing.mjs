@@ -54,19 +54,18 @@ export function onDrag(target, {start = () => {}, move, end = () => {}}) {
     target.setPointerCapture(event.pointerId);
     let [x, y] = [event.clientX, event.clientY];
     start(event);
-    const moved = (next) => {
+    const drag = new AbortController();
+    const listen = (type, act) => target.addEventListener(type, act, {signal: drag.signal});
+    listen("pointermove", (next) => {
       move(next.clientX - x, next.clientY - y, next);
       [x, y] = [next.clientX, next.clientY];
-    };
-    const ended = () => {
-      target.removeEventListener("pointermove", moved);
-      target.removeEventListener("pointerup", ended);
-      target.removeEventListener("pointercancel", ended);
-      end();
-    };
-    target.addEventListener("pointermove", moved);
-    target.addEventListener("pointerup", ended);
-    target.addEventListener("pointercancel", ended);
+    });
+    for (const type of ["pointerup", "pointercancel"]) {
+      listen(type, () => {
+        drag.abort();
+        end();
+      });
+    }
   });
 }
 

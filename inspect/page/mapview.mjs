@@ -103,19 +103,16 @@ export class MapView {
   // The cell that a key leads to from another; null for other keys.
   step({column, row}, key, by) {
     const {width, length} = this.scan;
-    let [x, y] = [this.flipColumn(column), this.flipRow(row)];
-    if (key === "ArrowLeft") x -= by;
-    else if (key === "ArrowRight") x += by;
-    else if (key === "ArrowUp") y -= by;
-    else if (key === "ArrowDown") y += by;
-    else if (key === "Home") x = 0;
-    else if (key === "End") x = width - 1;
-    else if (key === "PageUp") y = 0;
-    else if (key === "PageDown") y = length - 1;
-    else return null;
-    x = Math.min(Math.max(x, 0), width - 1);
-    y = Math.min(Math.max(y, 0), length - 1);
-    return {column: this.flipColumn(x), row: this.flipRow(y)};
+    const [x, y] = [this.flipColumn(column), this.flipRow(row)];
+    const place = {
+      ArrowLeft: [x - by, y], ArrowRight: [x + by, y], ArrowUp: [x, y - by], ArrowDown: [x, y + by],
+      Home: [0, y], End: [width - 1, y], PageUp: [x, 0], PageDown: [x, length - 1],
+    }[key];
+    if (!place) return null;
+    const inside = (value, count) => Math.min(Math.max(value, 0), count - 1);
+    return {
+      column: this.flipColumn(inside(place[0], width)), row: this.flipRow(inside(place[1], length)),
+    };
   }
 
   // Moves the map as little as shows the cell.

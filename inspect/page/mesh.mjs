@@ -27,11 +27,9 @@ export function makeMesh(scan, stride) {
   }
   const known = (corner) => !Number.isNaN(places[3 * corner + 2]);
   const triangles = [];
-  for (let j = 0; j < rows; ++j) {
-    for (let k = 0; k < columns; ++k) {
-      const corner = j * columns + k;
-      if (j + 1 === rows || k + 1 === columns) continue;
-      const [a, b, c, d] = [corner, corner + 1, corner + columns, corner + columns + 1];
+  for (let j = 0; j + 1 < rows; ++j) {
+    for (let a = j * columns; a + 1 < (j + 1) * columns; ++a) {
+      const [b, c, d] = [a + 1, a + columns, a + columns + 1];
       if (known(b) && known(c)) {
         if (known(a)) triangles.push(a, b, c);
         if (known(d)) triangles.push(b, d, c);
@@ -43,10 +41,7 @@ export function makeMesh(scan, stride) {
   }
   const used = new Uint8Array(columns * rows);
   for (const corner of triangles) used[corner] = 1;
-  const points = [];
-  used.forEach((is, corner) => {
-    if (!is && known(corner)) points.push(corner);
-  });
+  const points = [...used.keys()].filter((corner) => !used[corner] && known(corner));
   return {places, triangles, points, radius, middleZ};
 }
 

@@ -18,10 +18,7 @@ using Json = nlohmann::ordered_json;
 constexpr z64u kLeastPerScan = 4096;  // fewer points of a large scan show nothing
 constexpr z64u kScanItself = 64;      // what the description of a scan counts for
 constexpr std::string_view kDataMark = "<!-- data -->";
-
-std::string_view PageSource() {
-  return {reinterpret_cast<const char*>(page_html), sizeof page_html};
-}
+constexpr const char* kKinds[] = {"surface", "cloud", "profile", "profile"};  // by ScanKind
 
 std::string Base64(std::span<const z8u> bytes) {
   constexpr std::string_view kDigits =
@@ -47,30 +44,11 @@ std::string Base64(const std::vector<z16s>& values) {
 // Json that may stand in an element of a page: ASCII, and no "<" that could end the element or
 // begin a comment. Bytes that are no UTF-8 become U+FFFD.
 std::string ToElementText(const Json& json) {
-  const std::string plain = json.dump(-1, ' ', true, Json::error_handler_t::replace);
   std::string text;
-  text.reserve(plain.size());
-  for (const char c : plain) {
-    if (c == '<') {
-      text += "\\u003c";
-    } else {
-      text += c;
-    }
+  for (const char c : json.dump(-1, ' ', true, Json::error_handler_t::replace)) {
+    c == '<' ? text += "\\u003c" : text += c;
   }
   return text;
-}
-
-std::string KindName(ScanKind kind) {
-  switch (kind) {
-    case ScanKind::surface:
-      return "surface";
-    case ScanKind::cloud:
-      return "cloud";
-    case ScanKind::profile:
-    case ScanKind::pointProfile:
-      return "profile";
-  }
-  return {};
 }
 
 std::string SourceName(const TaggedScan& scan) {
@@ -108,7 +86,7 @@ Page::Page(std::string name, Json facts, const PageExtent& extent, z64u budget)
 }
 
 void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
-  if (!Shows(frame)) return;
+  if (frame % every_ != 0) return;
   if (left_ == 0) {
     ++leftOut_;
     return;
@@ -120,7 +98,7 @@ void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
   Json entry = {{"frame", frame},
                 {"index", frameIndex},
                 {"source", SourceName(tagged)},
-                {"kind", KindName(scan.kind)},
+                {"kind", kKinds[static_cast<zSize>(scan.kind)]},
                 {"columns", scan.width},
                 {"rows", scan.length},
                 {"width", page.width},
@@ -154,7 +132,7 @@ void Page::Write(std::ostream& out) const {
   document["budget"] = budget_;
   document["every"] = every_;
   document["leftOut"] = leftOut_;
-  const std::string_view source = PageSource();
+  const std::string_view source(reinterpret_cast<const char*>(page_html), sizeof page_html);
   const zSize mark = source.find(kDataMark);
   out << source.substr(0, mark) << R"(<script type="application/json" id="document">)"
       << ToElementText(document) << "</script>\n";

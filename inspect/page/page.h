@@ -26,8 +26,6 @@ class Page {
   // as tables. Texts may hold anything.
   Page(std::string name, nlohmann::ordered_json facts, const PageExtent& extent, z64u budget);
 
-  // Whether scans of that frame are wanted; those of others need not be read.
-  bool Shows(zSize frame) const { return frame % every_ == 0; }
   // `frame` is counted from 0, `frameIndex` its entry in the recording's index. Frames come in
   // ascending order.
   void Add(zSize frame, z32u frameIndex, const TaggedScan& scan);

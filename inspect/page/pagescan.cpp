@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
+#include "inspect/picture/ticks.h"
 #include "inspect/reduction/mapcells.h"
+#include "scan/heightrange.h"
 
 namespace {
 
-constexpr z64f kInfinity = std::numeric_limits<z64f>::infinity();
 constexpr z64f kMostRaw = std::numeric_limits<z16s>::max();
 
 z16s Raw(z16s height) { return height; }
@@ -30,13 +32,7 @@ PageValues Keep(std::span<const Point> points, z64f scale, z64f offset, Known kn
 
 // Real values, rounded to 1/65534 of their range.
 PageValues Quantise(const std::vector<z64f>& reals) {
-  z64f low = kInfinity;
-  z64f high = -kInfinity;
-  for (const z64f real : reals) {
-    if (!std::isfinite(real)) continue;
-    low = std::min(low, real);
-    high = std::max(high, real);
-  }
+  const auto [low, high] = ExtentOf(reals);
   PageValues values;
   if (low <= high) values.offset = low + (high / 2 - low / 2);
   const z64f step = high / (2 * kMostRaw) - low / (2 * kMostRaw);
@@ -53,18 +49,13 @@ PageValues Quantise(const std::vector<z64f>& reals) {
 
 void TellRange(PageScan& page) {
   const PageValues& heights = page.heights;
-  z64f low = kInfinity;
-  z64f high = -kInfinity;
-  for (const z16s raw : heights.raw) {
-    if (raw == kInvalidRaw) continue;
-    const z64f real = raw * heights.scale + heights.offset;
-    low = std::min(low, real);
-    high = std::max(high, real);
-    ++page.measured;
-  }
+  const auto gaps = std::ranges::count(heights.raw, kInvalidRaw);
+  page.measured = heights.raw.size() - static_cast<zSize>(gaps);
   if (page.measured == 0) return;
-  page.low = low;
-  page.high = high;
+  const HeightRange range = FindHeightRange(heights.raw);
+  const Axis axis{heights.scale, heights.offset};
+  std::tie(page.low, page.high) =
+      std::minmax({Real(range.lowest, axis), Real(range.highest, axis)});
 }
 
 // Those of points without a height too.
@@ -76,12 +67,7 @@ std::vector<z8u> OwnIntensities(const Scan& scan) {
 PageScan FromMap(const Scan& scan, zSize mostPoints) {
   HeightMap map = MakeHeightMap(scan, std::min(mostPoints, scan.Count()));
   PageScan page;
-  page.width = map.width;
-  page.length = map.length;
-  page.x = map.x;
-  page.y = map.y;
-  page.stepX = map.stepX;
-  page.stepY = map.stepY;
+  static_cast<MapGrid&>(page) = map;
   // Clouds fall into cells anyway.
   page.reduced = scan.kind == ScanKind::cloud ? scan.Count() > mostPoints : map.reduced;
   page.intensities = std::move(map.intensities);

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "scan/scan.h"
+#include "inspect/reduction/heightmap.h"
 
 // A value v stands for v * scale + offset mm, kInvalidRaw for nothing measured.
 struct PageValues {
@@ -12,10 +12,8 @@ struct PageValues {
   z64f scale = 1, offset = 0;
 };
 
-struct PageScan {
-  z32u width = 0, length = 0;    // cells of a map, or points of a profile in one row
-  z64f x = 0, y = 0;             // mm, centre of the first cell of the first row
-  z64f stepX = 0, stepY = 0;     // mm from cell to cell
+// The points of a profile are cells in one row.
+struct PageScan : MapGrid {
   PageValues heights;            // row by row
   PageValues places;             // x of the points of a profile that have no even step
   std::vector<z8u> intensities;  // likewise; empty for a scan without

@@ -38,7 +38,11 @@ export class LinePlot {
       if (key === "+" || key === "=") this.view.zoomBy(1.5, this.view.points.x[this.index]);
       else if (key === "-") this.view.zoomBy(1 / 1.5, this.view.points.x[this.index]);
       else if (key === "0") this.view.showAll();
-      else return this.moveCursor(key, by);
+      else {
+        const index = this.view.step(this.index, key, by);
+        if (index < 0) return false;
+        this.setIndex(index, true);
+      }
       return true;
     });
   }
@@ -50,12 +54,6 @@ export class LinePlot {
     this.onCursor(this.index, false);
   }
 
-  moveCursor(key, by) {
-    const index = this.view.step(this.index, key, by);
-    if (index < 0) return false;
-    this.setIndex(index, true);
-    return true;
-  }
   setIndex(index, byKey) {
     if (index < 0) return;
     this.index = index;

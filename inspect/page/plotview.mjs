@@ -1,17 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Which part of a line plot is seen, and where its points are.
+import {extentOf} from "./text.mjs";
 
 export const MARGIN = {left: 58, right: 12, top: 10, bottom: 38};
-
-// From the least to the greatest value; low is above high where all are NaN, or none is there.
-function extentOf(values) {
-  let [low, high] = [Infinity, -Infinity];
-  for (const value of values) {
-    if (value < low) low = value;
-    if (value > high) high = value;
-  }
-  return {low, high};
-}
 
 export class PlotView {
   // `canvas` has a clientWidth and a clientHeight. `onChange()` hears that the view was moved.

@@ -2,7 +2,7 @@
 // The line from A to B across the map, and the heights below it.
 import {onDrag, onKeys, placeAt, pointIn} from "./drawing.mjs";
 import {speak} from "./elements.mjs";
-import {mm, spoken} from "./text.mjs";
+import {extentOf, mm, spoken} from "./text.mjs";
 
 // The cells that a line passes, each nearest to the line, with their distances in mm from A.
 export function cellsAlong(scan, a, b) {
@@ -21,11 +21,9 @@ export function cellsAlong(scan, a, b) {
 export const heightAt = (scan, {column, row}) => scan.z(row * scan.width + column);
 
 export function sectionFacts(scan, a, b, cells) {
-  const heights = cells.map((cell) => heightAt(scan, cell)).filter((z) => !Number.isNaN(z));
+  const {low, high} = extentOf(cells.map((cell) => heightAt(scan, cell)));
   const difference = heightAt(scan, b) - heightAt(scan, a);
   const length = Math.hypot((b.column - a.column) * scan.stepX, (b.row - a.row) * scan.stepY);
-  const low = heights.reduce((least, z) => Math.min(least, z), Infinity);
-  const high = heights.reduce((most, z) => Math.max(most, z), -Infinity);
   return [
     ["length", mm(length, 4)],
     ["height difference B − A", Number.isNaN(difference) ? "an end is not measured"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Texts for values.
+// Values, and texts for them.
 
 // Control characters, and those that turn the direction of writing, would hide what a text says.
 export function clean(text) {
@@ -38,4 +38,14 @@ export function ticksOf(low, high, count) {
   }
   const decimals = Math.min(Math.max(0, -Math.floor(Math.log10(step) + 1e-9)), 9);
   return {ticks, decimals};
+}
+
+// From the least to the greatest value; low is above high where all are NaN, or none is there.
+export function extentOf(values) {
+  let [low, high] = [Infinity, -Infinity];
+  for (const value of values) {
+    if (value < low) low = value;
+    if (value > high) high = value;
+  }
+  return {low, high};
 }

@@ -11,9 +11,6 @@ class Canvas {
   // White; both sides from 1.
   Canvas(int width, int height);
 
-  int Width() const { return width_; }
-  int Height() const { return height_; }
-
   void Set(int x, int y, Rgb color) { Blend(x, y, color, 1); }
   // `coverage` from 0, nothing, to 1.
   void Blend(int x, int y, Rgb color, z32f coverage);

@@ -57,18 +57,6 @@ Plot PlotOf(const MapGrid& map) {
   return plot;
 }
 
-AxisRange HeightsOf(const HeightMap& map) {
-  AxisRange range;
-  bool any = false;
-  for (const z32f height : map.heights) {
-    const z64f z = static_cast<z64f>(height);
-    if (std::isnan(z)) continue;
-    range = any ? AxisRange{std::min(range.low, z), std::max(range.high, z)} : AxisRange{z, z};
-    any = true;
-  }
-  return range;
-}
-
 void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const AxisRange& heights,
                const Blank& blank) {
   const auto palette = HeightPalette();
@@ -113,15 +101,14 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   const auto measured =
       map.heights.size() -
       static_cast<zSize>(std::ranges::count_if(map.heights, [](z32f z) { return std::isnan(z); }));
-  if (measured == 0 && !HasValidPoint(scan)) return DrawNothing(title);
-  if (map.heights.empty()) return DrawNothing(title);
+  if (map.heights.empty() || (measured == 0 && !HasValidPoint(scan))) return DrawNothing(title);
   std::vector<std::string> notes;
   NoteStretching(plot, "y", notes);
   if (plot.across.Size() == 0) notes.emplace_back("All points have the same x.");
   if (plot.up.Size() == 0) notes.emplace_back("All points have the same y.");
   if (measured == 0) notes.emplace_back("Too few points were measured to be seen at this size.");
   Canvas canvas = MakeSheet(plot.height, title, notes);
-  const AxisRange heights = HeightsOf(map);
+  const AxisRange heights = ExtentOf(map.heights);
   const Blank blank = BlankOf(scan, map);
   DrawCells(canvas, plot, map, heights, blank);
   DrawAxes(canvas, plot, "y");
@@ -132,11 +119,7 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
 
 // All finite values; some room around a single one.
 AxisRange RangeOf(const std::vector<z64f>& values) {
-  AxisRange range{std::numeric_limits<z64f>::infinity(), -std::numeric_limits<z64f>::infinity()};
-  for (const z64f value : values) {
-    if (std::isnan(value)) continue;
-    range = {std::min(range.low, value), std::max(range.high, value)};
-  }
+  const AxisRange range = ExtentOf(values);
   if (range.Size() > 0) return range;
   const z64f room = std::max(0.5, std::abs(range.low) * 1e-3);
   return {range.low - room, range.high + room};

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "inspect/picture/ticks.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cmath>
 
 namespace {
 

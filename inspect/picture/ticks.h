@@ -2,6 +2,9 @@
 // Round numbers along an axis.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,18 @@ struct AxisRange {
   // 0 at the low end, 1 at the high end; in the middle of a range without size.
   z64f ShareOf(z64f value) const { return Size() > 0 ? (value - low) / Size() : 0.5; }
 };
+
+// From the least to the greatest of the finite values; without one, low is infinite and above high.
+template <class Value>
+AxisRange ExtentOf(const std::vector<Value>& values) {
+  constexpr z64f kInfinity = std::numeric_limits<z64f>::infinity();
+  AxisRange range{kInfinity, -kInfinity};
+  for (const Value value : values) {
+    if (!std::isfinite(value)) continue;
+    range = {std::min(range.low, z64f{value}), std::max(range.high, z64f{value})};
+  }
+  return range;
+}
 
 struct Tick {
   z64f value;

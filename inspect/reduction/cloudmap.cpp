@@ -41,7 +41,6 @@ struct CellAxis {
     if (!std::isfinite(cellsPerMm)) cellsPerMm = 0;
   }
 
-  z64f Step() const { return size / cells; }
   zSize CellOf(z64f mm) const {
     return static_cast<zSize>(
         std::clamp((mm - start) * cellsPerMm, 0.0, static_cast<z64f>(cells - 1)));
@@ -57,16 +56,10 @@ struct CellGrid {
   }
 };
 
-// 1 for each cell with a point, row by row.
-std::vector<z8u> FilledCells(const Scan& scan, const CellGrid& grid) {
-  std::vector<z8u> filled(grid.Count());
+zSize CountFilledCells(const Scan& scan, const CellGrid& grid) {
+  std::vector<z8u> filled(grid.Count());  // 1 for each cell with a point
   ForEachDrawablePoint(
       scan, [&](z32u, z32u, const zPoint3d64f& point) { filled[grid.CellOf(point)] = 1; });
-  return filled;
-}
-
-zSize CountFilledCells(const Scan& scan, const CellGrid& grid) {
-  const auto filled = FilledCells(scan, grid);
   return static_cast<zSize>(std::count(filled.begin(), filled.end(), z8u{1}));
 }
 
@@ -162,8 +155,8 @@ Footprint FootprintOf(const Scan& scan) {
 }
 
 MapGrid ToMapGrid(const CellGrid& grid) {
-  const z64f stepX = grid.x.Step();
-  const z64f stepY = grid.y.Step();
+  const z64f stepX = grid.x.size / grid.x.cells;
+  const z64f stepY = grid.y.size / grid.y.cells;
   return {grid.x.cells, grid.y.cells, grid.x.start + stepX / 2, grid.y.start + stepY / 2,
           stepX,        stepY};
 }

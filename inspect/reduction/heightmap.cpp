@@ -153,9 +153,8 @@ HeightMap MakeSurfaceMap(const Scan& scan, const std::function<MapSize(const Map
 MapSize Within(zSize mostCells, const MapGrid& grid) {
   const zSize width = grid.width;
   const zSize length = grid.length;
-  if (width * length <= mostCells || mostCells == 0) {
-    return mostCells == 0 ? MapSize{0, 0} : MapSize{grid.width, grid.length};
-  }
+  if (mostCells == 0) return {0, 0};
+  if (width * length <= mostCells) return {grid.width, grid.length};
   const z64f shrink = std::sqrt(static_cast<z64f>(mostCells) / static_cast<z64f>(width) /
                                 static_cast<z64f>(length));
   const auto part = [shrink](zSize side) {

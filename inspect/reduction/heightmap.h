@@ -39,7 +39,6 @@ HeightMap MakeHeightMap(const Scan& scan, const std::function<MapSize(const MapG
 struct ProfileLine {
   std::vector<z64f> x, z;        // mm; z is NaN in gaps, and x then that of a neighbour if unknown
   std::vector<z8u> intensities;  // likewise; empty for a scan without
-  bool reduced = false;
 };
 // Empty when no point is valid.
 ProfileLine MakeProfileLine(const Scan& scan, zSize mostColumns);

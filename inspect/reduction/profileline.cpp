@@ -65,7 +65,6 @@ ProfileLine MakeProfileLine(const Scan& scan, zSize mostColumns) {
 
   const bool withIntensity = !IntensitiesOf(scan).empty();
   const zSize columns = std::min(mostColumns, points.size());
-  line.reduced = columns < points.size();
   const auto lower = [](const LinePoint& a, const LinePoint& b) {
     return std::isnan(b.z) ? !std::isnan(a.z) : a.z < b.z;  // gaps are above all
   };

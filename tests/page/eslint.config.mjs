@@ -14,8 +14,8 @@ export default [
     rules: {"eqeqeq": "error", "no-shadow": ["error", {builtinGlobals: true}], "no-var": "error",
       "prefer-const": ["error", {destructuring: "all"}]},
   },
-  among("inspect/page/**", ...page, "ImageData", "ResizeObserver", "atob", "getComputedStyle",
-    "matchMedia", "window"),
+  among("inspect/page/**", ...page, "AbortController", "ImageData", "ResizeObserver", "atob",
+    "getComputedStyle", "matchMedia", "window"),
   among("tests/page/**", ...page, "Buffer", "Element", "Event", "KeyboardEvent", "PointerEvent",
     "URL", "WheelEvent", "process"),
 ];
