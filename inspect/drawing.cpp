@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <sstream>
 
+#include "formats/directory/reader.h"
 #include "inspect/inspect.h"
 #include "inspect/page/page.h"
 #include "inspect/picture/picture.h"
 #include "inspect/report.h"
+#include "outputfile/outputfile.h"
 #include "statuses.h"
 #include "wholefile.h"
 
@@ -89,18 +91,25 @@ void WritePage(const std::string& path, const FileFacts& facts, const InspectOpt
   WriteBuffer(zBytes(bytes, bytes + written.size()), options.html);
 }
 
-void RequireOtherFile(const std::string& path, const std::string& output) {
-  std::error_code missing;
-  if (!output.empty() && std::filesystem::equivalent(path, output, missing)) {
-    kOperation.Fail(kBadInput, output + " is what should be looked at");
+// What is looked at, and what will be written.
+void RequireOtherFiles(const std::string& path, const InspectOptions& options) {
+  std::vector<std::string> inputs = {path};
+  if (zDirectory_Exists(path.c_str())) {
+    for (const std::string& name : ListFileNames(path, kOperation, &zAllocator::Default())) {
+      inputs.push_back(PathInDirectory(path, name));
+    }
   }
+  std::vector<std::string> outputs;
+  for (const std::string& output : {options.png, options.html}) {
+    if (!output.empty()) outputs.push_back(output);
+  }
+  RequireSeparateFiles(kOperation, outputs, inputs);
 }
 
 }  // namespace
 
 FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress) {
-  RequireOtherFile(path, options.png);
-  RequireOtherFile(path, options.html);
+  RequireOtherFiles(path, options);
   FileFacts facts = options.png.empty() ? InspectFile(path, options.check, nullptr, progress)
                                         : DrawScan(path, options, progress);
   const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {

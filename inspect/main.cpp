@@ -9,6 +9,7 @@
 #include "inspect/inspect.h"
 #include "inspect/options.h"
 #include "inspect/report.h"
+#include "outputfile/partialfile.h"
 #include "text.h"
 
 namespace {
@@ -71,6 +72,7 @@ int Inspect(const InspectOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  GuardPartialFiles();
   try {
     const ParsedOptions parsed = ParseInspectOptions(argc, argv);
     return parsed.exitCode ? *parsed.exitCode : Inspect(parsed.options);

@@ -3,11 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "commandargsoperator/commandargsoperator.h"
 #include "console.h"
+#include "outputfile/partialfile.h"
 #include "sdk/message.h"
 #include "sdk/pipeline.h"
 #include "statuses.h"
@@ -70,6 +72,7 @@ void ReportWithoutMemory(const char* message) {
 
 // Some operations of the libraries promise not to fail and end the program where memory does.
 [[noreturn]] void ReportTermination() {
+  RemovePartialFiles();
   ReportWithoutMemory("std::bad_alloc");
   static_cast<void>(std::fflush(stdout));
   std::_Exit(1);
@@ -81,8 +84,13 @@ int OpenLogAndRun(int argc, char** argv) {
     printUsage();
     return 1;
   }
-  const bool startAnew = getFileSize(kLogName) > kLongestLog;
-  std::ofstream log(kLogName, std::ios::binary | (startAnew ? std::ios::trunc : std::ios::app));
+  std::ofstream log;
+  std::error_code unknown;
+  // A pipe would be waited for until somebody reads it.
+  if (!std::filesystem::is_fifo(kLogName, unknown)) {
+    const bool startAnew = getFileSize(kLogName) > kLongestLog;
+    log.open(kLogName, std::ios::binary | (startAnew ? std::ios::trunc : std::ios::app));
+  }
   if (!log.is_open()) {
     consoleStatus("[ERROR] ", "Failed to open the log file");
     return 1;
@@ -94,6 +102,7 @@ int OpenLogAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::set_terminate(ReportTermination);
+  GuardPartialFiles();
   try {
     return OpenLogAndRun(argc, argv);
   } catch (const std::exception& failure) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "outputfile/outputfile.h"
 #include "statuses.h"
 
 namespace {
@@ -13,51 +14,15 @@ constexpr Orv::Operation kRead{kUnit, "ReadFileBuffer"};
 constexpr Orv::Operation kWriteStream{kUnit, "WriteStream"};
 constexpr Orv::Operation kWriteBuffer{kUnit, "WriteBuffer"};
 
-// Removes the file that is being written, unless it is finished. A device keeps its place in the
-// file system, whatever went wrong.
-class UnfinishedFile {
- public:
-  explicit UnfinishedFile(std::filesystem::path path) : path_(std::move(path)) {}
-  ~UnfinishedFile() {
-    std::error_code ignored;
-    if (begun_ && std::filesystem::is_regular_file(path_, ignored)) {
-      std::filesystem::remove(path_, ignored);
-    }
-  }
-  UnfinishedFile(const UnfinishedFile&) = delete;
-  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-
-  // The file is open. What is removed is the file itself, not a link to it.
-  void Begin() {
-    begun_ = true;
-    std::error_code unknown;
-    std::filesystem::path target = std::filesystem::canonical(path_, unknown);
-    if (!unknown) path_ = std::move(target);
-  }
-  void Finish() { begun_ = false; }
-
- private:
-  std::filesystem::path path_;
-  bool begun_ = false;
-};
-
 // `write` puts the content into the file that it is given and returns a status.
 template <class Write>
 void WriteFile(const Orv::Operation& operation, const std::string& path,
                const Orv::Exception& cannotOpen, const Write& write) {
-  UnfinishedFile unfinished(path);
-  Orv::Object<void*> file;
-  // A name with a zero in it, as a recording may suggest, would be cut there.
-  const bool whole = path.find('\0') == std::string::npos;
-  if (!whole ||
-      zFile_Construct(file.Out(), path.c_str(), zFILE_WRITE, &zAllocator::Default()) != zOK) {
-    throw cannotOpen;
+  OutputFile output;
+  if (output.Open(path) != zOK) throw cannotOpen;
+  if (write(output.Stream()) != zOK || output.Finish() != zOK) {
+    operation.Fail(kBadInput, "Failed to write " + path);
   }
-  unfinished.Begin();
-  const zStatus written = write(file.Get());
-  const zStatus closed = file.Release();
-  if (written != zOK || closed != zOK) operation.Fail(kBadInput, "Failed to write " + path);
-  unfinished.Finish();
 }
 
 Orv::Exception CannotOpen(const Orv::Operation& operation, const std::string& path) {

@@ -10,8 +10,7 @@
 // Fills `bytes` with the file's content; an empty file is an error.
 void ReadFileBuffer(const std::string& path, zBytes& bytes);
 
-// Replaces the file by the whole stream, whatever its position. A file that could not be written
-// to its end is removed.
+// Replaces the file by the whole stream, whatever its position, in the way of OutputFile.
 void WriteStream(zMemory stream, const std::string& path);
 // Replaces the file by these bytes, in the same way.
 void WriteBuffer(const zBytes& bytes, const std::string& path);

@@ -5,6 +5,7 @@
 
 #include "formats/csv/writer.h"
 #include "getfilestream/getfilestream.h"
+#include "outputfile/outputfile.h"
 #include "statuses.h"
 #include "surfacefileconverter/filenames.h"
 #include "wholefile.h"
@@ -49,30 +50,58 @@ class FrameWriter {
       kWriteMsgs.Fail(
           kBadInput, "The data source count is not equal to the message count in the first frame.");
     }
-    const bool onlyFile = single && sources.size() == 1;
-    for (zSize j = 0; j < sources.size(); ++j) {
-      if (!IsWritten(sources[j])) continue;
-      const Handle message = MessageOf(recording_.frames[index], j);
-      // Sources after an arrayed one are not written.
-      if (sources[j].arrayed != 0) return WriteItems(message, index, recording_.tags[j], onlyFile);
-      WriteMessage(message, onlyFile ? target_.exportName : FrameName(index, recording_.tags[j]));
+    for (const zSize source : WrittenSources()) {
+      const Handle message = MessageOf(recording_.frames[index], source);
+      const std::vector<std::string> names = Names(source, index, single);
+      if (sources[source].arrayed == 0) {
+        WriteMessage(message, names.front());
+      } else {
+        WriteItems(message, names);
+      }
     }
   }
 
+  // The files that Write will make.
+  std::vector<std::string> Names(z32u index, bool single) const {
+    std::vector<std::string> names;
+    for (const zSize source : WrittenSources()) {
+      std::ranges::move(Names(source, index, single), std::back_inserter(names));
+    }
+    return names;
+  }
+
  private:
+  // Sources after an arrayed one are not written.
+  std::vector<zSize> WrittenSources() const {
+    std::vector<zSize> written;
+    for (zSize j = 0; j < recording_.sources.size(); ++j) {
+      if (!IsWritten(recording_.sources[j])) continue;
+      written.push_back(j);
+      if (recording_.sources[j].arrayed != 0) break;
+    }
+    return written;
+  }
+
+  // One for each item of the source's message.
+  std::vector<std::string> Names(zSize source, z32u index, bool single) const {
+    const bool arrayed = recording_.sources[source].arrayed != 0;
+    const zSize count =
+        arrayed ? MxArrayMsg_Count(MessageOf(recording_.frames[index], source).Get()) : 1;
+    if (single && recording_.sources.size() == 1 && count == 1) return {target_.exportName};
+    const std::string& tag = recording_.tags[source];
+    if (!arrayed) return {FrameName(index, tag)};
+    if (count == 0) return {};
+    return GetIncrementalIndexFileNames(FrameName(index, ""), count, "Array", tag);
+  }
+
   std::string FrameName(z32u index, const std::string& tag) const {
     return GetIndexFileName(target_.exportName, "Frame", static_cast<z32s>(index), tag);
   }
 
-  void WriteItems(const Handle& array, z32u index, const std::string& tag, bool onlyFile) {
+  void WriteItems(const Handle& array, const std::vector<std::string>& names) {
     Tell(target_.listener, NoticeKind::info, "The data format of the input message is arrayed.");
-    const zSize count = MxArrayMsg_Count(array.Get());
-    if (count == 0) kWriteMsgs.Fail(kBadInput, "The array message count is 0.");
-    const std::vector<std::string> names =
-        onlyFile && count == 1
-            ? std::vector{target_.exportName}
-            : GetIncrementalIndexFileNames(FrameName(index, ""), count, "Array", tag);
-    for (zSize k = 0; k < count; ++k) {
+    if (names.empty()) kWriteMsgs.Fail(kBadInput, "The array message count is 0.");
+    for (zSize k = 0; k < names.size(); ++k) {
       WriteMessage(Handle::Share(MxArrayMsg_At(array.Get(), k)), names[k]);
     }
   }
@@ -99,10 +128,16 @@ void WriteFrames(Recording& recording, const FrameChoice& choice, const FrameExp
     if (choice.frame >= frames.size()) {
       kExportFile.Fail(kBadInput, "The frame index must be less than the count of frames");
     }
+    RequireSeparateFiles(kWriteMsgs, writer.Names(choice.frame, true), {target.inputName});
     return writer.Write(choice.frame, true);
   }
   target.exportedNames.clear();
   RequireExtension(target.exportName);
+  std::vector<std::string> names;
+  for (zSize i = 0; i < frames.size(); ++i) {
+    std::ranges::move(writer.Names(static_cast<z32u>(i), false), std::back_inserter(names));
+  }
+  RequireSeparateFiles(kWriteMsgs, names, {target.inputName});
   for (zSize i = 0; i < frames.size(); ++i) {
     writer.Write(static_cast<z32u>(i), false);
     if (choice.release) std::ranges::fill(frames[i], Handle());
@@ -114,6 +149,7 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
   const std::vector<std::string> names =
       sources.size() == 1 ? std::vector{target.exportName}
                           : GetAppendedFileNames(target.exportName, recording.tags);
+  RequireSeparateFiles(kWriteMsgs, names, {target.inputName});
   target.exportedNames.clear();
   for (zSize j = 0; j < sources.size(); ++j) {
     if (!IsProfileType(sources[j].dataType)) continue;

@@ -15,7 +15,8 @@ struct FrameChoice {
 // Where they go. Files are named after the export name.
 struct FrameExport {
   std::string exportName;
-  FileType exportType;  // SRF, SUR, PRO, PCD or CSV
+  std::string inputName;  // of the recording, which no output may replace
+  FileType exportType;    // SRF, SUR, PRO, PCD or CSV
   zAlloc alloc;
   const Listener& listener;
   std::vector<std::string>& exportedNames;  // gains each file that was written

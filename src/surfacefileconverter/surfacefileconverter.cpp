@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "outputfile/outputfile.h"
 #include "statuses.h"
 #include "wholefile.h"
 
@@ -53,7 +54,7 @@ void SurfaceFileConverter::importFile(std::string fileName) {
   if (!type) kImport.Fail(kBadInput, {"The extension of the input filename is not supported", 137});
   import = {};
   frameIndex = 0;
-  inputBaseName = fileName.substr(0, dot);
+  inputName = fileName;
   if (IsRecordingType(*type)) {
     auto file = std::make_shared<zBytes>();
     ReadFileBuffer(fileName, *file);
@@ -68,7 +69,7 @@ void SurfaceFileConverter::importFile(std::string fileName) {
 void SurfaceFileConverter::importFiles(std::string directory) {
   import = {};
   import = OpenSurfaceDirectory(directory, allocator);
-  inputBaseName = WithoutEndingSeparators(std::move(directory));
+  inputName = std::move(directory);
 }
 
 void SurfaceFileConverter::exportFile(std::string exportName) {
@@ -78,7 +79,9 @@ void SurfaceFileConverter::exportFile(std::string exportName) {
   } else if (isRecordingData()) {
     kExport.Fail(kBadInput, "No file was exported because the export file name isn't specified");
   } else {
-    exportName = inputBaseName + ".ovrec";
+    exportName = (isMultiFileMode() ? WithoutEndingSeparators(inputName)
+                                    : inputName.substr(0, inputName.rfind('.'))) +
+                 ".ovrec";
   }
   exportFile(std::move(exportName), exportType);
 }
@@ -95,8 +98,10 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
     kExport.Fail(kBadInput, "Only .rep and .ovrec file extension are supported");
   }
   if (const auto* directory = std::get_if<SurfaceDirectory>(&import)) {
+    RequireSeparateFiles(kExport, {exportName}, PathsOf(*directory));
     ExportDirectory(*directory, exportName, exportType, allocator);
   } else {
+    RequireSeparateFiles(kExport, {exportName}, {inputName});
     ExportScan(std::get<ScanFile>(import), pcdOptions, exportName, exportType, allocator, listener);
   }
   exportedFileNames = {exportName};
@@ -121,7 +126,8 @@ void SurfaceFileConverter::exportRecording(Recording& recording, const std::stri
         "to a file whose extension is .pro");
   }
   const FrameChoice choice{exportAll, frameIndex, releaseFrames};
-  const FrameExport target{exportName, exportType, allocator, listener, exportedFileNames};
+  const FrameExport target{exportName, inputName, exportType,
+                           allocator,  listener,  exportedFileNames};
   if (exportType == CSV) {
     sensorCount = ExportCsv(recording, choice, target);
   } else {

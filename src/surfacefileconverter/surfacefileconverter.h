@@ -69,7 +69,7 @@ class SurfaceFileConverter {
   void exportRecording(Recording& recording, const std::string& exportName, FileType exportType);
 
   std::variant<std::monostate, ScanFile, SurfaceDirectory, Recording> import;
-  std::string inputBaseName;  // the input name without its extension
+  std::string inputName;  // as it was imported
   z32u frameIndex = 0;
   PcdOptions pcdOptions;
   z32s sensorCount = 0;  // of the job that the last CSV export read

@@ -57,8 +57,9 @@ TEST_F(InspectProgram, EndsWithAnExitCodeThatTells) {
       {"--png x.png --source l d", 1, "", "d: There is no such scan"},
       {"--png x.png bad.sur", 1, "", "bad.sur: 3 x 2 samples"},
       {"--html none/x.html good.sur", 1, "", "Failed to open none/x.html"},
-      {"--png ./good.sur good.sur", 1, "", "./good.sur is what should be looked at"},
-      {"--html ./good.sur good.sur", 1, "", "./good.sur is what should be looked at"},
+      {"--png ./good.sur good.sur", 1, "", "Failed to write ./good.sur"},
+      {"--html d/a-Frame-0001_L.sur d", 1, "", "Failed to write d/a-Frame-0001_L.sur"},
+      {"--png x --html ./x good.sur", 1, "", "Two outputs have the name ./x"},
       {"--check --png x.png --html x.html good.sur", 0, "good.sur: whole\n", ""},
   };
   for (const auto& [arguments, exitCode, output, errors] : rows) {

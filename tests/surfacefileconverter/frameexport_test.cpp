@@ -55,6 +55,9 @@ TEST(FrameExport, NamesOneFileForEachSourceAndItem) {
             "o-Frame-0000_abcdefgh\".sur=1 o-Frame-0000_T.sur=2 ");
   EXPECT_EQ(Export({zero}, {{k1}}, kAll), "-997 WriteStream: Failed to open o-Frame-0000_a");
 
+  EXPECT_EQ(Export({top, bottom, {"Other", "T", 14, 0, 0}}, {{k1, k2, k3}}, 0),
+            "-997 SurfaceFileConverter::writeMsgs: Two outputs have the name o-Frame-0000_T.sur");
+
   const std::string writer = "-997 SurfaceFileConverter::writeMsgs: ";
   EXPECT_EQ(Export({many}, {{MakeArrayOf({})}}, kAll), writer + "The array message count is 0.");
   EXPECT_EQ(Export({top}, {{k1, k2}}, 0, true),

@@ -2,6 +2,7 @@
 #include "formats/archive/writer.h"
 
 #include "formats/archive/layout.h"
+#include "outputfile/outputfile.h"
 #include "sdk/archive.h"
 #include "statuses.h"
 
@@ -23,6 +24,9 @@ class ArchiveWriter {
     Handle source;
     zStatus status = zFile_Construct(source.Out(), sourcePath.c_str(), zFILE_READ, alloc_);
     if (status == zOK) status = zTar_WriteFile(tar_, member, source.Get(), size);
+    // One that has grown, or whose size could not be told, would be cut.
+    z8u more = 0;
+    if (status == zOK && zStream_Read(source.Get(), &more, 1) == zOK) status = zERROR_STREAM;
     const zStatus released = source.Release();
     kOperation.Require(status == zOK ? released : status, "Failed to write the %s file", member);
   }
@@ -48,13 +52,13 @@ class ArchiveWriter {
 void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc) {
-  Handle output;
+  RequireSeparateFiles(kOperation, {outputPath}, {configPath, jobsConfigPath, jobPath});
+  OutputFile output;
   Handle tar;
-  kOperation.Require(zFile_Construct(output.Out(), outputPath.c_str(), zFILE_WRITE, alloc),
-                     "Failed to construct " + outputPath);
-  kOperation.Require(zFile_SetWriteBuffer(output.Get(), kWriteBufferSize),
+  kOperation.Require(output.Open(outputPath), "Failed to construct " + outputPath);
+  kOperation.Require(zFile_SetWriteBuffer(output.Stream(), kWriteBufferSize),
                      "Failed to allocate memory");
-  kOperation.Require(zTar_Construct(tar.Out(), output.Get(), zTAR_WRITE, alloc),
+  kOperation.Require(zTar_Construct(tar.Out(), output.Stream(), zTAR_WRITE, alloc),
                      "Failed to construct a zTar variable");
   ArchiveWriter writer(tar.Get(), alloc);
   writer.CopyFile(kConfigMember, configPath);
@@ -65,9 +69,7 @@ void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& conf
   writer.BeginFolder(kReplayFolder);
   writer.WriteReplay(replay);
   // The last blocks of the archive and of the file are written only now.
-  const zStatus completed = tar.Release();
-  const zStatus closed = output.Release();
-  if (completed != zOK || closed != zOK) {
+  if (tar.Release() != zOK || output.Finish() != zOK) {
     kOperation.Fail(kBadInput, "Failed to write " + outputPath);
   }
 }

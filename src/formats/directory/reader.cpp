@@ -6,6 +6,7 @@
 #include <map>
 
 #include "numbers.h"
+#include "outputfile/partialfile.h"
 #include "statuses.h"
 
 namespace {
@@ -88,13 +89,22 @@ std::vector<std::string> ListFileNames(const std::string& directory,
                     "Fail to list all the file in the input directory.");
   std::vector<std::string> names;
   for (zSize i = 0; i < zArrayList_Count(list.Get()); ++i) {
-    names.push_back(*static_cast<const zString*>(zArrayList_At(list.Get(), i)));
+    const auto& name = *static_cast<const zString*>(zArrayList_At(list.Get(), i));
+    if (!IsPartialFileName(name)) names.push_back(name);
   }
   return names;
 }
 
 std::string PathInDirectory(const std::string& directory, const std::string& name) {
   return directory + kSeparator + name;
+}
+
+std::vector<std::string> PathsOf(const SurfaceDirectory& directory) {
+  std::vector<std::string> paths;
+  for (const std::string& name : directory.files) {
+    paths.push_back(PathInDirectory(directory.path, name));
+  }
+  return paths;
 }
 
 SurfaceDirectory OpenSurfaceDirectory(const std::string& path, zAlloc alloc) {

@@ -38,8 +38,12 @@ SurfaceDirectory OpenSurfaceDirectory(const std::string& path, zAlloc alloc);
 // source's tag is also found under that one.
 std::vector<std::vector<std::string>> FilesByFrame(const SurfaceDirectory& directory);
 
-// The names of the files in a directory; failures are those of the operation.
+// The names of the files in a directory, but for what an interrupted run left; failures are those
+// of the operation.
 std::vector<std::string> ListFileNames(const std::string& directory,
                                        const Orv::Operation& operation, zAlloc alloc);
+
+// The paths of all its files.
+std::vector<std::string> PathsOf(const SurfaceDirectory& directory);
 
 std::string PathInDirectory(const std::string& directory, const std::string& name);

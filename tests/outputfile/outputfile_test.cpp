@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+// What stands at an output's place before, while and after it is written.
+#include "outputfile/outputfile.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <future>
+
+#include "support/scans.h"
+#include "support/sur_file.h"
+#include "support/temp_directory.h"
+#include "surfacefileconverter/surfacefileconverter.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr fs::perms kOddMode = fs::perms(0604);
+
+struct Place {
+  std::string name;    // of the output
+  std::string target;  // what it stands for
+  std::function<void()> arrange;
+  bool inPlace = false;
+  fs::perms mode = kOddMode;
+};
+
+void Earlier(const std::string& name) {
+  WriteFile(name, "earlier");
+  fs::permissions(name, kOddMode);
+}
+
+std::vector<Place> Places() {
+  const std::string longest(255, 'n');
+  return {
+      {"new", "new", [] {}, false, fs::perms(0640)},
+      {longest, longest, [=] { Earlier(longest); }},
+      {"a/link", "a/b/file", [] { Earlier("a/b/file"), fs::create_symlink("b/file", "a/link"); }},
+      {"a/link", "a/b/no", [] { fs::create_symlink("b/no", "a/link"); }, false, fs::perms(0640)},
+      {"one", "other", [] { Earlier("other"), fs::create_hard_link("other", "one"); }, true},
+  };
+}
+
+std::set<std::string> AllFiles() {
+  std::set<std::string> names;
+  for (const auto& entry : fs::recursive_directory_iterator(".")) names.insert(entry.path());
+  return names;
+}
+
+TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
+  const mode_t mask = umask(027);
+  for (const bool finished : {false, true}) {
+    for (const Place& place : Places()) {
+      SCOPED_TRACE(place.target);
+      const TempDirectory directory;
+      fs::create_directories("a/b");
+      place.arrange();
+      const std::string before = ReadFile(place.target);
+      std::set<std::string> files = AllFiles();
+      {
+        OutputFile output;
+        MustBeOk(output.Open(place.name));
+        MustBeOk(zStream_Write(output.Stream(), "whole", 5));
+        EXPECT_EQ(ReadFile(place.target), place.inPlace ? "" : before);
+        EXPECT_EQ(AllFiles().size(), files.size() + (place.inPlace ? 0 : 1));
+        if (finished) MustBeOk(output.Finish());
+      }
+      if (finished) {
+        files.insert("./" + place.target);
+        EXPECT_EQ(ReadFile(place.target), "whole");
+        EXPECT_EQ(fs::status(place.target).permissions(), place.mode);
+      } else if (place.inPlace) {
+        files.erase("./" + place.name);  // its other names have lost what they held
+      } else {
+        EXPECT_EQ(ReadFile(place.target), before);
+      }
+      EXPECT_EQ(AllFiles(), files);
+    }
+  }
+  umask(mask);
+}
+
+TEST(OutputFile, GoesIntoAPipeThatSomebodyReads) {
+  const TempDirectory directory;
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  auto reader = std::async(std::launch::async, [] { return ReadFile("pipe"); });
+  OutputFile output;
+  MustBeOk(output.Open("pipe"));
+  MustBeOk(zStream_Write(output.Stream(), "whole", 5));
+  MustBeOk(output.Finish());
+  EXPECT_EQ(reader.get(), "whole");
+}
+
+TEST(OutputFile, CannotBeOpenedWhereNoFileCanStand) {
+  const TempDirectory directory;
+  fs::create_directory("folder");
+  fs::create_symlink("loop", "loop");
+  for (const std::string& name :
+       {std::string(), std::string("folder"), std::string("folder/"), std::string("none/a"),
+        std::string("none/"), std::string("loop"), std::string("a\0b", 3), std::string(256, 'n')}) {
+    EXPECT_NE(OutputFile().Open(name), zOK) << name;
+  }
+  EXPECT_EQ(AllFiles(), (std::set<std::string>{"./folder", "./loop"}));
+}
+
+// By name, link or folder; a leftover of an earlier run is no part of one.
+TEST(OutputFile, NeverReplacesAnInput) {
+  const TempDirectory directory;
+  fs::create_directories("d/config");
+  const zBytes surface = SurFile{}.Bytes();
+  for (const char* name : {"d/a-Frame-0000_T.sur", "d/a-Frame-0001_T.sur"})
+    WriteFile(name, surface);
+  WriteFile("d/.trelvane-1.partial", "half");
+  fs::create_symlink("d/a-Frame-0001_T.sur", "link.rep");
+  fs::create_hard_link("d/a-Frame-0001_T.sur", "hard.rep");
+  SurfaceFileConverter converter;
+  for (const char* output : {"link.rep", "hard.rep"}) {
+    const std::string refused = std::string(": Failed to write ") + output;
+    converter.importFile("d/a-Frame-0001_T.sur");
+    EXPECT_THAT(Thrown([&] { converter.exportFile(output); }), testing::EndsWith(refused));
+    converter.importFiles("d");
+    EXPECT_THAT(Thrown([&] { converter.exportFile(output); }), testing::EndsWith(refused));
+  }
+  converter.exportFile("in.rep");
+  fs::create_symlink("in.rep", "o-Frame-0001_T.sur");
+  converter.importFile("in.rep");
+  EXPECT_EQ(converter.getFrameNumber(), 2U);
+  converter.exportAll = true;
+  EXPECT_THAT(Thrown([&] { converter.exportFile("o.sur"); }),
+              testing::EndsWith(": Failed to write o-Frame-0001_T.sur"));
+  EXPECT_FALSE(fs::exists("o-Frame-0000_T.sur"));
+  EXPECT_EQ(ToBytes(ReadFile("hard.rep")), surface);
+}
+
+}  // namespace
