@@ -13,9 +13,9 @@
 
 namespace {
 
-// Paths are UTF-8.
+// Paths are UTF-8. Not every system replaces files by names that are relative.
 std::wstring Wide(const std::string& path) {
-  return std::filesystem::path(std::u8string(path.begin(), path.end())).wstring();
+  return std::filesystem::absolute(std::u8string(path.begin(), path.end())).wstring();
 }
 
 }  // namespace
@@ -53,7 +53,11 @@ Replaced Replace(const std::string& newFile, const std::string& target) {
     }
     std::this_thread::sleep_for(kPause);
   }
-  return Replaced::failed;
+  // Some network shares know this way alone.
+  return MoveFileExW(from.c_str(), to.c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0
+             ? Replaced::done
+             : Replaced::failed;
 }
 
 bool SyncFile(const std::string& path) {
