@@ -45,14 +45,15 @@ def clear(path, is_folder):
         path.mkdir()
 
 
-def run(command, output, folder):
+def run(command, output, folder, environment=None):
     """Runs the command, which makes `output`; gives its seconds and its peak memory in bytes."""
     if output:
         clear(folder / output, output.endswith("/"))
     with open(folder / "console.txt", "wb") as console:
         start = time.perf_counter()
         child = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=console,
-                                 stderr=subprocess.STDOUT)
+                                 stderr=subprocess.STDOUT,
+                                 env={**os.environ, **(environment or {})})
         _, status, usage = os.wait4(child.pid, 0)
         seconds = time.perf_counter() - start
         child.returncode = os.waitstatus_to_exitcode(status)
@@ -72,7 +73,7 @@ def measure(row, programs, folder, runs):
     entries = [Rival(row.program, [row.program, *row.arguments], row.output), *row.rivals,
                Rival("cp", [shutil.which("cp"), "-r", row.copied, "copy"], "copy")]
     for entry in entries:
-        run(in_folder(entry.command, programs), entry.output, folder)
+        run(in_folder(entry.command, programs), entry.output, folder, entry.environment)
     in_child(row.check, folder)
     most_memory = row.most_memory(folder)
 
@@ -83,8 +84,8 @@ def measure(row, programs, folder, runs):
                 command = in_folder(entry.command, programs)
                 # The first finds memory as another program left it, or a virtual machine's host
                 # that has taken it back, which can cost more than the work.
-                run(command, entry.output, folder)
-                samples[entry.name].append(run(command, entry.output, folder))
+                run(command, entry.output, folder, entry.environment)
+                samples[entry.name].append(run(command, entry.output, folder, entry.environment))
 
     seconds = {name: [s for s, _ in taken] for name, taken in samples.items()}
     median = {name: statistics.median(taken) for name, taken in seconds.items()}
