@@ -46,12 +46,12 @@ FileFacts DescribeFile(const std::string& path, const FramePlace& place,
   };
   Findings findings(facts, visit, directory.progress);
   try {
+    facts.size = SizeOf(path);
     zBytes bytes;
     ReadFileBuffer(path, bytes);
-    facts.size = bytes.size();
     DescribeScanFile(bytes, findings);
   } catch (const Orv::Exception& failure) {
-    findings.Problem({}, "%s", failure.what());
+    findings.Problem({}, "the file cannot be read: %s", failure.what());
   }
   for (PlacedScan& scan : facts.scans) {
     scan.frame = place.frame;
@@ -70,13 +70,14 @@ void DescribeDirectory(const std::string& path, Findings& findings) {
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& failure) {
-    findings.Note("a conversion refuses the directory: %s", failure.what());
+    findings.Warn("refused", "a conversion refuses the directory: %s", failure.what());
   }
+  facts.size = 0;
   std::map<std::string, zSize> notes;  // and how many files have them
   for (const std::string& name : ListFiles(path)) {
     FileFacts file = DescribeFile(PathInDirectory(path, name), PlaceOf(name), findings);
     facts.members.push_back({name, file.size});
-    facts.size += file.size;
+    facts.size = *facts.size + file.size.value_or(0);
     for (const std::string& note : file.notes) ++notes[note];
     for (PlacedScan& scan : file.scans) {
       facts.frames = std::max(facts.frames, scan.frame + 1);
@@ -85,7 +86,7 @@ void DescribeDirectory(const std::string& path, Findings& findings) {
     for (const Problem& problem : file.problems) {
       findings.Problem(problem.offset, "%s: %s", name, problem.text);
     }
-    findings.progress.AddBytes(file.size);
+    findings.progress.AddBytes(file.size.value_or(0));
   }
   for (const auto& [note, files] : notes) {
     findings.Note("%zu of %zu files: %s", files, facts.members.size(), note);

@@ -27,7 +27,7 @@ struct RecordingFacts {
 // A file in an archive, or in a directory.
 struct StoredFile {
   std::string name;
-  z64u size;
+  std::optional<z64u> size;  // nothing where it cannot be known
 };
 
 struct PlacedScan {
@@ -41,19 +41,23 @@ struct PlacedScan {
 struct FileFacts {
   std::string path;
   FileKind kind = FileKind::unknown;
-  z64u size = 0;  // bytes; of a directory, of all its files
+  std::optional<z64u> size;  // bytes; of a directory, of all its files
   std::optional<DigitalSurfFacts> digitalSurf;
   std::optional<CloudFacts> cloud;
   std::optional<RecordingFacts> recording;
   std::vector<StoredFile> members;  // of an archive or directory
   zSize frames = 0;
   std::vector<PlacedScan> scans;
-  std::vector<std::string> notes;  // what may mislead
+  std::vector<std::string> notes;  // what a conversion drops without harm, and what may surprise
+  std::vector<Caution> cautions;   // about the whole; each scan has its own
   std::vector<Problem> problems;
 };
 
 // The kind that a path's ending tells; nothing for another ending.
 std::optional<FileKind> KindOfPath(const std::string& path);
+
+// Bytes of a file; nothing where its size cannot be known.
+std::optional<z64u> SizeOf(const std::string& path);
 
 // "SURFACE_POINT_CLOUD" for 15; "type 99" for an unknown one.
 std::string SourceTypeName(z16u dataType);

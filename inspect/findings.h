@@ -2,7 +2,9 @@
 // Where the describers of the file kinds put what they find, and the describers.
 #pragma once
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <span>
 
 #include "inspect/facts.h"
@@ -21,13 +23,23 @@ class Findings {
     facts.notes.push_back(Orv::Format(format, values...));
   }
   template <class... Values>
+  void Warn(std::string_view key, std::string_view format, const Values&... values) {
+    facts.cautions.push_back({key, Orv::Format(format, values...)});
+  }
+  template <class... Values>
   void Problem(std::optional<z64u> offset, std::string_view format, const Values&... values) {
     facts.problems.push_back({offset, Orv::Format(format, values...)});
   }
-  // Measures a scan and shows it to the visitor.
-  void Take(zSize frame, z32u index, const TaggedScan& scan) {
+  // Measures a scan and shows it to the visitor, with its cautions and those known of the whole.
+  void Take(zSize frame, z32u index, TaggedScan scan) {
     facts.scans.push_back({frame, index, scan.source, scan.item, MeasureScan(scan.scan)});
-    if (visit) visit(frame, index, scan);
+    if (!visit) return;
+    constexpr zSize kMostOfTheWhole = 5;
+    scan.scan.cautions = facts.scans.back().facts.cautions;
+    std::ranges::copy(
+        std::span(facts.cautions).first(std::min(facts.cautions.size(), kMostOfTheWhole)),
+        std::back_inserter(scan.scan.cautions));
+    visit(frame, index, scan);
   }
   // The only scan of a file.
   void Take(Scan scan) {

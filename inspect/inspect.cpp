@@ -2,6 +2,7 @@
 #include "inspect/inspect.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "formats/filetypes.h"
 #include "wholefile.h"
@@ -25,24 +26,35 @@ void Describe(const zBytes& bytes, bool check, Findings& findings) {
 }
 
 void DescribeFile(const std::string& path, bool check, Findings& findings, Progress& progress) {
+  findings.facts.size = SizeOf(path);
   zBytes bytes;
   try {
     ReadFileBuffer(path, bytes);
   } catch (const Orv::Exception& failure) {
-    return findings.Problem({}, "%s", failure.what());
+    return findings.Problem({}, "the file cannot be read: %s", failure.what());
   }
-  findings.facts.size = bytes.size();
   Describe(bytes, check, findings);
   // A recording's were counted scan by scan.
   if (!findings.facts.recording) progress.AddBytes(bytes.size());
 }
 
-void NoteEmptyScans(Findings& findings) {
-  const auto isEmpty = [](const PlacedScan& scan) { return !scan.facts.box; };
-  const auto count = std::ranges::count_if(findings.facts.scans, isEmpty);
-  if (count > 0) {
-    findings.Note("%lld of %zu scans are empty for a conversion", static_cast<long long>(count),
-                  findings.facts.scans.size());
+// What several scans may have in common.
+void SumUp(Findings& findings) {
+  const std::vector<PlacedScan>& scans = findings.facts.scans;
+  const auto count = [&](const auto& is) {
+    return static_cast<zSize>(std::ranges::count_if(scans, is));
+  };
+  const zSize empty = count([](const PlacedScan& scan) { return !scan.facts.box; });
+  if (empty > 0) {
+    findings.Warn("scans-empty", "%zu of %zu scans are empty for a conversion", empty,
+                  scans.size());
+  }
+  const zSize unwritable = count([](const PlacedScan& scan) {
+    return std::ranges::count(scan.facts.cautions, kNotWritable, &Caution::key) > 0;
+  });
+  if (unwritable > 0 && (findings.facts.recording || scans.size() > 1)) {
+    findings.Warn(kNotWritable, "a conversion refuses to write %zu of %zu scans as .sur or .pro",
+                  unwritable, scans.size());
   }
 }
 
@@ -54,6 +66,12 @@ std::optional<FileKind> KindOfPath(const std::string& path) {
   const std::optional<FileType> type = ImportType(std::string_view(path).substr(dot));
   if (!type) return std::nullopt;
   return kKinds[*type];
+}
+
+std::optional<z64u> SizeOf(const std::string& path) {
+  std::error_code unknown;
+  const auto size = std::filesystem::file_size(path, unknown);
+  return unknown ? std::nullopt : std::optional<z64u>(size);
 }
 
 std::string SourceTypeName(z16u dataType) {
@@ -77,7 +95,7 @@ FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& vi
                      "the ending of the name is none of .sur, .pro, .srf, .pcd, .rep, .rec, "
                      ".ovrec");
   }
-  NoteEmptyScans(findings);
+  SumUp(findings);
   progress.FileDone();
   return facts;
 }

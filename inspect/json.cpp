@@ -31,6 +31,17 @@ Json ToJson(const std::optional<MxStamp>& stamp) {
           {"inputs", stamp->inputs}};
 }
 
+Json ToJson(const std::vector<Caution>& cautions) {
+  Json list = Json::array();
+  for (const Caution& caution : cautions) {
+    list.push_back({{"key", caution.key}, {"text", caution.text}});
+  }
+  return list;
+}
+
+// Null where it is not known.
+Json ToJson(const std::optional<z64u>& size) { return size ? Json(*size) : Json(); }
+
 Json ToJson(const std::array<std::string, 3>& texts) {
   return {{"x", texts[0]}, {"y", texts[1]}, {"z", texts[2]}};
 }
@@ -96,14 +107,15 @@ Json ScanToJson(const PlacedScan& placed) {
           {"heights", ToJson(scan.heights)},
           {"bounding_box", ToJson(scan.box)},
           {"intensity", ToJson(scan.intensity)},
-          {"stamp", ToJson(scan.stamp)}};
+          {"stamp", ToJson(scan.stamp)},
+          {"cautions", ToJson(scan.cautions)}};
 }
 
 Json FileToJson(const FileFacts& facts) {
   const char* kind = kKinds[static_cast<zSize>(facts.kind)];
   Json document = {{"file", facts.path},
                    {"kind", kind == nullptr ? Json() : Json(kind)},
-                   {"bytes", facts.size},
+                   {"bytes", ToJson(facts.size)},
                    {"frames", facts.frames}};
   if (facts.digitalSurf) document["digital_surf"] = ToJson(*facts.digitalSurf);
   if (facts.cloud) {
@@ -115,15 +127,15 @@ Json FileToJson(const FileFacts& facts) {
   if (!facts.members.empty()) {
     Json members = Json::array();
     for (const StoredFile& member : facts.members) {
-      members.push_back({{"name", member.name}, {"bytes", member.size}});
+      members.push_back({{"name", member.name}, {"bytes", ToJson(member.size)}});
     }
     document["members"] = std::move(members);
   }
+  document["cautions"] = ToJson(facts.cautions);
   document["notes"] = facts.notes;
   Json problems = Json::array();
   for (const Problem& problem : facts.problems) {
-    problems.push_back(
-        {{"offset", problem.offset ? Json(*problem.offset) : Json()}, {"text", problem.text}});
+    problems.push_back({{"offset", ToJson(problem.offset)}, {"text", problem.text}});
   }
   document["problems"] = std::move(problems);
   return document;

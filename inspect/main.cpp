@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Entry of trelvane-inspect, which tells what files hold and changes none of them.
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -68,6 +69,14 @@ int Inspect(const InspectOptions& options) {
   }
   return exitCode;
 }
+
+// Where there is not even memory for an exception. Constants of other files, which are made later,
+// take memory too.
+[[noreturn]] void EndWithoutMemory() {
+  static_cast<void>(std::fputs("trelvane-inspect: There is not enough memory\n", stderr));
+  std::_Exit(kDamaged);
+}
+[[maybe_unused]] const std::terminate_handler kUsual = std::set_terminate(EndWithoutMemory);
 
 }  // namespace
 

@@ -50,6 +50,11 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
       throw CLI::RequiresError(frame->count() > 0 ? "--frame" : "--source", "--png or --html");
     }
     if (html->count() == 0 && points->count() > 0) throw CLI::RequiresError("--points", "--html");
+    for (const auto* output : {png, html}) {
+      if (output->count() > 0 && output->as<std::string>().empty()) {
+        throw CLI::ValidationError(output->get_name(), "the name of the file is empty");
+      }
+    }
     if (draws && options.files.size() != 1) {
       throw CLI::ValidationError("FILE", "a picture or a page shows one file");
     }

@@ -124,10 +124,10 @@ class RecordingDescriber {
     }
   }
 
-  void TakeScan(zSize frame, z32u index, const TaggedScan& scan) {
-    findings_.Take(frame, index, scan);
-    findings_.progress.AddBytes(scan.scan.Count() *
-                                zType_Size(zArray_ItemType(scan.scan.points.Get())));
+  void TakeScan(zSize frame, z32u index, TaggedScan scan) {
+    const z64u bytes = scan.scan.Count() * zType_Size(zArray_ItemType(scan.scan.points.Get()));
+    findings_.Take(frame, index, std::move(scan));
+    findings_.progress.AddBytes(bytes);
   }
 
   const std::string kUnknown = "unknown";

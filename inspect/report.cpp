@@ -2,6 +2,7 @@
 #include "inspect/report.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "text.h"
 
@@ -86,13 +87,19 @@ std::string ShareText(zSize part, zSize whole) {
   if (whole == 0) return "none";
   // A share that is not whole never reads as one.
   const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
-  const bool hidden = part != whole && part != 0 && (percent > 99.95 || percent < 0.05);
-  return Orv::Format(hidden ? "%.3g %%" : "%.1f %%", percent);
+  if (part != whole && percent >= 99.95) {
+    return Orv::Format("%.3f %%", std::min(std::floor(percent * 1000) / 1000, 99.999));
+  }
+  return Orv::Format(part != 0 && percent < 0.05 ? "%.3g %%" : "%.1f %%", percent);
 }
 
 bool IsEmpty(const MxStamp& stamp) {
   return stamp.frame == 0 && stamp.time == 0 && stamp.encoder == 0 && stamp.zEncoder == 0 &&
          stamp.inputs == 0;
+}
+
+void WriteCautions(const std::vector<Caution>& cautions, Lines& line) {
+  for (const Caution& caution : cautions) line("CAUTION", caution.text);
 }
 
 void WriteScan(const ScanFacts& scan, Lines& line) {
@@ -125,6 +132,7 @@ void WriteScan(const ScanFacts& scan, Lines& line) {
                      scan.stamp->frame, scan.stamp->time, scan.stamp->encoder, scan.stamp->zEncoder,
                      scan.stamp->inputs));
   }
+  WriteCautions(scan.cautions, line);
 }
 
 void WriteScans(const FileFacts& facts, Lines& line, std::ostream& out) {
@@ -150,12 +158,12 @@ void WriteReport(const FileFacts& facts, std::ostream& out) {
   out << Printable(facts.path) << '\n';
   Lines line(out);
   line("kind", kKinds[static_cast<zSize>(facts.kind)]);
-  line("size", BytesText(facts.size));
+  if (facts.size) line("size", BytesText(*facts.size));
   if (facts.digitalSurf) WriteDigitalSurf(*facts.digitalSurf, line);
   if (facts.cloud) line("fields", facts.cloud->fields);
   for (const StoredFile& member : facts.members) {
     line(facts.kind == FileKind::directory ? "file" : "member",
-         member.name + ", " + BytesText(member.size));
+         member.name + ", " + (member.size ? BytesText(*member.size) : "cannot be read"));
   }
   if (facts.recording) {
     WriteRecording(*facts.recording, facts.frames, line);
@@ -163,6 +171,7 @@ void WriteReport(const FileFacts& facts, std::ostream& out) {
     line("frames", std::to_string(facts.frames));
   }
   WriteScans(facts, line, out);
+  WriteCautions(facts.cautions, line);
   for (const std::string& note : facts.notes) line("note", note);
   for (const Problem& problem : facts.problems) line("PROBLEM", ProblemText(problem));
   out << '\n';

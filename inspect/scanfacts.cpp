@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <span>
 
+#include "formats/digitalsurf/writer.h"
 #include "scan/box.h"
 #include "scan/heightrange.h"
 #include "scan/points.h"
@@ -43,18 +44,31 @@ Measured Measure(std::span<const Point> points) {
   return measured;
 }
 
+// The format needs room for a mark of invalid points.
+void WarnOfHeights(const HeightRange& heights, ScanFacts& facts) {
+  if (facts.kind != ScanKind::surface && facts.kind != ScanKind::profile) return;
+  if (IsWritableAsDigitalSurf(heights)) return;
+  facts.cautions.push_back(
+      {kNotWritable,
+       Orv::Format("a conversion refuses to write the heights as %s: raw %d to %d is not within "
+                   "%d to %d",
+                   facts.kind == ScanKind::profile ? ".pro" : ".sur", heights.lowest,
+                   heights.highest, kLowestWritable, kHighestWritable)});
+}
+
 }  // namespace
 
 ScanFacts MeasureScan(const Scan& scan) {
   const Measured measured = WithPoints(scan, [](auto points) { return Measure(points); });
-  ScanFacts facts{scan.kind,  scan.width,  scan.length, scan.Count(), measured.validPoints,
-                  scan.scale, scan.offset, {},          {},           {},
-                  scan.stamp};
+  ScanFacts facts{scan.kind,  scan.width,   scan.length, scan.Count(), measured.validPoints,
+                  scan.scale, scan.offset,  {},          {},           {},
+                  scan.stamp, scan.cautions};
   if (measured.validPoints > 0) {
     const auto [lowest, highest] = std::minmax(
         {Real(measured.heights.lowest, scan.Z()), Real(measured.heights.highest, scan.Z())});
     facts.heights = {lowest, highest};
     facts.box = scan.box ? scan.box : FindBox(scan);
+    WarnOfHeights(measured.heights, facts);
   }
   const auto intensities = zArray_Items<z8u>(scan.intensities.Get());
   if (!intensities.empty()) {

@@ -27,7 +27,11 @@ struct ScanFacts {
   std::optional<BoundingBox6> box;      // mm, of the valid points
   std::optional<Range<z8u>> intensity;  // of all points that have one
   std::optional<MxStamp> stamp;
+  std::vector<Caution> cautions;  // those of the scan, and of its heights
 };
+
+// The key of the caution about heights that cannot be written as Digital Surf files.
+inline constexpr std::string_view kNotWritable = "heights-not-writable";
 
 // One pass over the points. The bounding box is the scan's own, or the one that a conversion gives
 // it, if any; neither heights nor box without a valid point.

@@ -23,5 +23,6 @@ void DescribeScanFile(const zBytes& bytes, Findings& findings) {
   for (Complaint& complaint : description.complaints) {
     facts.problems.push_back({complaint.offset, std::move(complaint.text)});
   }
+  if (description.scan) description.scan->cautions = std::move(description.cautions);
   if (description.scan) findings.Take(std::move(*description.scan));
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "text.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "numbers.h"
 #include "sdk/object.h"
 
@@ -31,12 +34,14 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+// Control characters, what turns the direction of writing, and what is not seen.
 bool IsHarmful(char32_t code) {
-  const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0);
-  const bool line = code == 0x2028 || code == 0x2029;
-  const bool direction = code == 0x061C || code == 0x200E || code == 0x200F ||
-                         (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-  return control || line || direction;
+  constexpr std::pair<char32_t, char32_t> kRanges[] = {
+      {0, 0x1F},        {0x7F, 0x9F},     {0xAD, 0xAD},      {0x61C, 0x61C},
+      {0x180E, 0x180E}, {0x200B, 0x200F}, {0x2028, 0x202E},  {0x2060, 0x206F},
+      {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0xE0000, 0xE007F}};
+  return std::ranges::any_of(
+      kRanges, [code](const auto& range) { return code >= range.first && code <= range.second; });
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ std::optional<Character> FirstCharacter(std::string_view text);
 std::string ToUtf8(std::string_view field);
 
 // The text as a terminal can show it without harm: control characters, characters that turn the
-// direction of writing, and bytes that are no UTF-8 become escapes such as \x1b.
+// direction of writing or are not seen, and bytes that are no UTF-8 become escapes such as \x1b.
 std::string Printable(std::string_view text);
 
 // A number with six significant digits, as printf's "%.6g" gives it in the "C" locale.

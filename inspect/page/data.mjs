@@ -21,6 +21,12 @@ export class PageData {
     return entry ? new Scan(entry, this.arrayText) : null;
   }
 
+  // Those of the file and of a scan, which has some of the file's too.
+  cautionsOf(scan) {
+    return unique([...(this.facts.cautions ?? []).map((caution) => caution.text),
+      ...(scan?.cautions ?? [])]);
+  }
+
   frameText(frame) {
     const index = this.scans.find((entry) => entry.frame === frame)?.index;
     return `${frame + 1} of ${this.frames}, index ${index}`;

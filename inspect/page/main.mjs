@@ -144,6 +144,8 @@ function showChosen() {
   scan = data.scanOf(data.sourceNames[byId("source").selectedIndex], frame);
   byId("frame-name").textContent = data.frameText(frame);
   byId("scan-text").textContent = scan ? scan.text : "This source has no scan in this frame.";
+  byId("cautions").replaceChildren(...data.cautionsOf(scan).map((text) =>
+    element("li", "", `Caution: ${clean(text)}`)));
   const drawable = scan !== null && scan.width > 0 && scan.length > 0;
   const isProfile = drawable && scan.kind === "profile";
   byId("surface-views").hidden = !drawable || isProfile;

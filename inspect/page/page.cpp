@@ -113,6 +113,7 @@ void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
                 {"high", page.high},
                 {"measured", page.measured},
                 {"reduced", page.reduced}};
+  for (const Caution& caution : scan.cautions) entry["cautions"].push_back(caution.text);
   const auto add = [&](const char* key, std::string array) {
     entry[key] = arrays_.size();
     arrays_.push_back(std::move(array));

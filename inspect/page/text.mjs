@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Values, and texts for them.
 
-// Control characters, and those that turn the direction of writing, would hide what a text says.
+// Control characters, and those that turn the direction of writing or are not seen, would hide what
+// a text says.
 export function clean(text) {
-  return String(text).replace(/[\p{Cc}\u200e\u200f\u2028-\u202e\u2066-\u2069]/gu, "\ufffd");
+  return String(text).replace(/[\p{Cc}\p{Cf}\u2028\u2029]/gu, "\ufffd");
 }
 
 // Decimals that tell values apart which are `step` mm from each other, beginning at `offset`.

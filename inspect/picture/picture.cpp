@@ -77,8 +77,8 @@ void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Axi
   }
 }
 
-zBytes DrawNothing(const std::string& title) {
-  Canvas canvas = MakeSheet(kShortestSide, title, {});
+zBytes DrawNothing(const Scan& scan, const std::string& title) {
+  Canvas canvas = MakeSheet(kShortestSide, title, scan.cautions, {});
   const Lettering text(18);
   const std::string nothing = "no valid point";
   text.Draw(canvas, (kPictureWidth - text.Width(nothing)) / 2, kPlotTop + kShortestSide / 2,
@@ -101,13 +101,14 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   const auto measured =
       map.heights.size() -
       static_cast<zSize>(std::ranges::count_if(map.heights, [](z32f z) { return std::isnan(z); }));
-  if (map.heights.empty() || (measured == 0 && !HasValidPoint(scan))) return DrawNothing(title);
+  if (map.heights.empty() || (measured == 0 && !HasValidPoint(scan)))
+    return DrawNothing(scan, title);
   std::vector<std::string> notes;
   NoteStretching(plot, "y", notes);
   if (plot.across.Size() == 0) notes.emplace_back("All points have the same x.");
   if (plot.up.Size() == 0) notes.emplace_back("All points have the same y.");
   if (measured == 0) notes.emplace_back("Too few points were measured to be seen at this size.");
-  Canvas canvas = MakeSheet(plot.height, title, notes);
+  Canvas canvas = MakeSheet(plot.height, title, scan.cautions, notes);
   const AxisRange heights = ExtentOf(map.heights);
   const Blank blank = BlankOf(scan, map);
   DrawCells(canvas, plot, map, heights, blank);
@@ -127,13 +128,13 @@ AxisRange RangeOf(const std::vector<z64f>& values) {
 
 zBytes DrawProfile(const Scan& scan, const std::string& title) {
   const ProfileLine line = MakeProfileLine(scan, kLineWidth);
-  if (line.z.empty()) return DrawNothing(title);
+  if (line.z.empty()) return DrawNothing(scan, title);
   Plot plot{kLineLeft, kPlotTop, kLineWidth, kLineHeight, RangeOf(line.x), RangeOf(line.z)};
   const z64f room = plot.up.Size() * 0.05;
   plot.up = {plot.up.low - room, plot.up.high + room};
   std::vector<std::string> notes;
   NoteStretching(plot, "z", notes);
-  Canvas canvas = MakeSheet(plot.height, title, notes);
+  Canvas canvas = MakeSheet(plot.height, title, scan.cautions, notes);
   DrawGridLines(canvas, plot);
 
   Pen pen(plot.width, plot.height);

@@ -14,6 +14,7 @@ constexpr int kTickLength = 5;
 constexpr int kMargin = 16;
 constexpr int kBelowPlot = 56;  // tick labels and the name of the axis
 constexpr int kNoteHeight = 22;
+constexpr int kTextWidth = kPictureWidth - 2 * kMargin;
 constexpr Rgb kGridLine{226, 226, 226};
 
 // From 0 to `pixels` - 1.
@@ -28,21 +29,46 @@ std::vector<Tick> TicksUp(const Plot& plot, const AxisRange& range) {
   return TicksWithin(range, std::max(4, plot.height / 55));
 }
 
+// Broken at blanks. The last of its lines has the rest, whatever that takes.
+void AppendLines(const Lettering& text, std::string rest, std::vector<std::string>& lines) {
+  constexpr int kMostLines = 4;
+  for (int line = 1; line < kMostLines && text.Width(rest) > kTextWidth; ++line) {
+    zSize end = 0;
+    for (zSize blank = rest.find(' ');
+         blank != rest.npos && text.Width(rest.substr(0, blank)) <= kTextWidth;
+         blank = rest.find(' ', blank + 1)) {
+      end = blank;
+    }
+    if (end == 0) break;
+    lines.push_back(rest.substr(0, end));
+    rest.erase(0, end + 1);
+  }
+  lines.push_back(std::move(rest));
+}
+
 }  // namespace
 
 int Plot::ColumnOf(z64f mm) const { return x + PixelOf(across.ShareOf(mm), width); }
 int Plot::RowOf(z64f mm) const { return y + height - 1 - PixelOf(up.ShareOf(mm), height); }
 
-Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<std::string>& notes) {
-  const int notesTop = kPlotTop + plotHeight + kBelowPlot;
-  Canvas canvas(kPictureWidth, notesTop + static_cast<int>(notes.size()) * kNoteHeight + 8);
-  Lettering(kTitleSize).Draw(canvas, kMargin, 32, title, kInk, kPictureWidth - 2 * kMargin);
+Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
+                 const std::vector<std::string>& notes) {
   const Lettering text(kTextSize);
+  std::vector<std::string> warnings;
+  for (const Caution& caution : cautions) AppendLines(text, "Caution: " + caution.text, warnings);
+  const int notesTop = kPlotTop + plotHeight + kBelowPlot;
+  const auto lines = static_cast<int>(warnings.size() + notes.size());
+  Canvas canvas(kPictureWidth, notesTop + lines * kNoteHeight + 8);
+  Lettering(kTitleSize).Draw(canvas, kMargin, 32, title, kInk, kTextWidth);
   int baseline = notesTop + 14;
-  for (const std::string& note : notes) {
-    text.Draw(canvas, kMargin, baseline, note, kPaleInk, kPictureWidth - 2 * kMargin);
-    baseline += kNoteHeight;
-  }
+  const auto write = [&](const std::vector<std::string>& texts, Rgb color) {
+    for (const std::string& line : texts) {
+      text.Draw(canvas, kMargin, baseline, line, color, kTextWidth);
+      baseline += kNoteHeight;
+    }
+  };
+  write(warnings, kWarningInk);
+  write(notes, kPaleInk);
   return canvas;
 }
 

@@ -8,11 +8,13 @@
 #include "inspect/picture/canvas.h"
 #include "inspect/picture/lettering.h"
 #include "inspect/picture/ticks.h"
+#include "scan/scan.h"
 
 inline constexpr int kPictureWidth = 1000;
 inline constexpr int kPlotTop = 80;  // below the title and the name of the upward axis
 inline constexpr Rgb kInk{30, 30, 30};
 inline constexpr Rgb kPaleInk{110, 110, 110};
+inline constexpr Rgb kWarningInk{170, 20, 20};
 
 // Where x and the upward axis of a plot lie on a canvas.
 struct Plot {
@@ -23,8 +25,9 @@ struct Plot {
   int RowOf(z64f mm) const;
 };
 
-// A canvas with the title, and room for a plot of this height and for notes below.
-Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<std::string>& notes);
+// A canvas with the title, room for a plot of this height, and cautions and notes below.
+Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
+                 const std::vector<std::string>& notes);
 
 void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName);
 void DrawGridLines(Canvas& canvas, const Plot& plot);

@@ -26,11 +26,16 @@ Complaint MakeComplaint(std::optional<z64u> offset, zStatus status, std::string_
 // A file of one scan, looked at whole.
 struct ScanFileDescription {
   Complaints complaints;
-  std::vector<std::string> notes;  // what may mislead
-  std::optional<Scan> scan;        // where nothing is wrong
+  std::vector<std::string> notes;  // what a conversion drops without harm, and what may surprise
+  std::vector<Caution> cautions;
+  std::optional<Scan> scan;  // where nothing is wrong
 
   template <class... Values>
   void Note(std::string_view format, const Values&... values) {
     notes.push_back(Orv::Format(format, values...));
+  }
+  template <class... Values>
+  void Warn(std::string_view key, std::string_view format, const Values&... values) {
+    cautions.push_back({key, Orv::Format(format, values...)});
   }
 };

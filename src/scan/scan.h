@@ -2,7 +2,11 @@
 // A scan in memory, whatever file or recording it comes from.
 #pragma once
 
+#include <array>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "sdk/message.h"
 #include "sdk/object.h"
@@ -19,6 +23,18 @@ struct Axis {
   z64f scale, offset;
 };
 
+// What a conversion makes wrong, loses or takes otherwise than it is meant.
+struct Caution {
+  std::string_view key;  // for programs; docs/inspect.md has them all
+  std::string text;
+};
+
+// What a file tells an axis in; a conversion takes everything for mm.
+struct AxisUnit {
+  std::string name = "mm";
+  z64f mm = 1;  // 0 for what is no known length
+};
+
 constexpr z64f Real(z64f raw, const Axis& axis) { return raw * axis.scale + axis.offset; }
 
 struct Scan {
@@ -31,6 +47,10 @@ struct Scan {
   Orv::Object<void*> intensities;   // as many z8u, or empty
   std::optional<BoundingBox6> box;  // mm, as a recording tells it
   std::optional<MxStamp> stamp;     // of a recording
+
+  // Where the scan is looked at, not converted:
+  std::vector<Caution> cautions;
+  std::array<AxisUnit, 3> units;  // of x, y and z
 
   Axis X() const { return {scale.x, offset.x}; }
   Axis Y() const { return {scale.y, offset.y}; }

@@ -77,7 +77,8 @@ TEST(PageOnRecordings, ShowsTheExampleProgramsAsTheyAre) {
 TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   const TempDirectory folder;
   WriteFile("cut.sur", "DIGITAL SURF");
-  std::vector<std::string> args = {"--json", "cut.sur"};
+  std::filesystem::create_directory("refused");
+  std::vector<std::string> args = {"--json", "cut.sur", "refused"};
   for (const char* name : {"part.sur", "part.srf", "part.pcd", "recording.ovrec"}) {
     args.push_back(EXAMPLES_DIR "/" + std::string(name));
   }

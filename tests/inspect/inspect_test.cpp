@@ -95,6 +95,7 @@ TEST_F(Inspection, TellsAllFacts) {
                       8,
                       {},
                       {"one note", "another"},
+                      {{"a-key", "of the file"}, {"another", "too"}},
                       {{9, "wrong"}, {{}, "damaged"}}};
   std::vector<FileFacts> all = {odd};
   for (const z64u size : {z64u{0}, z64u{999}, z64u{1000}, z64u{2'345'678}, z64u{1} << 30,
@@ -103,21 +104,27 @@ TEST_F(Inspection, TellsAllFacts) {
     facts.kind = static_cast<FileKind>(all.size() - 2);
     facts.size = size;
   }
-  for (const auto& [valid, points] : {std::pair(7U, 7U), {1U, 3000U}, {0U, 7U}, {0U, 0U}}) {
+  for (const auto& [valid, points] : {std::pair(7U, 7U),
+                                      {1U, 3000U},
+                                      {0U, 7U},
+                                      {0U, 0U},
+                                      {99'957U, 100'000U},
+                                      {9'999'999U, 10'000'000U}}) {
     std::vector<PlacedScan>& scans = all[1].scans;
-    const auto kind = static_cast<ScanKind>(scans.size());
-    scans.emplace_back().facts = {kind, 0, 0, points, valid, {}, {}, {}, {}, {}, {}};
+    const auto kind = static_cast<ScanKind>(scans.size() % 4);
+    scans.emplace_back().facts = {kind, 0, 0, points, valid, {}, {}, {}, {}, {}, {}, {}};
   }
+  all[1].scans[0].facts.cautions = {{"a-key", "of the scan"}};
   ExpectTexts(all, "facts.txt");
   EXPECT_EQ(Text(odd, WriteVerdict), "a\\x1b.sur: at byte 9: wrong\na\\x1b.sur: damaged\n");
 }
 
 TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   const Plovia::ReplayScannerInfo scanner = MakeScanner();
-  const Plovia::ReplayFrame frame = {
-      MakeSurfaceWithIntensity(1), MakeCloud(2), MakeProfile(zType::z16s, 3),
-      MakeProfile(zType::zPoint16s, 4),
-      MakeArrayOf({MakeSurface(2, 1, {1, kInvalidRaw}), MakeCloudOf(1, 1, {{1, 2, kInvalidRaw}})})};
+  const Plovia::ReplayFrame frame = {MakeSurfaceWithIntensity(1), MakeCloud(2),
+                                     MakeProfile(zType::z16s, 3), MakeProfile(zType::zPoint16s, 4),
+                                     MakeArrayOf({MakeSurface(2, 1, {-32766, kInvalidRaw}),
+                                                  MakeCloudOf(1, 1, {{1, 2, kInvalidRaw}})})};
   Plovia::ReplayScannerInfo odd = scanner;
   odd.sources.resize(3);
   odd.sources[0].dataType = 11;
@@ -137,14 +144,27 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
       "VERSION .7\nFIELDS x y z normal rgb\nSIZE 4 4 4 4 4\nTYPE F F F F U\nWIDTH 5\nHEIGHT 1\n"
       "VIEWPOINT 1 0 0 1 0 0 0\nPOINTS 5\nDATA binary\n";
   for (int i = 0; i < 25; ++i) cloud += mcap::Raw(static_cast<float>(i * i));
+  std::string types =
+      "VERSION .7\nFIELDS x y z intensity rgba\nSIZE 8 4 4 4 4\nTYPE F I F F F\nWIDTH 2\nHEIGHT 2\n"
+      "VIEWPOINT 0.0  -0 0e3 1.00 0 0 0\nPOINTS 4\nDATA binary\n";
+  for (const float intensity : {1.0F, 1.004F, -0.5F, 0.0F}) {
+    types += std::string(16, '\0') + mcap::Raw(intensity) + std::string(4, '\0');
+  }
   ExpectTexts(
       InspectAll({
           {"special.sur", PlainSurface({.flag = 1, .zMin = 11})},
           {"highest.SUR", PlainSurface({.samples = std::vector<z32s>(6, 32767)})},
+          {"wraps.sur", PlainSurface({.samples = {-32769, -32768, -32767, 0, 32763, -40000},
+                                      .bits = 32,
+                                      .flag = 1,
+                                      .zMin = -32769,
+                                      .zMax = 32763})},
+          {"lost.sur", PlainSurface({.samples = {0, 1, 32766, 32767, 32768, 3}, .bits = 32})},
           {"ignored.sur", surface},
           {"profile.pro", With(profile, 18, z16s{2})},
           {"compact.srf", CompactSurface()},
           {"cloud.pcd", ToBytes(cloud + "!")},
+          {"types.pcd", ToBytes(types)},
           {"recording.rep", WriteRecording(scanner, {frame}, false)},
           {"uneven.rec", WriteRecording(odd, {{frame[0], frame[2], frame[3]}, {frame[0]}}, true)},
           {"empty.ovrec",
@@ -189,6 +209,8 @@ TEST_F(Inspection, TellsWhereAFileIsWrong) {
       {"width.pcd", pcd("WIDTH 2", "WIDTH 0")},
       {"fields.pcd", pcd("x y z", "X y z")},
       {"ascii.pcd", pcd("DATA binary", "DATA ascii")},
+      {"capitals.pcd", pcd("x y z", "X Y Z")},
+      {"compressed.pcd", pcd("DATA binary\n", "DATA binary_compressed\r\n")},
       {"cut.pcd", First(pcd("x", "x"), 131)},
       {"short.pcd", ToBytes("VERSION")},
       {"other.rep", ToBytes("no recording")},
@@ -242,6 +264,7 @@ TEST(Text, LetsNoControlCharacterThrough) {
       {" ~\xC2\xA0\xE2\x80\xA7\xE2\x80\xAF\xF0\x9F\x98\x80", " ~\u00A0\u2027\u202F\U0001F600"},
       {"\x1B[\n\x1F\x7F\xC2\x80\xC2\x9F", "\\x1b[\\x0a\\x1f\\x7f\\x80\\x9f"},
       {"\u061C\u200E\u200F\u2028\u2029", "\\u061c\\u200e\\u200f\\u2028\\u2029"},
+      {"\xC2\xAC\xC2\xAD\u200A\u200B\uFEFF", "\u00AC\\xad\u200A\\u200b\\ufeff"},
       {"\u202A\u202E\u2066\u2069", "\\u202a\\u202e\\u2066\\u2069"},
       {"\xC0\x80\xC1\xBF\xE2\x82\xF5\x80", "\\xc0\\x80\\xc1\\xbf\\xe2\\x82\\xf5\\x80"},
       {"\xE0\x9F\xBF\xED\xA0\x80\xC3(", "\\xe0\\x9f\\xbf\\xed\\xa0\\x80\\xc3("},

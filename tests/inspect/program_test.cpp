@@ -72,6 +72,14 @@ TEST_F(InspectProgram, EndsWithAnExitCodeThatTells) {
   }
 }
 
+TEST_F(InspectProgram, RefusesToDrawIntoAFileWithoutAName) {
+  for (const std::string option : {"--png", "--html"}) {
+    const Outcome run = RunProgram(TRELVANE_INSPECT, {option, "", "good.sur"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr(option + ": the name of the file is empty"));
+  }
+}
+
 // The document in a page.
 nlohmann::json PageIn(const std::string& name) {
   const std::string text = ReadFile(name);

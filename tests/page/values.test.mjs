@@ -8,7 +8,8 @@ import {pageOf, scanOf, table} from "./table.mjs";
 table(clean, [
   [["a\tb\u009f\u00a0<b>"], "a\ufffdb\ufffd\u00a0<b>"], [[7], "7"],
   [["\u200e\u200f\u2010\u2027\u2028\u202e\u202f\u2065\u2066\u2069"],
-    "\ufffd\ufffd\u2010\u2027\ufffd\ufffd\u202f\u2065\ufffd\ufffd"]]);
+    "\ufffd\ufffd\u2010\u2027\ufffd\ufffd\u202f\u2065\ufffd\ufffd"],
+  [["\u00ac\u00ad\u061c\u200a\u200b\ufeff"], "\u00ac\ufffd\ufffd\u200a\ufffd\ufffd"]]);
 table(decimalsFor, [
   [[0.001], 3], [[-0.0001], 4], [[0.00099], 4], [[20], 3], [[1e-8], 8], [[1e-9], 3], [[0], 3],
   [[-0.01, 0.0005], 4], [[0.01, 0.00005], 3], [[1e-8, 1.2345678905], 8]]);
@@ -50,6 +51,10 @@ table(function places(change, raw) {
   [[{stepX: -1}], [6, 7, 8, 9, 10, 4, 3, 2, 1, 0, 3]],
   [[{places: 1, placeScale: 0.01, placeOffset: 0.0005}, Int16Array.of(-32768, 300, -32768, 200, 9)],
     [0.0905, 2.0005, 3.0005, 3.0005, 3.0005, 4, 3, 2, 1, 0, 4]]]);
+
+table(function cautions(file, scan) { return pageOf([{}], {facts: file}).cautionsOf(scan); }, [
+  [[{cautions: [{text: "a"}, {text: "b"}]}, {cautions: ["c", "b"]}], ["a", "b", "c"]],
+  [[{}, null], []]]);
 
 const holds = "This page holds at most 500 points (--points).";
 table(function notice(scans, others) { return pageOf(scans, others).notice; }, [

@@ -16,7 +16,7 @@ template <class Item>
 Scan Make(ScanKind kind, const std::vector<Item>& items, z32u length = 1) {
   const z32u width = static_cast<z32u>(items.size()) / length;
   const Handle points = MakeArray2(length, width, items);
-  return {kind, width, length, {0.1, 0.2, 0.01}, {1, 2, 3}, points, {}, {}, {}};
+  return {kind, width, length, {0.1, 0.2, 0.01}, {1, 2, 3}, points, {}, {}, {}, {}, {}};
 }
 
 // "centre, size", or the error.

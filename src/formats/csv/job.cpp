@@ -68,8 +68,9 @@ zTransform3d ReadTransform(json& matrix) {
 void ReadPlacement(const zTransform3d& transform, CsvDeviceInfoFields& device) {
   const auto& [xx, xy, xz, xt, yx, yy, yz, yt, zx, zy, zz, zt] = transform.elements;
   device.translation = {xt, yt, zt};
-  device.angles = {std::atan2(zy, zz), std::atan2(yx, xx),
-                   std::atan2(-zx, std::sqrt(yx * yx + xx * xx))};
+  // A zero has no sign: a negative one becomes positive by adding zero.
+  device.angles = {std::atan2(zy, zz) + 0, std::atan2(yx, xx) + 0,
+                   std::atan2(-zx, std::sqrt(yx * yx + xx * xx)) + 0};
 }
 
 void ReadExposures(json& exposures, CsvDeviceInfoFields& device) {

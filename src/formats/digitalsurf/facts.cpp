@@ -5,6 +5,7 @@
 
 #include "formats/digitalsurf/reader.h"
 #include "formats/digitalsurf/validation.h"
+#include "scan/heightrange.h"
 #include "text.h"
 
 namespace {
@@ -47,21 +48,21 @@ z64f MillimetresIn(const std::string& unit) {
   return known == std::end(kUnits) ? 0 : known->second;
 }
 
-void NoteUnits(const DigitalSurfFacts& facts, bool profile, ScanFileDescription& description) {
+void WarnOfUnits(const DigitalSurfFacts& facts, bool profile, ScanFileDescription& description) {
   constexpr const char* kAxes[] = {"x", "y", "z"};
   for (zSize axis = 0; axis < 3; ++axis) {
     const std::string& unit = facts.stepUnits[axis];
     if (unit == "mm" || (profile && axis == 1)) continue;
     const z64f factor = MillimetresIn(unit);
-    description.Note(
-        "%s is told in \"%s\" and taken as if it were in mm%s", kAxes[axis], unit,
+    description.Warn(
+        "unit", "%s is told in \"%s\" and taken as if it were in mm%s", kAxes[axis], unit,
         factor == 0 ? "" : ": real lengths are " + RealText(factor) + " times as long");
   }
 }
 
 void NoteIgnored(const DigitalSurfFacts& facts, const SurHeader& header, bool profile,
                  ScanFileDescription& description) {
-  NoteUnits(facts, profile, description);
+  WarnOfUnits(facts, profile, description);
   if (facts.objectCount > 1) {
     description.Note("the file holds %d objects: only the first one is converted",
                      facts.objectCount);
@@ -83,6 +84,26 @@ void NoteIgnored(const DigitalSurfFacts& facts, const SurHeader& header, bool pr
   if (facts.bytesAfterSamples > 0) {
     description.Note("%llu bytes after the samples are ignored", facts.bytesAfterSamples);
   }
+}
+
+// Only 32-bit heights can be too large for 16 bits.
+void WarnOfWrapping(const zBytes& bytes, bool profile, const DigitalSurfFacts& facts,
+                    const Scan& scan, ScanFileDescription& description) {
+  UnfoldedHeights told;
+  if (facts.bitsPerPoint != 32 ||
+      FindUnfoldedHeights(bytes, profile, told, &zAllocator::Default()) != zOK || told.lost == 0) {
+    return;
+  }
+  const HeightRange range = FindHeightRange(zArray_Items<z16s>(scan.points.Get()));
+  const auto [lowest, highest] =
+      std::minmax({Real(range.lowest, scan.Z()), Real(range.highest, scan.Z())});
+  const std::string& unit = facts.stepUnits[2];
+  description.Warn(
+      "heights-wrap",
+      "%zu of %zu heights do not fit into 16 bits and wrap around or are lost: the file "
+      "tells of %s to %s %s, a conversion makes %s to %s %s of it",
+      told.lost, told.points, RealText(told.lowest), RealText(told.highest), unit, RealText(lowest),
+      RealText(highest), unit);
 }
 
 std::string CommentOf(const zBytes& bytes, const SurHeader& header) {
@@ -119,6 +140,7 @@ std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zBytes& bytes, bool pr
   const zStatus status =
       profile ? LoadProFileBuffer(bytes, scan, alloc) : LoadSurFileBuffer(bytes, scan, alloc);
   if (status == zOK) {
+    WarnOfWrapping(bytes, profile, facts, scan, description);
     description.scan = std::move(scan);
   } else {
     description.complaints.push_back(

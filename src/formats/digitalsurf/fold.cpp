@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "formats/digitalsurf/fold.h"
 
+#include <cmath>
+
 #include "scan/rounding.h"
+#include "sdk/message.h"
 
 namespace {
 
@@ -12,6 +15,12 @@ constexpr z32u kWidestRange = 65532;
 z16s DigitalSurfFold::operator()(z32s sample) const {
   const z32f height = static_cast<z32f>(sample) * gain + shift;
   return RoundToRaw(static_cast<z64f>(height));
+}
+
+bool DigitalSurfFold::Keeps(z32s sample) const {
+  const z16s folded = (*this)(sample);
+  const z32f height = static_cast<z32f>(sample) * gain + shift;
+  return folded != kInvalidRaw && !(std::abs(height - static_cast<z32f>(folded)) > 0.5F);
 }
 
 DigitalSurfFold MakeDigitalSurfFold(z32s lowest, z32s highest, z32f spacing, z32f offset) {

@@ -11,6 +11,8 @@ struct DigitalSurfFold {
 
   // The folded height. A height outside 16 bits wraps; one that is no number becomes 0.
   z16s operator()(z32s sample) const;
+  // Whether the folded height is this one's, and not that of a wrapped or an invalid point.
+  bool Keeps(z32s sample) const;
 };
 
 // Maps samples from `lowest` to `highest`, whose real values are sample * spacing + offset. A range

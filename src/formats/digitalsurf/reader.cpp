@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 #include <span>
+#include <tuple>
 
 #include "formats/digitalsurf/fold.h"
 #include "formats/digitalsurf/validation.h"
@@ -27,7 +28,35 @@ class SampleReader {
     return header_.bitsPerPoint == 16 ? Read16(points) : Read32(points);
   }
 
+  // Of 32-bit samples. The header stays as it is.
+  zStatus Measure(zSize count, UnfoldedHeights& heights) {
+    Folding folding;
+    const zStatus status = FindFolding(count, folding);
+    if (status != zOK) return status;
+    z32s lowest = std::numeric_limits<z32s>::max();
+    z32s highest = std::numeric_limits<z32s>::min();
+    const zStatus read = ForEachBlock(count, [&](std::span<const z32s> samples) {
+      for (const z32s sample : samples) {
+        if (sample < folding.threshold) continue;
+        ++heights.points;
+        if (!folding.fold.Keeps(sample)) ++heights.lost;
+        lowest = std::min(lowest, sample);
+        highest = std::max(highest, sample);
+      }
+    });
+    if (read != zOK || heights.points == 0) return read;
+    const Axis axis{static_cast<z64f>(header_.zSpacing), static_cast<z64f>(header_.zOffset)};
+    std::tie(heights.lowest, heights.highest) =
+        std::minmax({Real(lowest, axis), Real(highest, axis)});
+    return zOK;
+  }
+
  private:
+  struct Folding {
+    DigitalSurfFold fold;
+    z32s threshold;  // samples below it are invalid points
+  };
+
   zStatus Read16(zObject points) {
     const zStatus status = file_.ReadArray(points);
     if (status != zOK || header_.specialPoints != 1) return status;
@@ -40,26 +69,32 @@ class SampleReader {
 
   zStatus Read32(zObject points) {
     const std::span<z16s> heights = zArray_EditableItems<z16s>(points);
-    z32s lowest = header_.zMin;
-    z32s highest = header_.zMax;
-    if (header_.specialPoints != 1) {
-      const zStatus status = FindRange(heights.size(), lowest, highest);
-      if (status != zOK) return status;
-    }
-
-    const DigitalSurfFold fold =
-        MakeDigitalSurfFold(lowest, highest, header_.zSpacing, header_.zOffset);
-    // A surface's threshold is the header's, whatever its flag says. In a profile without the flag
-    // no point is invalid.
-    const z32s threshold = profile_ ? lowest : header_.zMin;
-    header_.zSpacing = fold.spacing;
-    header_.zOffset = fold.offset;
+    Folding folding;
+    const zStatus status = FindFolding(heights.size(), folding);
+    if (status != zOK) return status;
+    header_.zSpacing = folding.fold.spacing;
+    header_.zOffset = folding.fold.offset;
     auto height = heights.begin();
     return ForEachBlock(heights.size(), [&](std::span<const z32s> samples) {
       height = std::ranges::transform(samples, height, [&](z32s sample) {
-                 return sample < threshold ? kInvalidRaw : fold(sample);
+                 return sample < folding.threshold ? kInvalidRaw : folding.fold(sample);
                }).out;
     });
+  }
+
+  // The samples are still to be read afterwards.
+  zStatus FindFolding(zSize count, Folding& folding) {
+    z32s lowest = header_.zMin;
+    z32s highest = header_.zMax;
+    if (header_.specialPoints != 1) {
+      const zStatus status = FindRange(count, lowest, highest);
+      if (status != zOK) return status;
+    }
+    folding.fold = MakeDigitalSurfFold(lowest, highest, header_.zSpacing, header_.zOffset);
+    // A surface's threshold is the header's, whatever its flag says. In a profile without the flag
+    // no point is invalid.
+    folding.threshold = profile_ ? lowest : header_.zMin;
+    return zOK;
   }
 
   // Looks ahead: the samples are still to be read afterwards.
@@ -138,6 +173,17 @@ zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header
 
 zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
   return Load(bytes, false, record, alloc);
+}
+
+zStatus FindUnfoldedHeights(const zBytes& bytes, bool profile, UnfoldedHeights& heights,
+                            zAlloc alloc) {
+  FileReader file;
+  SurHeader header;
+  const zStatus status = OpenDigitalSurf(bytes, file, header, alloc);
+  if (status != zOK) return status;
+  const auto points =
+      static_cast<zSize>(header.pointsPerLine) * static_cast<zSize>(header.lineCount);
+  return SampleReader(file, header, profile).Measure(points, heights);
 }
 
 zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {

@@ -16,6 +16,17 @@ zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
 // LoadSurFileBuffer returns; throws Orv::Exception for a file of more or less than one line.
 zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
 
+// The heights of a file of 32-bit samples, as it tells them: spacing and offset of its header,
+// valid points only. 0 for both where there is none.
+struct UnfoldedHeights {
+  z64f lowest = 0, highest = 0;
+  zSize points = 0;
+  zSize lost = 0;  // of them, whose folded heights are others: they do not fit into 16 bits
+};
+// Of a file that the loaders above read; returns what they return.
+zStatus FindUnfoldedHeights(const zBytes& bytes, bool profile, UnfoldedHeights& heights,
+                            zAlloc alloc);
+
 // Opens the file and reads its header, then moves past the comment and private zones. The bytes
 // must outlive the file. No bytes at all are -999, another signature is 0.
 zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header, zAlloc alloc);

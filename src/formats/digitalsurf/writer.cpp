@@ -2,7 +2,6 @@
 #include "formats/digitalsurf/writer.h"
 
 #include "formats/digitalsurf/layout.h"
-#include "scan/heightrange.h"
 #include "scan/scan.h"
 #include "statuses.h"
 
@@ -54,7 +53,7 @@ zStatus Write(MxMsg message, ScanKind kind, zMemory stream) {
   if (scan.kind != kind) return kRefused;
   zObject points = scan.points.Get();
   const HeightRange range = FindHeightRange(zArray_Items<z16s>(points));
-  if (range.lowest < kLowestWritable || range.highest > kHighestWritable) return kRefused;
+  if (!IsWritableAsDigitalSurf(range)) return kRefused;
   if (range.hasInvalid) {
     const zStatus marked = MarkInvalidPoints(points, static_cast<z16s>(range.lowest - 2));
     if (marked != zOK) return marked;

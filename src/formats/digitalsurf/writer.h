@@ -2,11 +2,15 @@
 // Surface and profile messages as Digital Surf files.
 #pragma once
 
+#include "scan/heightrange.h"
 #include "sdk/message.h"
 
 // Heights that leave room for the value of invalid points, which is the smallest height - 2.
 inline constexpr z16s kLowestWritable = -32765;
 inline constexpr z16s kHighestWritable = 32766;
+constexpr bool IsWritableAsDigitalSurf(const HeightRange& range) {
+  return range.lowest >= kLowestWritable && range.highest <= kHighestWritable;
+}
 
 // Append a uniform surface or profile message, header and samples, to a memory stream. Return 1; 0
 // for a null message or stream, another kind of message, or heights outside of the range above; or

@@ -2,32 +2,98 @@
 #include "formats/pcd/facts.h"
 
 #include <algorithm>
+#include <set>
+#include <stdexcept>
 
-#include "formats/pcd/reader.h"
+#include "formats/pcd/quantize.h"
 #include "formats/pcd/validation.h"
+#include "numbers.h"
 #include "statuses.h"
+#include "text.h"
 
 namespace {
+
+bool IsUsed(std::string_view field) {
+  constexpr std::string_view kUsed[] = {"x", "y", "z", "intensity", "rgb", "rgba"};
+  return std::ranges::find(kUsed, field) != std::end(kUsed);
+}
+
+// No shift and no turn, however it is spelt.
+bool IsDefaultViewpoint(std::string_view viewpoint) {
+  std::vector<z64f> numbers;
+  for (std::string_view word; TakePcdWord(viewpoint, word);) {
+    if (word.empty()) continue;
+    try {
+      numbers.push_back(parseReal(std::string(word)));
+    } catch (const std::logic_error&) {  // no number, or one out of range
+      return false;
+    }
+  }
+  return numbers == std::vector<z64f>{0, 0, 0, 1, 0, 0, 0};
+}
+
+// All that is used is read as four bytes, whatever the header says that they are.
+void WarnOfTypes(std::string_view header, std::string_view fields,
+                 ScanFileDescription& description) {
+  const std::string sizesLine = PcdValueOf(header, "SIZE ");
+  const std::string typesLine = PcdValueOf(header, "TYPE ");
+  std::string_view sizes = sizesLine;
+  std::string_view types = typesLine;
+  std::set<std::string_view> told;
+  for (std::string_view name, size, type; TakePcdWord(fields, name);) {
+    if (!TakePcdWord(sizes, size) || !TakePcdWord(types, type)) return;
+    const bool color = name.starts_with("rgb");
+    if (!IsUsed(name) || (size == "4" && (color || type == "F"))) continue;
+    if (!told.insert(name).second) continue;
+    description.Warn("field-type",
+                     "%s is of TYPE %s, SIZE %s, and its first four bytes are read as %s", name,
+                     type, size, color ? "a colour" : "a float");
+  }
+}
+
+void WarnOfIntensities(const PcdCloud& cloud, std::string_view data,
+                       ScanFileDescription& description) {
+  const auto* field = reinterpret_cast<const z8u*>(data.data()) + *cloud.intensity;
+  z64u cut = 0;
+  z64s lowest = 0;
+  z64s highest = 0;
+  for (z64u i = 0; i < cloud.PointCount(); ++i, field += cloud.stride) {
+    const z64s intensity = WholeIntensity(field);
+    if (intensity != static_cast<z8u>(intensity)) ++cut;
+    lowest = std::min(lowest, intensity);
+    highest = std::max(highest, intensity);
+  }
+  if (cut == 0) return;
+  description.Warn("intensity-cut",
+                   "%llu of %llu intensities do not lie within 0 to 1 but reach from %s to %s: "
+                   "only the low byte of their 255fold is kept",
+                   cut, cloud.PointCount(), RealText(static_cast<z64f>(lowest) / 255),
+                   RealText(static_cast<z64f>(highest) / 255));
+}
 
 void NoteIgnored(const CloudFacts& facts, const PcdCloud& cloud, z64u bytesLeft,
                  ScanFileDescription& description) {
   std::string ignored;
   std::string_view fields = facts.fields;
   for (std::string_view name; TakePcdWord(fields, name);) {
-    constexpr std::string_view kUsed[] = {"x", "y", "z", "intensity", "rgb", "rgba"};
-    if (std::ranges::find(kUsed, name) == std::end(kUsed)) ignored.append(" ").append(name);
+    if (!IsUsed(name)) ignored.append(" ").append(name);
   }
-  if (!ignored.empty()) description.Note("a conversion drops the fields%s", ignored);
-  if (facts.viewpoint != "0 0 0 1 0 0 0") {
+  if (!ignored.empty())
+    description.Warn("fields-dropped", "a conversion drops the fields%s", ignored);
+  if (!IsDefaultViewpoint(facts.viewpoint)) {
     description.Note("a conversion drops the viewpoint %s", facts.viewpoint);
   }
   if (cloud.IsLine()) {
     const z32u side = cloud.SquareSide();
-    description.Note("a conversion puts the points into a grid of %u x %u, in their order", side,
-                     side);
+    description.Warn(
+        "line-to-square",
+        "a conversion puts the line of points into a square of %u x %u, in their order", side,
+        side);
   }
   if (cloud.intensity && cloud.color) {
-    description.Note("a conversion mixes intensities and colours");
+    description.Warn("intensities-mixed", "a conversion mixes intensities and colours");
+  } else if (cloud.color) {
+    description.Warn("colour-to-grey", "a conversion turns each colour into one byte of grey");
   }
   if (bytesLeft > 0) description.Note("%llu bytes after the points are ignored", bytesLeft);
 }
@@ -44,6 +110,8 @@ std::optional<CloudFacts> DescribePcd(const zBytes& bytes, ScanFileDescription& 
                          cloud.binary};
   if (!description.complaints.empty()) return facts;
   NoteIgnored(facts, cloud, pcd.data.size() - cloud.PointCount() * cloud.stride, description);
+  WarnOfTypes(pcd.header, facts.fields, description);
+  if (cloud.intensity) WarnOfIntensities(cloud, pcd.data, description);
 
   PcdOptions asInTheFile;
   asInTheFile.width = cloud.width;

@@ -7,6 +7,7 @@
 
 #include "formats/pcd/layout.h"
 #include "formats/pcd/reader.h"
+#include "scan/rounding.h"
 #include "sdk/vectors.h"
 
 // The point records as the file has them, after the swap of x and z.
@@ -36,6 +37,11 @@ class PcdRecords {
   const z8u* data_;
   zSize stride_, x_, y_, z_;
 };
+
+// An intensity in 255ths; a conversion keeps its low byte.
+inline z64s WholeIntensity(const z8u* bytes) {
+  return Truncate(static_cast<z64f>(PcdRecords::Float(bytes) * 255));
+}
 
 // Quantises the first points of a cloud into as many cells, each axis to -32767..32767 between its
 // extremes, and tells the scan's scale and offset. A point that is not valid becomes kInvalidPoint;

@@ -6,7 +6,6 @@
 #include "formats/pcd/quantize.h"
 #include "formats/pcd/validation.h"
 #include "scan/points.h"
-#include "scan/rounding.h"
 #include "statuses.h"
 
 namespace {
@@ -23,8 +22,7 @@ class IntensityWriter {
 
   void AppendRecord(const z8u* bytes, const PcdCloud& cloud) {
     if (cloud.intensity) {
-      const z32f intensity = PcdRecords::Float(bytes + *cloud.intensity) * 255;
-      Append(static_cast<z8u>(Truncate(static_cast<z64f>(intensity))));
+      Append(static_cast<z8u>(WholeIntensity(bytes + *cloud.intensity)));
     }
     if (cloud.color) {
       const z8u* color = bytes + *cloud.color;

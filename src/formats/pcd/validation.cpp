@@ -8,12 +8,22 @@
 
 namespace {
 
-bool HasCoordinates(std::string_view fields) {
+bool HasCoordinates(std::string_view fields, std::string_view names) {
   zSize found = 0;
   for (std::string_view name; TakePcdWord(fields, name);) {
-    if (name == "x" || name == "y" || name == "z") ++found;
+    if (name.size() == 1 && names.find(name) != names.npos) ++found;
   }
   return found >= 3;
+}
+
+// What a line is of which other kinds of PCD files are known.
+std::string KindOf(std::string_view line) {
+  constexpr std::string_view kVersion = "VERSION ";
+  if (line.starts_with(kVersion) && line != "VERSION .7" && line != "VERSION 0.7") {
+    return Orv::Format("PCD version %s", line.substr(kVersion.size()));
+  }
+  if (line.starts_with("DATA binary_compressed")) return "the compressed form of PCD";
+  return {};
 }
 
 // The parser has stopped behind the line that is wrong, with `left` bytes of the file behind it.
@@ -22,12 +32,21 @@ Complaint ComplainOfHeader(std::string_view file, std::size_t left) {
   const std::string_view withoutItsEnd = read.substr(0, read.empty() ? 0 : read.size() - 1);
   const std::size_t start = withoutItsEnd.rfind('\n') + 1;  // npos + 1 is 0
   const std::string fields = PcdValueOf(read, "FIELDS ");
-  if (!fields.empty() && !HasCoordinates(fields)) {
+  if (!fields.empty() && HasCoordinates(fields, "XYZ")) {
+    return MakeComplaint(read.find("FIELDS "), kMalformed,
+                         "coordinates named X, Y and Z in capitals are not read: %s", fields);
+  }
+  if (!fields.empty() && !HasCoordinates(fields, "xyz")) {
     return MakeComplaint(read.find("FIELDS "), kMalformed,
                          "x, y and z are not among the fields: %s", fields);
   }
   constexpr std::size_t kShown = 60;
-  const std::string_view line = file.substr(start, file.find('\n', start) - start);
+  std::string_view line = file.substr(start, file.find('\n', start) - start);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  if (const std::string kind = KindOf(line); !kind.empty()) {
+    return MakeComplaint(start, kMalformed, "this is %s, which is not read: \"%s\"", kind,
+                         line.substr(0, kShown));
+  }
   return MakeComplaint(start, kMalformed,
                        "this is not the line that a PCD 0.7 header has here: \"%s\"",
                        line.substr(0, kShown));
@@ -42,7 +61,8 @@ Complaints ValidatePcd(std::string_view file, PcdFile& pcd) {
   pcd.cloud = *cloud;
   pcd.header = file.substr(0, file.size() - pcd.data.size());
   if (!cloud->binary) {
-    return {{pcd.header.size(), kNotImplemented, "the points are in text form, which is not read"}};
+    return {{pcd.header.size(), kNotImplemented,
+             "the points are in text form (DATA ascii), which is not read"}};
   }
   const z64u fitting = pcd.data.size() / cloud->stride;
   if (cloud->PointCount() <= fitting) return {};

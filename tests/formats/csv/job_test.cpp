@@ -72,7 +72,7 @@ TEST(JobConfig, KnowsEveryPlaceAndFormOfASetting) {
       {ChangedSensor(R"({"parameters": {"activeArea": null, "activeAreaSettings": {"activeArea":
            {"x": 9, "y": 8, "z": true, "width": 1, "length": 2, "height": 3, "transformMatrix":
            [0, 0, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, "not", "read", {}, null]}}}})"),
-       "-1,-2,-3,4,5,6,11,12,13,0.817645,-1.14794,-0.500655", "9,8,1,1,2,3,1,2,3,0,1.5708,-0"},
+       "-1,-2,-3,4,5,6,11,12,13,0.817645,-1.14794,-0.500655", "9,8,1,1,2,3,1,2,3,0,1.5708,0"},
   };
   for (const auto& row : rows) {
     std::string expected = kRows;
