@@ -30,6 +30,10 @@ class Findings {
   void Problem(std::optional<z64u> offset, std::string_view format, const Values&... values) {
     facts.problems.push_back({offset, Orv::Format(format, values...)});
   }
+  // A conversion does not take the whole, for this reason, if any.
+  void Refuse(const std::optional<std::string>& why) {
+    if (why) Problem({}, "a conversion refuses it: %s", *why);
+  }
   // Measures a scan and shows it to the visitor, with its cautions and those known of the whole.
   void Take(zSize frame, z32u index, TaggedScan scan) {
     facts.scans.push_back({frame, index, scan.source, scan.item, MeasureScan(scan.scan)});
@@ -59,4 +63,4 @@ void DescribeScanFile(const zBytes& bytes, Findings& findings);  // .sur, .pro, 
 // verified, beyond what reading it verifies.
 void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings);
 void DescribeArchive(const zBytes& bytes, bool check, Findings& findings);
-void DescribeDirectory(const std::string& path, Findings& findings);
+void DescribeDirectory(const std::string& path, bool check, Findings& findings);

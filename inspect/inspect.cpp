@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "formats/filetypes.h"
+#include "inspect/conversion.h"
 #include "wholefile.h"
 
 namespace {
@@ -13,6 +14,11 @@ namespace {
 constexpr FileKind kKinds[] = {FileKind::srf,       FileKind::sur,     FileKind::pro,
                                FileKind::pcd,       FileKind::unknown, FileKind::recording,
                                FileKind::recording, FileKind::archive};
+
+std::optional<FileType> ImportTypeOf(const std::string& path) {
+  const std::size_t dot = path.rfind('.');
+  return dot == path.npos ? std::nullopt : ImportType(std::string_view(path).substr(dot));
+}
 
 void Describe(const zBytes& bytes, bool check, Findings& findings) {
   switch (findings.facts.kind) {
@@ -34,8 +40,12 @@ void DescribeFile(const std::string& path, bool check, Findings& findings, Progr
     return findings.Problem({}, "the file cannot be read: %s", failure.what());
   }
   Describe(bytes, check, findings);
+  const zSize read = bytes.size();
+  if (check && findings.facts.problems.empty()) {
+    findings.Refuse(RefusalOf(*ImportTypeOf(path), std::move(bytes)));
+  }
   // A recording's were counted scan by scan.
-  if (!findings.facts.recording) progress.AddBytes(bytes.size());
+  if (!findings.facts.recording) progress.AddBytes(read);
 }
 
 // What several scans may have in common.
@@ -52,7 +62,7 @@ void SumUp(Findings& findings) {
   const zSize unwritable = count([](const PlacedScan& scan) {
     return std::ranges::count(scan.facts.cautions, kNotWritable, &Caution::key) > 0;
   });
-  if (unwritable > 0 && (findings.facts.recording || scans.size() > 1)) {
+  if (unwritable > 0 && findings.facts.kind >= FileKind::recording) {
     findings.Warn(kNotWritable, "a conversion refuses to write %zu of %zu scans as .sur or .pro",
                   unwritable, scans.size());
   }
@@ -61,9 +71,7 @@ void SumUp(Findings& findings) {
 }  // namespace
 
 std::optional<FileKind> KindOfPath(const std::string& path) {
-  const std::size_t dot = path.rfind('.');
-  if (dot == path.npos) return std::nullopt;
-  const std::optional<FileType> type = ImportType(std::string_view(path).substr(dot));
+  const std::optional<FileType> type = ImportTypeOf(path);
   if (!type) return std::nullopt;
   return kKinds[*type];
 }
@@ -86,7 +94,7 @@ FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& vi
   Findings findings(facts, visit, progress);
   if (zDirectory_Exists(path.c_str())) {
     facts.kind = FileKind::directory;
-    DescribeDirectory(path, findings);
+    DescribeDirectory(path, check, findings);
   } else if (const auto kind = KindOfPath(path)) {
     facts.kind = *kind;
     DescribeFile(path, check, findings, progress);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What recordings tell.
 #include <algorithm>
+#include <map>
 #include <tuple>
 
 #include "formats/recording/recording.h"
 #include "inspect/findings.h"
+#include "surfacefileconverter/frameexport.h"
 
 namespace {
 
@@ -14,11 +16,12 @@ struct Source {
   bool arrayed;
 };
 
+constexpr zSize kLongestTag = 256;
+
 // Each of its scans bears the name, so a long one would take many times the memory of the file.
 std::string TagOf(const ReplaySourceInfo& source) {
-  constexpr zSize kLongest = 256;
   const std::string& name = source.displayName;
-  return name.size() <= kLongest ? name : name.substr(0, kLongest) + "...";
+  return name.size() <= kLongestTag ? name : name.substr(0, kLongestTag) + "...";
 }
 
 Scan ScanOf(MxMsg message) {
@@ -55,7 +58,7 @@ class RecordingDescriber {
       facts.segments = segments;
       facts.scanners = serializer_.ReadScannerInfo();
       sources_ = SourcesOf(facts);
-      NoteSources(facts);
+      WarnOfSources(facts);
     }
     if (classic) {
       ReadFrames();
@@ -66,9 +69,10 @@ class RecordingDescriber {
       }
     }
     if (!IsReadable()) return;
-    if (findings_.facts.frames == 0) findings_.Note("there is no frame");
+    if (findings_.facts.frames == 0) findings_.Warn("frames-none", "there is no frame");
     if (unevenFrames_ > 0) {
-      findings_.Note("%zu of %zu frames do not hold one message for each of the %zu sources",
+      findings_.Warn("frames-uneven",
+                     "%zu of %zu frames do not hold one message for each of the %zu sources",
                      unevenFrames_, findings_.facts.frames, sources_.size());
     }
   }
@@ -87,16 +91,43 @@ class RecordingDescriber {
   }
 
  private:
-  void NoteSources(const RecordingFacts& facts) {
+  void WarnOfSources(const RecordingFacts& facts) {
     if (facts.scanners.size() != 1) {
-      findings_.Note("a conversion takes recordings of one scanner, this one has %zu",
+      findings_.Warn("scanners", "a conversion takes recordings of one scanner, this one has %zu",
                      facts.scanners.size());
     }
     for (const Plovia::ReplayScannerInfo& scanner : facts.scanners) {
+      std::vector<ReplaySourceInfo> exportable;
       for (const ReplaySourceInfo& source : scanner.sources) {
-        if (IsExportable(source)) continue;
-        findings_.Note("a conversion leaves out the source \"%s\"", source.displayName);
+        if (IsExportable(source)) {
+          exportable.push_back(source);
+        } else {
+          findings_.Warn("source-left-out", "a conversion leaves out the source \"%s\"",
+                         TagOf(source));
+        }
       }
+      WarnOfExports(exportable);
+    }
+  }
+
+  // Of sources that a conversion takes, but does not write, or over each other.
+  void WarnOfExports(const std::vector<ReplaySourceInfo>& sources) {
+    const std::vector<zSize> written = WrittenSources(sources);
+    for (zSize j = 0; j < sources.size(); ++j) {
+      if (std::ranges::binary_search(written, j)) continue;
+      const bool behindArray =
+          !written.empty() && j > written.back() && sources[written.back()].arrayed != 0;
+      findings_.Warn("source-not-written",
+                     "a conversion into scan files leaves out the source \"%s\"%s",
+                     TagOf(sources[j]), behindArray ? ", which stands behind an arrayed one" : "");
+    }
+    std::map<std::string, zSize> named;
+    for (const std::string& tag : SanitizeScannerNames(sources)) ++named[tag];
+    for (const auto& [tag, count] : named) {
+      if (count == 1) continue;
+      findings_.Warn("source-names-equal",
+                     "%zu sources have the same name in files (\"%s\"), which replace each other",
+                     count, tag.substr(0, kLongestTag));
     }
   }
 

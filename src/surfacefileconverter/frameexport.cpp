@@ -31,6 +31,14 @@ bool IsWritten(const ReplaySourceInfo& source) {
          source.dataType == SURFACE_POINT_CLOUD;
 }
 
+Handle StreamOf(const Handle& message, FileType fileType, zAlloc alloc) {
+  if (!message) kWriteMsg.Fail(kBadInput, "The inputted msg is Null");
+  Handle stream;
+  kWriteMsg.Require(zMemory_Construct(stream.Out(), alloc), "zMemory constructed failed");
+  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), alloc);
+  return stream;
+}
+
 // A frame may be shorter than others; what is missing is an empty handle.
 Handle MessageOf(const Plovia::ReplayFrame& frame, zSize source) {
   return source < frame.size() ? frame[source] : Handle();
@@ -50,7 +58,7 @@ class FrameWriter {
       kWriteMsgs.Fail(
           kBadInput, "The data source count is not equal to the message count in the first frame.");
     }
-    for (const zSize source : WrittenSources()) {
+    for (const zSize source : WrittenSources(sources)) {
       const Handle message = MessageOf(recording_.frames[index], source);
       const std::vector<std::string> names = Names(source, index, single);
       if (sources[source].arrayed == 0) {
@@ -64,24 +72,13 @@ class FrameWriter {
   // The files that Write will make.
   std::vector<std::string> Names(z32u index, bool single) const {
     std::vector<std::string> names;
-    for (const zSize source : WrittenSources()) {
+    for (const zSize source : WrittenSources(recording_.sources)) {
       std::ranges::move(Names(source, index, single), std::back_inserter(names));
     }
     return names;
   }
 
  private:
-  // Sources after an arrayed one are not written.
-  std::vector<zSize> WrittenSources() const {
-    std::vector<zSize> written;
-    for (zSize j = 0; j < recording_.sources.size(); ++j) {
-      if (!IsWritten(recording_.sources[j])) continue;
-      written.push_back(j);
-      if (recording_.sources[j].arrayed != 0) break;
-    }
-    return written;
-  }
-
   // One for each item of the source's message.
   std::vector<std::string> Names(zSize source, z32u index, bool single) const {
     const bool arrayed = recording_.sources[source].arrayed != 0;
@@ -109,6 +106,8 @@ class FrameWriter {
   void WriteMessage(const Handle& message, const std::string& name) {
     if (job_ != nullptr) {
       WriteSurfaceCsv(message.Get(), recording_.dataType, *job_, name);
+    } else if (target_.trial) {
+      static_cast<void>(StreamOf(message, target_.exportType, target_.alloc));
     } else {
       WriteMsg(message, name, target_.exportType, target_.alloc);
     }
@@ -149,7 +148,11 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
   const std::vector<std::string> names =
       sources.size() == 1 ? std::vector{target.exportName}
                           : GetAppendedFileNames(target.exportName, recording.tags);
-  RequireSeparateFiles(kWriteMsgs, names, {target.inputName});
+  std::vector<std::string> written;
+  for (zSize j = 0; j < sources.size(); ++j) {
+    if (IsProfileType(sources[j].dataType)) written.push_back(names[j]);
+  }
+  RequireSeparateFiles(kWriteMsgs, written, {target.inputName});
   target.exportedNames.clear();
   for (zSize j = 0; j < sources.size(); ++j) {
     if (!IsProfileType(sources[j].dataType)) continue;
@@ -164,6 +167,16 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
 }
 
 }  // namespace
+
+std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources) {
+  std::vector<zSize> written;
+  for (zSize j = 0; j < sources.size(); ++j) {
+    if (!IsWritten(sources[j])) continue;
+    written.push_back(j);
+    if (sources[j].arrayed != 0) break;  // those behind an arrayed one are not written
+  }
+  return written;
+}
 
 void ExportFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target) {
   WriteFrames(recording, choice, target, nullptr);
@@ -185,9 +198,5 @@ z32s ExportCsv(Recording& recording, const FrameChoice& choice, const FrameExpor
 }
 
 void WriteMsg(const Handle& message, const std::string& path, FileType fileType, zAlloc alloc) {
-  if (!message) kWriteMsg.Fail(kBadInput, "The inputted msg is Null");
-  Handle stream;
-  kWriteMsg.Require(zMemory_Construct(stream.Out(), alloc), "zMemory constructed failed");
-  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), alloc);
-  WriteStream(stream.Get(), path);
+  WriteStream(StreamOf(message, fileType, alloc).Get(), path);
 }

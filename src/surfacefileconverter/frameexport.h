@@ -20,7 +20,11 @@ struct FrameExport {
   zAlloc alloc;
   const Listener& listener;
   std::vector<std::string>& exportedNames;  // gains each file that was written
+  bool trial = false;                       // scan files are made, but not written
 };
+
+// The places of the sources that ExportFrames writes.
+std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources);
 
 // Write scan files or, with the settings of the archive's job, CSV: of a recording of profiles then
 // all frames in one file for each source. Throw Orv::Exception, and for CSV errors of the JSON

@@ -46,19 +46,18 @@ void WriteRecording(const Plovia::ReplaySerializer& serializer, const std::strin
 
 }  // namespace
 
-void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
-                FileType exportType, zAlloc alloc, const Listener& listener) {
+Plovia::ReplaySerializer MakeRecording(const ScanFile& file, const PcdOptions& options,
+                                       zAlloc alloc, const Listener& listener) {
   Handle message;
   const DataSourceType dataType = MakeMessage(file, options, message, alloc, listener);
   Plovia::ReplaySerializer serializer;
   serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
   serializer.WriteIndexInfo(0);
   serializer.WriteData(std::move(message));
-  WriteRecording(serializer, exportName, exportType, alloc);
+  return serializer;
 }
 
-void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,
-                     FileType exportType, zAlloc alloc) {
+Plovia::ReplaySerializer MakeRecording(const SurfaceDirectory& directory, zAlloc alloc) {
   Plovia::ReplaySerializer serializer;
   std::vector<ReplaySourceInfo> sources;
   for (const std::string& tag : directory.tags) {
@@ -75,5 +74,15 @@ void ExportDirectory(const SurfaceDirectory& directory, const std::string& expor
       serializer.WriteData(std::move(message));
     }
   }
-  WriteRecording(serializer, exportName, exportType, alloc);
+  return serializer;
+}
+
+void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
+                FileType exportType, zAlloc alloc, const Listener& listener) {
+  WriteRecording(MakeRecording(file, options, alloc, listener), exportName, exportType, alloc);
+}
+
+void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,
+                     FileType exportType, zAlloc alloc) {
+  WriteRecording(MakeRecording(directory, alloc), exportName, exportType, alloc);
 }

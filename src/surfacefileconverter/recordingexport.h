@@ -6,12 +6,19 @@
 #include "formats/filetypes.h"
 #include "getfilestream/getfilestream.h"
 #include "notices.h"
+#include "sdk/pipeline.h"
 
 // A file of one scan, not yet decoded.
 struct ScanFile {
   FileType fileType = SRF;  // SRF, SUR, PRO or PCD
   zBytes bytes;
 };
+
+// The recordings of one scan, and of all frames of a directory, before they are written. Throw
+// Orv::Exception.
+Plovia::ReplaySerializer MakeRecording(const ScanFile& file, const PcdOptions& options,
+                                       zAlloc alloc, const Listener& listener);
+Plovia::ReplaySerializer MakeRecording(const SurfaceDirectory& directory, zAlloc alloc);
 
 // Write a recording of one scan, or of all frames of a directory, as .rep, or as an archive with
 // the platform's configuration from the folder config of the working directory. Of the options,

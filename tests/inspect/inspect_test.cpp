@@ -129,6 +129,10 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   odd.sources.resize(3);
   odd.sources[0].dataType = 11;
   odd.sources[1].name = "a multi-exp b";
+  // Two of one name in files, and some that are not written.
+  Plovia::ReplayScannerInfo many = scanner;
+  std::swap(many.sources[1], many.sources[4]);
+  many.sources[0].displayName = "Cl/oud";
   zBytes profile = PlainSurface(
       {.width = 2, .length = 1, .samples = {1, 2}, .bits = 32, .commentSize = 3, .privateSize = 4});
   std::memcpy(profile.data() + 196, "km", 2);  // a profile has no y
@@ -167,6 +171,8 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
           {"types.pcd", ToBytes(types)},
           {"recording.rep", WriteRecording(scanner, {frame}, false)},
           {"uneven.rec", WriteRecording(odd, {{frame[0], frame[2], frame[3]}, {frame[0]}}, true)},
+          {"many.rep",
+           WriteRecording(many, {{frame[0], frame[4], frame[2], frame[3], frame[1]}}, true)},
           {"empty.ovrec",
            MakeArchive({{"replay/buffer", ToText(WriteRecording(scanner, {}, true))}})},
       }),
@@ -242,7 +248,14 @@ TEST_F(Inspection, NamesFramesAndSourcesOfADirectory) {
   }
   WriteFile("d/b-Frame-0001_L.sur", First(plain, 500));
   WriteFile("d/c.sur", SurFile{}.Bytes());
-  ExpectTexts({Inspect("d/")}, "directory.txt");
+  // Files that a conversion takes twice, or not at all.
+  std::filesystem::create_directory("e");
+  for (const std::string name : {"0000_T", "0000_T2", "00001_T", "0001_T", "000b_R", "0001_X"}) {
+    WriteFile("e/a-Frame-" + name + ".sur", plain);
+  }
+  std::filesystem::create_directory("empty");
+  WriteFile("empty/a-Frame-0000_T.sur", PlainSurface({.flag = 1, .zMin = 99}));
+  ExpectTexts({Inspect("d/"), Inspect("e", true), Inspect("empty", true)}, "directory.txt");
 }
 
 // Otherwise a small recording of many frames would take gigabytes.

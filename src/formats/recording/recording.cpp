@@ -31,7 +31,8 @@ void ReadSegments(Plovia::ReplaySerializer& serializer, z64u segmentCount,
   if (frames.empty()) kOperation.Fail(kBadInput, "The imported recording data is empty");
 }
 
-// The names become parts of file names, so they lose what no file name may hold.
+}  // namespace
+
 std::vector<std::string> SanitizeScannerNames(const std::vector<ReplaySourceInfo>& sources) {
   constexpr std::string_view kNotInFileNames = "*/:<>?\\|";
   std::vector<std::string> tags;
@@ -41,8 +42,6 @@ std::vector<std::string> SanitizeScannerNames(const std::vector<ReplaySourceInfo
   }
   return tags;
 }
-
-}  // namespace
 
 bool IsExportable(const ReplaySourceInfo& source) {
   const bool knownType =

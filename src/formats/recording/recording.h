@@ -26,6 +26,9 @@ Recording ReadRecording(FileType fileType, std::shared_ptr<const zBytes> file);
 // that another source is made of.
 bool IsExportable(const ReplaySourceInfo& source);
 
+// Names of sources as parts of file names: without what no file name may hold.
+std::vector<std::string> SanitizeScannerNames(const std::vector<ReplaySourceInfo>& sources);
+
 // Reads every frame of the loaded recording. Sources that cannot be exported are dropped: `sources`
 // gains the kept ones, and the last of them tells `dataType` and `arrayed`. In the classic layout
 // the frames keep the messages of dropped sources. Throws Orv::Exception when the recording has not
