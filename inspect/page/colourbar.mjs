@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The colours of the heights, and the heights that they stand for.
 import {byId, element} from "./elements.mjs";
-import {mm, number, ticksOf} from "./text.mjs";
+import {measure, number, ticksOf} from "./text.mjs";
 
 // Where a height lies in the palette.
 export function colourIndex(z, range) {
@@ -19,7 +19,7 @@ export function labelsOf(range, decimals) {
   }));
 }
 
-export function drawColourBar(palette, range, decimals) {
+export function drawColourBar(palette, range, decimals, unit) {
   const context = byId("bar-colours").getContext("2d");
   const image = context.createImageData(1, 256);
   for (let i = 0; i < 256; ++i) {
@@ -34,5 +34,6 @@ export function drawColourBar(palette, range, decimals) {
     return label;
   }));
   byId("bar").setAttribute("aria-label",
-    `Colours from ${number(range.low, decimals)} to ${mm(range.high, decimals)}`);
+    `Colours from ${number(range.low, decimals)} to ${measure(range.high, decimals, unit)}`);
+  byId("bar-unit").textContent = unit;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the page was made with: one description of everything, and arrays in base64.
-import {Scan, bytesOf} from "./scan.mjs";
+import {Scan, bytesOf, unitsOf} from "./scan.mjs";
 import {extentOf} from "./text.mjs";
 
 const unique = (values) => [...new Set(values)];
@@ -32,9 +32,10 @@ export class PageData {
     return `${frame + 1} of ${this.frames}, index ${index}`;
   }
 
-  // All scans of a source share their colours, so that frames can be compared.
-  heightRange(source) {
-    const entries = this.scans.filter((entry) => entry.source === source && entry.measured > 0);
+  // All scans of a source in one unit share their colours, so that frames can be compared.
+  heightRange(source, unit = "mm") {
+    const entries = this.scans.filter((entry) => entry.source === source && entry.measured > 0 &&
+      unitsOf(entry)[2] === unit);
     if (entries.length === 0) return {low: 0, high: 0};
     return extentOf(entries.flatMap((entry) => [entry.low, entry.high]));
   }

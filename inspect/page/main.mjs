@@ -9,7 +9,7 @@ import {HeightMap} from "./map.mjs";
 import {LinePlot} from "./plot.mjs";
 import {ProfileView} from "./profile.mjs";
 import {SectionLine, cellsAlong, heightAt, sectionFacts} from "./section.mjs";
-import {clean, mm} from "./text.mjs";
+import {clean, measure} from "./text.mjs";
 import {SolidView} from "./view3d.mjs";
 
 const data = new PageData(JSON.parse(byId("document").textContent),
@@ -56,13 +56,15 @@ function cutSection() {
   plot.show({
     x: surface.cells.map((cell) => cell.distance),
     z: surface.cells.map((cell) => heightAt(scan, cell)),
+    units: scan.units,
   });
 }
 
 function tellSection(index, byKey) {
   const cell = surface.cells[index];
   if (!cell) return;
-  const pairs = [["distance", mm(cell.distance, 4)], ...scan.tell(cell.column, cell.row)];
+  const pairs = [["distance", measure(cell.distance, 4, scan.units[0])],
+    ...scan.tell(cell.column, cell.row)];
   showPairs(byId("section-readout"), pairs);
   if (byKey) {
     speak(pairs);
@@ -131,8 +133,8 @@ function listenToSolid() {
 }
 
 function showSurface() {
-  const range = data.heightRange(scan.source);
-  drawColourBar(data.palette, range, scan.decimals);
+  const range = data.heightRange(scan.source, scan.units[2]);
+  drawColourBar(data.palette, range, scan.decimals, scan.units[2]);
   surface.line.fit(scan);
   surface.map.show(scan, range);
   cutSection();

@@ -16,13 +16,15 @@ export function makeMesh(scan, stride) {
   const usable = (step) => Number.isFinite(step) && step !== 0 ? step : 1;
   const [stepX, stepY] = [usable(scan.stepX), usable(scan.stepY)];
   const middleZ = scan.low + (scan.high - scan.low) / 2;
-  const radius = Math.hypot(stepX * scan.width, stepY * scan.length, scan.high - scan.low) / 2;
+  const heightUnit = scan.heightUnit || 1;
+  const radius = Math.hypot(stepX * scan.width, stepY * scan.length,
+    (scan.high - scan.low) * heightUnit) / 2;
   const places = new Float32Array(3 * columns * rows);
   for (let j = 0, i = 0; j < rows; ++j) {
     for (let k = 0; k < columns; ++k, i += 3) {
       places[i] = (k * stride - (scan.width - 1) / 2) * stepX / radius;
       places[i + 1] = (j * stride - (scan.length - 1) / 2) * stepY / radius;
-      places[i + 2] = (scan.z(j * stride * scan.width + k * stride) - middleZ) / radius;
+      places[i + 2] = (scan.z(j * stride * scan.width + k * stride) - middleZ) * heightUnit / radius;
     }
   }
   const known = (corner) => !Number.isNaN(places[3 * corner + 2]);
@@ -42,7 +44,7 @@ export function makeMesh(scan, stride) {
   const used = new Uint8Array(columns * rows);
   for (const corner of triangles) used[corner] = 1;
   const points = [...used.keys()].filter((corner) => !used[corner] && known(corner));
-  return {places, triangles, points, radius, middleZ};
+  return {places, triangles, points, radius: radius / heightUnit, middleZ};  // the radius as z tells it
 }
 
 // Where x, y and z of the scan go on the screen, by columns; the third row points to the viewer.
@@ -58,7 +60,7 @@ export function turnMatrix(heading, tilt) {
 // What is told below the view.
 export function meshText(scan, stride) {
   const sides = [scan.stepX * (scan.width - 1), scan.stepY * (scan.length - 1),
-    scan.high - scan.low].map((side) => number(Math.abs(side)));
-  return `${sides.join(" × ")} mm` +
+    scan.high - scan.low].map((side, axis) => `${number(Math.abs(side))} ${scan.units[axis]}`);
+  return sides.join(" × ") +
     (stride > 1 ? `; each ${stride}. cell of each row and column is drawn.` : ".");
 }

@@ -9,6 +9,7 @@
 
 #include "inspect/page/pagescan.h"
 #include "inspect/picture/colormap.h"
+#include "inspect/reduction/ownunits.h"
 #include "page_html.h"
 
 namespace {
@@ -91,7 +92,7 @@ void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
     ++leftOut_;
     return;
   }
-  const Scan& scan = tagged.scan;
+  const Scan scan = InOwnUnits(tagged.scan);
   const PageScan page = MakePageScan(scan, std::min(left_, pointsPerScan_));
   left_ -= std::min<z64u>(left_, std::max<z64u>(kScanItself, page.heights.raw.size()));
 
@@ -114,6 +115,11 @@ void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
                 {"measured", page.measured},
                 {"reduced", page.reduced}};
   for (const Caution& caution : scan.cautions) entry["cautions"].push_back(caution.text);
+  const auto isMm = [](const AxisUnit& unit) { return unit.name == "mm"; };
+  if (!std::ranges::all_of(scan.units, isMm)) {
+    for (const AxisUnit& unit : scan.units) entry["units"].push_back(unit.name);
+    entry["heightUnit"] = HeightUnit(scan);
+  }
   const auto add = [&](const char* key, std::string array) {
     entry[key] = arrays_.size();
     arrays_.push_back(std::move(array));

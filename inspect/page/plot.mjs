@@ -102,9 +102,10 @@ export class LinePlot {
       context.fillText(number(tick, up.decimals), MARGIN.left - 6, y + 4);
     }
     context.stroke();
-    context.fillText(`${this.xName} in mm`, width - MARGIN.right, height - 6);
+    const [xUnit, , zUnit] = this.view.points.units ?? ["mm", "mm", "mm"];
+    context.fillText(`${this.xName} in ${xUnit}`, width - MARGIN.right, height - 6);
     context.textAlign = "left";
-    context.fillText("z in mm", 4, height - 6);
+    context.fillText(`z in ${zUnit}`, 4, height - 6);
   }
 
   drawLine(context) {

@@ -12,7 +12,7 @@ export class PlotView {
     this.points = {x: [], z: []};
   }
 
-  // x and z in mm, from left to right; NaN in z is a gap.
+  // x and z, from left to right; NaN in z is a gap.
   show(points, keepSeen) {
     this.points = points;
     this.all = extentOf(points.x);

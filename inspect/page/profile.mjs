@@ -4,31 +4,37 @@ import {onDrag, onKeys, placeAt, pointIn} from "./drawing.mjs";
 import {byId, element, showPairs, speak} from "./elements.mjs";
 import {LinePlot} from "./plot.mjs";
 import {MARGIN} from "./plotview.mjs";
-import {mm, spoken} from "./text.mjs";
+import {measure, spoken} from "./text.mjs";
 
-export const pointsOf = (scan) =>
-  ({x: scan.xs, z: Float64Array.from(scan.order, (point) => scan.z(point))});
+export const pointsOf = (scan) => ({
+  x: scan.xs,
+  z: Float64Array.from(scan.order, (point) => scan.z(point)),
+  units: scan.units,
+  heightUnit: scan.heightUnit,
+});
 
 // Place and values of a point, as pairs to show.
 export function tellPoint(scan, index) {
   const point = scan.order[index];
   const pairs = [
-    ["x", mm(scan.xs[index], scan.placeDecimals)],
-    ["z", mm(scan.z(point), scan.decimals)],
+    ["x", measure(scan.xs[index], scan.placeDecimals, scan.units[0])],
+    ["z", measure(scan.z(point), scan.decimals, scan.units[2])],
   ];
   if (scan.bytes) pairs.push(["intensity", String(scan.bytes[point])]);
   pairs.push(["point", String(point)]);
   return pairs;
 }
 
-export function distanceFacts({x, z}, [a, b], decimals) {
+export function distanceFacts({x, z, units, heightUnit}, [a, b], decimals) {
   const dx = x[b] - x[a];
   const dz = z[b] - z[a];
   const unknown = "an end is not measured";
+  const distance = heightUnit === 0 ? "z is no length"
+    : measure(Math.hypot(dx, dz * heightUnit), 4, units[0]);
   return [
-    ["distance", Number.isNaN(dz) ? unknown : mm(Math.hypot(dx, dz), 4)],
-    ["along x", mm(dx, 4)],
-    ["height difference B − A", Number.isNaN(dz) ? unknown : mm(dz, decimals)],
+    ["distance", Number.isNaN(dz) ? unknown : distance],
+    ["along x", measure(dx, 4, units[0])],
+    ["height difference B − A", Number.isNaN(dz) ? unknown : measure(dz, decimals, units[2])],
   ];
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A scan with its arrays, which the page carries in base64.
-import {decimalsFor, mm, number} from "./text.mjs";
+import {clean, decimalsFor, measure, number} from "./text.mjs";
 
 const NOT_MEASURED = -32768;
 
@@ -14,11 +14,16 @@ function rawValues(base64) {
   return Int16Array.from({length: bytes.length / 2}, (_, i) => view.getInt16(2 * i, true));
 }
 
+// Of x, y and z.
+export const unitsOf = (entry) => (entry.units ?? ["mm", "mm", "mm"]).map(clean);
+
 // Cells are numbered row by row.
 export class Scan {
   // `entry` describes the scan; `arrayText` gives the text of an array that it names.
   constructor(entry, arrayText) {
+    this.heightUnit = 1;  // in units of x, 0 where it is no length
     Object.assign(this, entry);
+    this.units = unitsOf(entry);
     this.raw = rawValues(arrayText(entry.heights));
     this.bytes = entry.intensities === undefined ? null : bytesOf(arrayText(entry.intensities));
     this.decimals = decimalsFor(this.scale, this.offset);
@@ -60,9 +65,9 @@ export class Scan {
   tell(column, row) {
     const cell = row * this.width + column;
     const pairs = [
-      ["x", mm(this.xOf(column), decimalsFor(this.stepX, this.x))],
-      ["y", mm(this.yOf(row), decimalsFor(this.stepY, this.y))],
-      ["z", mm(this.z(cell), this.decimals)],
+      ["x", measure(this.xOf(column), decimalsFor(this.stepX, this.x), this.units[0])],
+      ["y", measure(this.yOf(row), decimalsFor(this.stepY, this.y), this.units[1])],
+      ["z", measure(this.z(cell), this.decimals, this.units[2])],
     ];
     if (this.bytes) pairs.push(["intensity", String(this.bytes[cell])]);
     pairs.push(["column", String(column)], ["row", String(row)]);
@@ -79,15 +84,16 @@ export class Scan {
     let text = `${names[this.kind]} of ${points}. `;
     if (this.columns * this.rows === 0) return text;
     if (this.measured === 0) return `${text}Nothing was measured, or has no finite place.`;
-    text += `Heights from ${number(this.low, this.decimals)} to ${mm(this.high, this.decimals)}. `;
+    text += `Heights from ${number(this.low, this.decimals)} to ` +
+      `${measure(this.high, this.decimals, this.units[2])}. `;
     if (this.kind === "profile") {
       return text + (this.reduced ? `Reduced to ${this.raw.length} points: of each run of points ` +
         "that follow each other, the lowest and the highest remain." : "Every point is here.");
     }
     if (this.kind === "cloud") {
       return text + `Seen from above in ${this.width} × ${this.length} cells of ` +
-        `${number(Math.abs(this.stepX))} × ${mm(Math.abs(this.stepY))}: each is the mean of the ` +
-        "points in it.";
+        `${number(Math.abs(this.stepX))} × ${measure(Math.abs(this.stepY), 3, this.units[1])}: ` +
+        "each is the mean of the points in it.";
     }
     return text + (this.reduced ? `Reduced to ${this.width} × ${this.length} cells: each is the ` +
       `mean of about ${this.share.toPrecision(3)} points.` : "Every point is here.");

@@ -2,9 +2,10 @@
 // The line from A to B across the map, and the heights below it.
 import {onDrag, onKeys, placeAt, pointIn} from "./drawing.mjs";
 import {speak} from "./elements.mjs";
-import {extentOf, mm, spoken} from "./text.mjs";
+import {extentOf, measure, spoken} from "./text.mjs";
 
-// The cells that a line passes, each nearest to the line, with their distances in mm from A.
+// The cells that a line passes, each nearest to the line, with their distances from A, in
+// the unit of x.
 export function cellsAlong(scan, a, b) {
   const columns = b.column - a.column;
   const rows = b.row - a.row;
@@ -25,11 +26,11 @@ export function sectionFacts(scan, a, b, cells) {
   const difference = heightAt(scan, b) - heightAt(scan, a);
   const length = Math.hypot((b.column - a.column) * scan.stepX, (b.row - a.row) * scan.stepY);
   return [
-    ["length", mm(length, 4)],
+    ["length", measure(length, 4, scan.units[0])],
     ["height difference B − A", Number.isNaN(difference) ? "an end is not measured"
-      : mm(difference, scan.decimals)],
-    ["lowest", mm(low, scan.decimals)],
-    ["highest", mm(high, scan.decimals)],
+      : measure(difference, scan.decimals, scan.units[2])],
+    ["lowest", measure(low, scan.decimals, scan.units[2])],
+    ["highest", measure(high, scan.decimals, scan.units[2])],
   ];
 }
 

@@ -7,7 +7,7 @@ export function clean(text) {
   return String(text).replace(/[\p{Cc}\p{Cf}\u2028\u2029]/gu, "\ufffd");
 }
 
-// Decimals that tell values apart which are `step` mm from each other, beginning at `offset`.
+// Decimals that tell values apart which are `step` from each other, beginning at `offset`.
 export function decimalsFor(step, offset = 0) {
   const decimals = Math.max(Math.ceil(-Math.log10(Math.abs(step)) - 1e-9), 3);
   if (!(decimals < 9)) return 3;
@@ -21,8 +21,8 @@ export function number(value, decimals = 3) {
   return Number(text) === 0 ? text.replace("-", "") : text;
 }
 
-export const mm = (value, decimals) =>
-  Number.isFinite(value) ? `${number(value, decimals)} mm` : "not measured";
+export const measure = (value, decimals, unit) =>
+  Number.isFinite(value) ? `${number(value, decimals)} ${unit}` : "not measured";
 
 // [name, text] pairs as one line.
 export const spoken = (pairs) => pairs.map((pair) => pair.join(" ")).join(", ");

@@ -7,6 +7,7 @@
 #include "inspect/picture/lineplot.h"
 #include "inspect/picture/plot.h"
 #include "inspect/reduction/heightmap.h"
+#include "inspect/reduction/ownunits.h"
 
 namespace {
 
@@ -77,6 +78,11 @@ void DrawCells(Canvas& canvas, const Plot& plot, const HeightMap& map, const Axi
   }
 }
 
+// "x (mm)"
+std::string AxisName(const char* axis, const AxisUnit& unit) {
+  return Orv::Format("%s (%s)", axis, unit.name);
+}
+
 zBytes DrawNothing(const Scan& scan, const std::string& title) {
   Canvas canvas = MakeSheet(kShortestSide, title, scan.cautions, {});
   const Lettering text(18);
@@ -104,7 +110,7 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   if (map.heights.empty() || (measured == 0 && !HasValidPoint(scan)))
     return DrawNothing(scan, title);
   std::vector<std::string> notes;
-  NoteStretching(plot, "y", notes);
+  NoteStretching(plot, "y", 1, notes);
   if (plot.across.Size() == 0) notes.emplace_back("All points have the same x.");
   if (plot.up.Size() == 0) notes.emplace_back("All points have the same y.");
   if (measured == 0) notes.emplace_back("Too few points were measured to be seen at this size.");
@@ -112,8 +118,9 @@ zBytes DrawMap(const Scan& scan, const std::string& title) {
   const AxisRange heights = ExtentOf(map.heights);
   const Blank blank = BlankOf(scan, map);
   DrawCells(canvas, plot, map, heights, blank);
-  DrawAxes(canvas, plot, "y");
-  if (measured > 0) DrawColorBar(canvas, plot, heights);
+  const auto& [x, y, z] = scan.units;
+  DrawAxes(canvas, plot, AxisName("x", x), AxisName("y", y));
+  if (measured > 0) DrawColorBar(canvas, plot, heights, AxisName("z", z));
   if (measured < map.heights.size()) DrawLegend(canvas, plot, blank);
   return canvas.ToPng();
 }
@@ -133,7 +140,7 @@ zBytes DrawProfile(const Scan& scan, const std::string& title) {
   const z64f room = plot.up.Size() * 0.05;
   plot.up = {plot.up.low - room, plot.up.high + room};
   std::vector<std::string> notes;
-  NoteStretching(plot, "z", notes);
+  NoteStretching(plot, "z", HeightUnit(scan), notes);
   Canvas canvas = MakeSheet(plot.height, title, scan.cautions, notes);
   DrawGridLines(canvas, plot);
 
@@ -152,12 +159,13 @@ zBytes DrawProfile(const Scan& scan, const std::string& title) {
     }
   }
   pen.DrawOnto(canvas, plot.x, plot.y, HeightPalette()[60]);
-  DrawAxes(canvas, plot, "z");
+  DrawAxes(canvas, plot, AxisName("x", scan.units[0]), AxisName("z", scan.units[2]));
   return canvas.ToPng();
 }
 
 }  // namespace
 
-zBytes DrawPicture(const Scan& scan, const std::string& title) {
+zBytes DrawPicture(const Scan& told, const std::string& title) {
+  const Scan scan = InOwnUnits(told);
   return scan.IsProfile() ? DrawProfile(scan, title) : DrawMap(scan, title);
 }

@@ -14,6 +14,7 @@ constexpr int kTickLength = 5;
 constexpr int kMargin = 16;
 constexpr int kBelowPlot = 56;  // tick labels and the name of the axis
 constexpr int kNoteHeight = 22;
+constexpr int kAxisName = 160;  // pixels at most
 constexpr int kTextWidth = kPictureWidth - 2 * kMargin;
 constexpr Rgb kGridLine{226, 226, 226};
 
@@ -48,8 +49,8 @@ void AppendLines(const Lettering& text, std::string rest, std::vector<std::strin
 
 }  // namespace
 
-int Plot::ColumnOf(z64f mm) const { return x + PixelOf(across.ShareOf(mm), width); }
-int Plot::RowOf(z64f mm) const { return y + height - 1 - PixelOf(up.ShareOf(mm), height); }
+int Plot::ColumnOf(z64f value) const { return x + PixelOf(across.ShareOf(value), width); }
+int Plot::RowOf(z64f value) const { return y + height - 1 - PixelOf(up.ShareOf(value), height); }
 
 Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
                  const std::vector<std::string>& notes) {
@@ -72,7 +73,7 @@ Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Cau
   return canvas;
 }
 
-void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName) {
+void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& across, const std::string& up) {
   const Lettering text(kTextSize);
   const int bottom = plot.y + plot.height;
   canvas.Frame(plot.x - 1, plot.y - 1, plot.width + 2, plot.height + 2, kInk);
@@ -91,10 +92,9 @@ void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName) {
     const int end = plot.x - 10;
     text.Draw(canvas, std::max(2, end - text.Width(tick.label)), row + 5, tick.label, kInk);
   }
-  const std::string across = "x (mm)";
-  const std::string up = upName + " (mm)";
-  text.Draw(canvas, plot.x + (plot.width - text.Width(across)) / 2, bottom + 44, across, kInk);
-  text.Draw(canvas, plot.x - text.Width(up) / 2, plot.y - 14, up, kInk);
+  text.Draw(canvas, plot.x + std::max(0, (plot.width - text.Width(across)) / 2), bottom + 44,
+            across, kInk, kAxisName);
+  text.Draw(canvas, std::max(2, plot.x - text.Width(up) / 2), plot.y - 14, up, kInk, kAxisName);
 }
 
 void DrawGridLines(Canvas& canvas, const Plot& plot) {
@@ -106,7 +106,8 @@ void DrawGridLines(Canvas& canvas, const Plot& plot) {
   }
 }
 
-void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights) {
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights,
+                  const std::string& name) {
   const Lettering text(kTextSize);
   const auto palette = HeightPalette();
   const Plot bar{plot.x + plot.width + 32, plot.y, 22, plot.height, {}, heights};
@@ -122,7 +123,7 @@ void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights) {
     canvas.Fill(right + 1, row, kTickLength, 1, kInk);
     text.Draw(canvas, right + 11, row + 5, tick.label, kInk, kPictureWidth - right - 13);
   }
-  text.Draw(canvas, bar.x - 1, bar.y - 14, "z (mm)", kInk);
+  text.Draw(canvas, bar.x - 1, bar.y - 14, name, kInk, kPictureWidth - bar.x);
 }
 
 Rgb Blank::At(int x, int y) const {
@@ -142,9 +143,10 @@ void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank) {
   text.Draw(canvas, x, y + 12, blank.name, kInk);
 }
 
-void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes) {
+void NoteStretching(const Plot& plot, const std::string& upName, z64f upUnit,
+                    std::vector<std::string>& notes) {
   const z64f across = plot.across.Size() / plot.width;
-  const z64f up = plot.up.Size() / plot.height;
+  const z64f up = plot.up.Size() * upUnit / plot.height;
   if (!(across > 0) || !(up > 0)) return;
   const bool upLonger = across > up;
   const z64f factor = upLonger ? across / up : up / across;

@@ -19,20 +19,22 @@ inline constexpr Rgb kWarningInk{170, 20, 20};
 // Where x and the upward axis of a plot lie on a canvas.
 struct Plot {
   int x, y, width, height;  // pixels, of the inside
-  AxisRange across, up;     // mm, from edge to edge
+  AxisRange across, up;     // each in its unit, from edge to edge
 
-  int ColumnOf(z64f mm) const;
-  int RowOf(z64f mm) const;
+  int ColumnOf(z64f value) const;
+  int RowOf(z64f value) const;
 };
 
 // A canvas with the title, room for a plot of this height, and cautions and notes below.
 Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
                  const std::vector<std::string>& notes);
 
-void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& upName);
+// Their names have the units.
+void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& across, const std::string& up);
 void DrawGridLines(Canvas& canvas, const Plot& plot);
 // To the right of the plot.
-void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights);
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights,
+                  const std::string& name);
 
 // What is drawn where there is no height, grey unlike any height, and its name.
 struct Blank {
@@ -44,5 +46,7 @@ struct Blank {
 // At the lower right.
 void DrawLegend(Canvas& canvas, const Plot& plot, const Blank& blank);
 
-// "y is stretched 12 times", if the pixels of both axes stand for different lengths.
-void NoteStretching(const Plot& plot, const std::string& upName, std::vector<std::string>& notes);
+// "y is stretched 12 times", if the pixels of both axes stand for different lengths. `upUnit`: that
+// of the upward axis in units of x, 0 where they cannot be compared.
+void NoteStretching(const Plot& plot, const std::string& upName, z64f upUnit,
+                    std::vector<std::string>& notes);

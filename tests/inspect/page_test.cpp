@@ -46,14 +46,18 @@ TEST(Page, HoldsRawValuesAndWhatTheyStandFor) {
       MakeScan<zPoint16s>(ScanKind::pointProfile, 4, 1, {{5, 6}, {kNo, 1}, {-9, kNo}, {300, -2}},
                           {0.5, 1, 0.125}, {-1, 2, 8});
   scan.intensities = MakeArray2<z8u>(1, 4, {0, 255, 62, 63});
+  scan.units = {{{"m", 1e3}, {}, {"µm", 1e-3}}};
+  scan.cautions = {{"key", "text"}};
   Page page("part", Json::object(), {1, 1, 4}, 4);
   page.Add(3, 4, {"Top", {}, scan});
   const std::string text = TextOf(page);
-  EXPECT_EQ(DocumentOf(text).at("scans").dump(),
-            R"([{"frame":3,"index":4,"source":"Top","kind":"profile","columns":4,"rows":1,)"
-            R"("width":4,"length":1,"x":0.0,"y":0.0,"stepX":0.0,"stepY":0.0,"scale":0.125,)"
-            R"("offset":8.0,"low":7.75,"high":8.75,"measured":2,"reduced":false,"heights":0,)"
-            R"("intensities":1,"places":2,"placeScale":0.5,"placeOffset":-1.0}])");
+  EXPECT_EQ(
+      DocumentOf(text).at("scans").dump(),
+      R"([{"frame":3,"index":4,"source":"Top","kind":"profile","columns":4,"rows":1,)"
+      R"("width":4,"length":1,"x":0.0,"y":0.0,"stepX":0.0,"stepY":0.0,"scale":0.125,)"
+      R"("offset":8.0,"low":7.75,"high":8.75,"measured":2,"reduced":false,"cautions":["text"],)"
+      R"("units":["m","m","µm"],"heightUnit":1e-06,"heights":0,)"
+      R"("intensities":1,"places":2,"placeScale":0.5,"placeOffset":-1.0}])");
   EXPECT_THAT(text, HasSubstr("id=\"array0\">BgAAgACA/v8=</script>"));
   EXPECT_THAT(text, HasSubstr("id=\"array1\">AP8+Pw==</script>"));
 }

@@ -34,10 +34,19 @@ TEST(Picture, LooksAsItShould) {
   std::vector<z16s> one(9'000'000, no);
   one[0] = 4;
   const std::vector<zPoint3d16s> cloud{{0, 0, 5}, {1, 0, 5}, {0, 1, 5}, {1, 1, no}};
+  Scan metres = MakeScan(ScanKind::surface, 4, 4, some, {1e-6, 1e-3, 2e-9}, {0, 0, 1e-6});
+  metres.units = {{{"m", 1e3}, {"mm", 1}, {"m", 1e3}}};
+  std::string words;
+  for (int i = 0; i < 150; ++i) words += " words";  // more than four lines
+  metres.cautions = {{"key", "a caution"}, {"key", std::string(300, 'w')}, {"key", words}};
+  Scan odd = MakeScan<z16s>(ScanKind::profile, 3, 1, {0, 1, 4}, {1000, 1, 100});
+  odd.units = {{{"nm", 1e-6}, {}, {"a.u.", 0}}};
   const struct {
     const char* name;
     Scan scan;
   } rows[] = {
+      {"metres", metres},
+      {"odd-units", odd},
       {"surface", MakeScan(ScanKind::surface, 4, 4, some, {1, 1, 1}, {0, 0, 1})},
       {"cloud", MakeScan(ScanKind::cloud, 2, 2, cloud)},
       {"profile",

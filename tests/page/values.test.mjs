@@ -37,7 +37,8 @@ table(function tell(column, row, change) {
 }, [
   [[1, 1, {intensities: 1}],
     ["x 10.500 mm", "y -1.250 mm", "z 3.500 mm", "intensity 200", "column 1", "row 1"]],
-  [[1, 0, {scale: 1e-4}], ["x 10.500 mm", "y -1.000 mm", "z 1.0002 mm", "column 1", "row 0"]]]);
+  [[1, 0, {scale: 1e-4, units: ["nm", "\u202em", "V"]}],
+    ["x 10.500 nm", "y -1.000 \ufffdm", "z 1.0002 V", "column 1", "row 0"]]]);
 const told = "points. Heights from -0.500 to 4.000 mm. ";
 const profile = {kind: "profile", rows: 1};
 table(function text(change) { return scanOf(change, heights).text; }, [
@@ -63,6 +64,7 @@ table(function notice(scans, others) { return pageOf(scans, others).notice; }, [
   [[[{reduced: true}, {}], {every: 2}], "Of 9 frames, the first and every 2. after it are here. " +
     `Reduced scans: 1 of 2. ${holds}`]]);
 const page = pageOf([{}, {source: "Side", low: -9, high: 9}, {frame: 4, low: -2, high: 3},
-  {frame: 8, low: -7, measured: 0}]);
-table(function range(source) { return page.heightRange(source); },
-  [[["Top"], {low: -2, high: 4}], [["Side"], {low: -9, high: 9}], [["None"], {low: 0, high: 0}]]);
+  {frame: 8, low: -7, measured: 0}, {source: "Nano", low: 5, high: 6, units: ["m", "m", "nm"]}]);
+table(function range(source, unit) { return page.heightRange(source, unit); },
+  [[["Nano", "nm"], {low: 5, high: 6}], [["Nano"], {low: 0, high: 0}],
+    [["Top"], {low: -2, high: 4}], [["Side"], {low: -9, high: 9}], [["None"], {low: 0, high: 0}]]);

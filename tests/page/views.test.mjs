@@ -97,8 +97,13 @@ table(function onScreen(x, z) {
 const profile = surface(4, [none, 2, 8, none], {kind: "profile", x: 10, stepX: -3});
 const [unknown, difference] = ["an end is not measured", "height difference B − A"];
 table(endsOf, [[[[...pointsOf(profile).z]], [1, 2]], [[[NaN]], [0, 0]]]);
-table(distanceFacts, [[[{x: [0, 3], z: [4, 0]}, [0, 1], 3],
-    [["distance", "5.0000 mm"], ["along x", "3.0000 mm"], [difference, "-4.000 mm"]]]]);
+table(distanceFacts, [
+  [[{x: [0, 3], z: [4, 0], units: profile.units, heightUnit: 1}, [0, 1], 3],
+    [["distance", "5.0000 mm"], ["along x", "3.0000 mm"], [difference, "-4.000 mm"]]],
+  [[{x: [0, 3], z: [4, 0], units: ["m", "", "dm"], heightUnit: 0.1}, [0, 1], 3],
+    [["distance", "3.0265 m"], ["along x", "3.0000 m"], [difference, "-4.000 dm"]]],
+  [[{x: [0, 3], z: [4, 0], units: ["mm", "", "V"], heightUnit: 0}, [0, 1], 3],
+    [["distance", "z is no length"], ["along x", "3.0000 mm"], [difference, "-4.000 V"]]]]);
 
 const cut = surface(4, [2, 9, 9, 9, 9, 8, none, 9, 9, 9, 9, 4], {stepX: -4, stepY: 1.5, low: 1});
 const cell = (column, row) => ({column, row});
@@ -134,7 +139,9 @@ table(function corner(index, stride, change) {
   const place = places.slice(3 * index, 3 * index + 3).map((part) => part * radius);
   return rounded([...place, radius, middleZ]);
 }, [[[0, 1], [-4, -3, -4, 8.5, 4]], [[3, 2], [4, 3, -0.5, 8.5, 4]],
-  [[2, 1, {stepX: 0, stepY: null, low: 2}], [1, -1, -4, 3.674235, 5]]]);
+  [[2, 1, {stepX: 0, stepY: null, low: 2}], [1, -1, -4, 3.674235, 5]],
+  [[0, 1, {heightUnit: 0.5}], [-8, -6, -4, 15.524175, 4]],
+  [[0, 1, {heightUnit: 0}], [-4, -3, -4, 8.5, 4]]]);
 table(strideOf, [[[{width: 500, length: 500}], 1], [[{width: 501, length: 500}], 2]]);
 table(function turn(...angles) { return rounded(turnMatrix(...angles)); }, [
   [[Math.PI / 6, Math.acos(0.6)], [0.866025, 0.3, -0.4, -0.5, 0.519615, -0.69282, 0, 0.8, 0.6]]]);

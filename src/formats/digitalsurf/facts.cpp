@@ -39,13 +39,13 @@ DigitalSurfFacts FactsOf(const SurHeader& header) {
   return facts;
 }
 
-// Millimetres in a unit of length; 0 for another unit.
-z64f MillimetresIn(const std::string& unit) {
+AxisUnit UnitOf(const std::string& name) {
   constexpr std::pair<std::string_view, z64f> kUnits[] = {
-      {"m", 1e3},   {"cm", 1e1},  {"dm", 1e2},  {"um", 1e-3}, {"µm", 1e-3},
+      {"m", 1e3},   {"cm", 1e1},  {"dm", 1e2},  {"mm", 1},    {"um", 1e-3},  {"µm", 1e-3},
       {"μm", 1e-3}, {"nm", 1e-6}, {"pm", 1e-9}, {"in", 25.4}, {"inch", 25.4}};
-  const auto* known = std::ranges::find(kUnits, unit, &std::pair<std::string_view, z64f>::first);
-  return known == std::end(kUnits) ? 0 : known->second;
+  const auto* known = std::ranges::find(kUnits, name, &std::pair<std::string_view, z64f>::first);
+  const z64f mm = known == std::end(kUnits) ? 0 : known->second;
+  return {mm == 1e-3 ? "µm" : name.empty() ? "no unit" : name, mm};
 }
 
 void WarnOfUnits(const DigitalSurfFacts& facts, bool profile, ScanFileDescription& description) {
@@ -53,7 +53,7 @@ void WarnOfUnits(const DigitalSurfFacts& facts, bool profile, ScanFileDescriptio
   for (zSize axis = 0; axis < 3; ++axis) {
     const std::string& unit = facts.stepUnits[axis];
     if (unit == "mm" || (profile && axis == 1)) continue;
-    const z64f factor = MillimetresIn(unit);
+    const z64f factor = UnitOf(unit).mm;
     description.Warn(
         "unit", "%s is told in \"%s\" and taken as if it were in mm%s", kAxes[axis], unit,
         factor == 0 ? "" : ": real lengths are " + RealText(factor) + " times as long");
@@ -140,6 +140,8 @@ std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zBytes& bytes, bool pr
   const zStatus status =
       profile ? LoadProFileBuffer(bytes, scan, alloc) : LoadSurFileBuffer(bytes, scan, alloc);
   if (status == zOK) {
+    std::ranges::transform(facts.stepUnits, scan.units.begin(), UnitOf);
+    if (profile) scan.units[1] = {};  // it has no y
     WarnOfWrapping(bytes, profile, facts, scan, description);
     description.scan = std::move(scan);
   } else {
