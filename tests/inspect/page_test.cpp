@@ -75,10 +75,14 @@ TEST(PageScan, RoundsReducedHeightsToTheirOwnRange) {
   EXPECT_EQ(MakePageScan(scan, 40).heights.raw, heights);
   EXPECT_FALSE(MakePageScan(scan, 40).reduced);
   scan = MakeScan(ScanKind::profile, 40, 1, heights, {2, 1, 1}, {5, 0, 0});
+  std::vector<z8u> intensities(40);
+  for (zSize i = 0; i < 40; ++i) intensities[i] = static_cast<z8u>(6 * i);
+  scan.intensities = MakeArray2(1, 40, intensities);
   page = MakePageScan(scan, 7);  // two points of each of three columns, at 5, 31, 37, ...
   EXPECT_THAT(page.heights.raw, ElementsAre(low, low, high, high));
   EXPECT_THAT(page.places.raw, ElementsAre(low, -6144, 0, high));
   EXPECT_EQ(page.places.offset, 37);
+  EXPECT_THAT(page.intensities, ElementsAre(0, 78, 96, 192));
   page = MakePageScan(scan, 40);
   EXPECT_EQ(page.heights.raw, heights);
   EXPECT_THAT((std::vector{page.x, page.stepX}), ElementsAre(5, 2));

@@ -87,13 +87,15 @@ Quantized Vectorised(const std::vector<Floats>& points, const PcdOptions& option
   return result;
 }
 
-// Points whose coordinates are drawn from these values, and the values themselves once.
+// Points whose coordinates are drawn from these values, and the values themselves once; each axis
+// has a range of its own.
 std::vector<Floats> Draw(const Floats& values, zSize count) {
   std::minstd_rand random(1);
   const auto any = [&] { return values[random() % values.size()]; };
   std::vector<Floats> points;
   for (const z32f value : values) points.push_back({value, values.front(), values.back()});
   while (points.size() < count) points.push_back({any(), any(), any()});
+  for (Floats& point : points) point = {point[0], point[1] / 2, point[2] / 4};
   return points;
 }
 
@@ -125,7 +127,7 @@ TEST(PcdPoints, AreTheSameWithEveryVectorWidth) {
       {"flat", {3.5F}},
   };
   const std::optional<zPoint3d64f> invalidPoints[] = {
-      {}, {{1, 0.1, kNoNumber}}, {{0.1, 1e300, -1e-320}}};
+      {}, {{1, 0.5, -1e-320}}, {{0.1, 1e300, 0.25}}};
   for (const auto& c : cases) {
     for (const zSize count : {1U, 511U, 1500U}) {
       const std::vector<Floats> points = Draw(c.values, count);
