@@ -77,15 +77,4 @@ TEST(Tar, ReadsOddAndDamagedArchivesAsFarAsTheyGo) {
   }
 }
 
-TEST(Tar, RefusesWrongUse) {
-  Handle tar;
-  const Handle stream = MakeStream();
-  EXPECT_EQ(zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, DefaultAlloc()), zERROR_PARAMETER);
-  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, DefaultAlloc()));
-  EXPECT_EQ(zTar_BeginWrite(tar.Get(), "d", zTAR_DIRECTORY, 1), zERROR_PARAMETER);
-  EXPECT_EQ(zTar_WriteFile(tar.Get(), "short", MakeStream().Get(), 1), zERROR_STREAM);
-  EXPECT_EQ(zStream_Write(tar.Get(), "xy", 2), zERROR_PARAMETER);  // more than was announced
-  EXPECT_EQ(tar.Release(), zERROR_STREAM);                         // "short" is not whole
-}
-
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "sdk/archive.h"
 #include "support/scans.h"
 #include "support/temp_directory.h"
 
@@ -64,6 +65,44 @@ TEST(File, WritesAndReads) {
   EXPECT_STREQ(bytes, "hij");
   EXPECT_EQ(zStream_Read(file.Get(), bytes, 1), zERROR_STREAM);
   EXPECT_EQ(zFile_Construct(file.Out(), ".", zFILE_READ, DefaultAlloc()), zERROR_NOT_FOUND);
+}
+
+TEST(Library, RefusesWrongUse) {
+  const Handle surface = MakeSurface(1, 1, {1}), stream = MakeStream();
+  const MxStamp stamp{};
+  Handle out, list, array, tar;
+  MustBeOk(zArrayList_Construct(list.Out(), zType::zPoint3d32f, 0, DefaultAlloc()));
+  MustBeOk(MxArrayMsg_Construct(array.Out(), DefaultAlloc()));
+  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, DefaultAlloc()));
+  const zStatus refused[] = {
+      MxProfileMsg_Construct(out.Out(), zType::z8u, 1, 1, DefaultAlloc()),
+      MxProfileMsg_Construct(out.Out(), zType::z16s, 2, 1, DefaultAlloc()),
+      MxDataMsg_SetStamp(surface.Get(), 1, &stamp),
+      MxDataMsg_SetStamp(surface.Get(), 0, nullptr),
+      MxDataMsg_SetTime(array.Get(), 1),
+      MxDataMsg_SetEncoder(array.Get(), 1),
+      MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z16s),
+      MxArrayMsg_Add(array.Get(), array.Get()),
+      zArrayList_Construct(out.Out(), zType::none, 0, DefaultAlloc()),
+      zArrayList_Add(list.Get(), nullptr),
+      zFile_Construct(out.Out(), "x", 7, DefaultAlloc()),
+      zFile_SetWriteBuffer(stream.Get(), 16),
+      zTar_Construct(out.Out(), surface.Get(), zTAR_WRITE, DefaultAlloc()),
+      zTar_Construct(out.Out(), stream.Get(), 7, DefaultAlloc()),
+      zTar_Construct(out.Out(), stream.Get(), zTAR_READ, DefaultAlloc()),
+      zTar_BeginWrite(tar.Get(), "d", zTAR_DIRECTORY, 1),
+      zStream_Seek(tar.Get(), 0),
+      zStream_Read(stream.Get(), nullptr, 1),
+      zStream_Write(stream.Get(), nullptr, 1),
+  };
+  for (const zStatus& status : refused) EXPECT_EQ(status, zERROR_PARAMETER) << &status - refused;
+  EXPECT_EQ(MxArrayMsg_At(array.Get(), 0), nullptr);
+  EXPECT_EQ(zArrayList_At(list.Get(), 0), nullptr);
+  EXPECT_EQ(zMemory_At(stream.Get(), 1), nullptr);
+  EXPECT_EQ(zStream_Seek(stream.Get(), -1), zERROR_STREAM);
+  EXPECT_EQ(zTar_WriteFile(tar.Get(), "short", MakeStream().Get(), 1), zERROR_STREAM);
+  EXPECT_EQ(zStream_Write(tar.Get(), "xy", 2), zERROR_PARAMETER);  // more than was announced
+  EXPECT_EQ(tar.Release(), zERROR_STREAM);                         // "short" is not whole
 }
 
 TEST(Directory, ListsTheNamesOfItsFilesInOrder) {

@@ -89,26 +89,6 @@ TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
   }
 }
 
-TEST_F(Program, ExchangesArchivesWithTar) {
-  if (std::system("tar --version >tar.txt") != 0) GTEST_SKIP() << "NOT TESTED: there is no tar";
-  const std::string folder = "replay/" + std::string(150, 'd');
-  std::filesystem::create_directories(folder);
-  WriteFile(folder + "/" + std::string(150, 'f'), "long name");
-  std::filesystem::create_symlink("buffer", "replay/a link");
-  std::filesystem::copy_file("a.rep", "replay/buffer");
-  for (const char* format : {"gnu", "posix"}) {
-    const std::string command = std::string("tar --format=") + format + " -cf x.ovrec replay";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    EXPECT_EQ(RunProgram({"-i", "x.ovrec", "-o", "b.sur"}).exitCode, 0) << format;
-  }
-  std::filesystem::copy(EXAMPLES_DIR "/config", "config", std::filesystem::copy_options::recursive);
-  EXPECT_EQ(RunProgram({"-i", "a.sur", "-o", "y.ovrec"}).exitCode, 0);
-  ASSERT_EQ(std::system("tar -tf y.ovrec >tar.txt"), 0);
-  EXPECT_EQ(ReadFile("tar.txt"),
-            "config.json\njobs/\njobs/config.json\njobs/live/\n"
-            "jobs/live/_live.ovjob\nreplay/\nreplay/buffer\n");
-}
-
 TEST_F(Program, KeepsALogOf2048BytesAndStartsALongerOneAnew) {
   WriteFile("log.txt", std::string(2048, 'x'));
   RunProgram({"-i", "a.sur", "-o", "b.x\ny"});

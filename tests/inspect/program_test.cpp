@@ -14,8 +14,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 // Arguments stand between blanks.
 Outcome Look(const std::string& line) {
   std::istringstream words(line);
@@ -24,8 +22,6 @@ Outcome Look(const std::string& line) {
 
 struct InspectProgram : testing::Test {
   InspectProgram() {
-    WriteFile("good.sur", SurFile{}.Bytes());
-    WriteFile("bad.sur", First(SurFile{}.Bytes(), 515));
     std::filesystem::create_directory("d");
     for (int i = 0; i < 4; ++i) {  // each of another height
       WriteFile(Orv::Format("d/a-Frame-%04d_%s.sur", i / 2, i % 2 == 0 ? "L" : "R"),
@@ -34,51 +30,6 @@ struct InspectProgram : testing::Test {
   }
   const TempDirectory directory_;
 };
-
-TEST_F(InspectProgram, EndsWithAnExitCodeThatTells) {
-  const std::tuple<std::string, int, std::string, std::string> rows[] = {
-      // output, errors
-      {"good.sur bad.sur", 1, "bad.sur\n  kind        Digital Surf surface\n", ""},
-      {"--check good.sur d", 0, "good.sur: whole\nd: whole\n", ""},
-      {"--check bad.sur good.sur", 1, "bad.sur: at byte 515: 3 x 2 samples", ""},
-      {"--json bad.sur good.sur", 1, "\n{\"file\":\"good.sur\"", ""},
-      {"--help", 0, "--check", ""},
-      {"--version", 0, "trelvane-inspect 1.0.0.4\n", ""},
-      {"", 2, "", "FILE"},
-      {"--\x1B[31m good.sur", 2, "", "--\\x1b[31m"},
-      {"--frame -1 --png x.png good.sur", 2, "", "--frame"},
-      {"--frame 0 good.sur", 2, "", "--frame requires --png or --html"},
-      {"--source L d", 2, "", "--source requires --png or --html"},
-      {"--points 1 --png x.png d", 2, "", "--points requires --html"},
-      {"--points 0 --html x.html d", 2, "", "--points"},
-      {"--points 100000001 --html x.html d", 2, "", "--points"},
-      {"--png x.png good.sur bad.sur", 2, "", "FILE"},
-      {"--html x.html --frame 1 good.sur", 1, "", "good.sur: There is no such scan"},
-      {"--png x.png --source l d", 1, "", "d: There is no such scan"},
-      {"--png x.png bad.sur", 1, "", "bad.sur: 3 x 2 samples"},
-      {"--html none/x.html good.sur", 1, "", "Failed to open none/x.html"},
-      {"--png ./good.sur good.sur", 1, "", "Failed to write ./good.sur"},
-      {"--html d/a-Frame-0001_L.sur d", 1, "", "Failed to write d/a-Frame-0001_L.sur"},
-      {"--png x --html ./x good.sur", 1, "", "Two outputs have the name ./x"},
-      {"--check --png x.png --html x.html good.sur", 0, "good.sur: whole\n", ""},
-  };
-  for (const auto& [arguments, exitCode, output, errors] : rows) {
-    const Outcome run = Look(arguments);
-    EXPECT_EQ(run.exitCode, exitCode) << arguments;
-    EXPECT_THAT(run.output, output.empty() ? testing::Matcher<std::string>("") : HasSubstr(output))
-        << arguments;
-    EXPECT_THAT(run.errors, errors.empty() ? testing::Matcher<std::string>("") : HasSubstr(errors))
-        << arguments;
-  }
-}
-
-TEST_F(InspectProgram, RefusesToDrawIntoAFileWithoutAName) {
-  for (const std::string option : {"--png", "--html"}) {
-    const Outcome run = RunProgram(TRELVANE_INSPECT, {option, "", "good.sur"});
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_THAT(run.errors, HasSubstr(option + ": the name of the file is empty"));
-  }
-}
 
 // The document in a page.
 nlohmann::json PageIn(const std::string& name) {

@@ -86,8 +86,8 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
     return File(Chunk(FrameIndex() + Message(1, data)));
   };
   using trelvane::PointType;
-  // A frame of no bytes that asks for a window of 128 MiB.
-  const std::string greedy("\x28\xB5\x2F\xFD\x00\x88\x01\x00\x00", 9);
+  // A frame of no bytes that asks for a window of 64 MiB.
+  const std::string greedy("\x28\xB5\x2F\xFD\x00\x80\x01\x00\x00", 9);
   const struct {
     const char* complaint;
     zBytes file;

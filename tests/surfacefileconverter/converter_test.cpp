@@ -58,10 +58,7 @@ TEST_F(Converter, AnswersEveryOperationOnEveryImport) {
       {"setPcdHeight 0", [](C& c) { return c.setPcdHeight(0), 0; }},
       {"setPcdHeight 1", [](C& c) { return c.setPcdHeight(1), 0; }},
       {"setPcdFlipXZEnabled", [](C& c) { return c.setPcdFlipXZEnabled(1), 0; }},
-      {"setInvalidPoint",
-       [](C& c) {
-         return c.setInvalidPoint({1, 2, 3}), 0;
-       }},
+      {"setInvalidPoint", [](C& c) { return c.setInvalidPoint(zPoint3d64f()), 0; }},
       {"setPcdZoom", [](C& c) { return c.setPcdZoom(2), 0; }},
   };
   std::string told;
@@ -110,7 +107,8 @@ TEST_F(Converter, CountsSensors) {
     nlohmann::json config = MakeScannerConfig();
     nlohmann::json& sensors = config["orv:scanner"]["scanner-0"]["orv:sensor"];
     if (sources == 1) sensors.push_back(0);
-    const std::vector<ReplaySourceInfo> tops(sources, {"T", "T", 14, 0, 0});
+    std::vector<ReplaySourceInfo> tops = {{"T", "T", 14, 0, 0}, {"U", "U", 14, 0, 0}};
+    tops.resize(sources);
     ExportCsv(MakeJob(config.dump()), tops, {{sources, MakeSurface(1, 1, {5})}});
     SurfaceFileConverter converter;
     converter.importFile("in.ovrec");

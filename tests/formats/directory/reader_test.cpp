@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "support/recordings.h"
 #include "support/sur_file.h"
 #include "support/temp_directory.h"
@@ -36,7 +38,8 @@ std::string Import(const std::vector<std::string>& names) {
     text += source.name + "=" + source.displayName + " ";
   }
   made.LoadDataIndexFiles();
-  for (zSize frames = made.ReadIndexInfo().size(); frames > 0; --frames) {
+  for (const z32u index : made.ReadIndexInfo()) {
+    EXPECT_EQ(index, 0U);
     text += "|";
     for (const Handle& message : made.ReadData(0)) {
       text += " " + std::to_string(HeightsOf(message.Get())[0]);
@@ -45,39 +48,19 @@ std::string Import(const std::vector<std::string>& names) {
   return text;
 }
 
+// Each row of a file in the folder of data. The name of frame 0 is found in a file of frame 1 as
+// well; only "_" stands between index and tag; a tag that begins with another is found under that
+// one, in the order of the listing.
 TEST(SurfaceDirectory, GivesFramesAndSources) {
-  const std::string badNames = "Not all the files' names in the input directory are formated well.";
-  const struct {
-    std::vector<std::string> names;
-    std::string outcome;
-  } rows[] = {
-      {{"a-Frame-0000_B.sur", "a-Frame-0000_T.sur", "a-Frame-0001_B.sur", "a-Frame-0001_T.sur"},
-       "B=B T=T | 0 1| 2 3"},
-      // The name of frame 0 is found in a file of frame 1 as well.
-      {{"a-Frame-0000_T.sur", "a-Frame-0001_T-Frame-0000_T.sur"}, "T=T | 0 1| 1"},
-      // Only "_" stands between index and tag; a tag that begins with another is found under that
-      // one, in the order of the listing.
-      {{"a-Frame-0000_T.sur", "a-Frame-0001xT.sur"}, "T=T | 0|"},
-      {{"a-Frame-0000_T2.sur", "b-Frame-0000_T.sur"}, "T2=T2 T=T | 0 0 1"},
-      {{}, "Fail to find any file in the input directory."},
-      {{"a-Frame-0000_T"},
-       "The file (a-Frame-0000_T) from the input directory has no an extension."},
-      {{"a."}, "The file (a.) from the input directory has no an extension."},
-      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.SUR"},
-       "Not all the files from the input directory belong to a file type."},
-      {{"a-Frame-0000-Array-0000_T.sur"},
-       "The conversion from multiple files to arrayed messages hasn't been supported yet."},
-      {{"a%s.sur"}, "Fail to find the frame index in the input file (a%s.sur)."},
-      {{"a-Frame-0000_T.sur", "bb-Frame-0001_T.sur"}, "The input files' names are not correct."},
-      {{"a-Frame-x000_T.sur"}, "invalid stoi argument"},
-      {{"a-Frame-0000_T.sur", "a-Frame-0001_T.sur", "a-Frame-0003_T.sur"}, badNames},
-      {{"a-Frame--001_T.sur"}, badNames},
-      {{"a-Frame-0000_T.SUR"},
-       "The multi-files conversion supports only the .sur files importing."},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Import(row.names), row.outcome) << testing::PrintToString(row.names);
+  std::istringstream rows(ReadFile(TEST_DATA_DIR "/directories.txt"));
+  int count = 0;
+  for (std::string row; std::getline(rows, row); ++count) {
+    const std::size_t arrow = row.find(" => ");
+    std::istringstream words(row.substr(0, arrow));
+    EXPECT_EQ(Import({std::istream_iterator<std::string>(words), {}}), row.substr(arrow + 4))
+        << row;
   }
+  EXPECT_EQ(count, 15);
   SurfaceFileConverter converter;
   EXPECT_EQ(Thrown([&] { converter.importFiles("missing directory"); }),
             "-999 SurfaceFileConverter::importFiles: The input directory doesn't exist.");

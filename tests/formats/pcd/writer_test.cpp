@@ -75,15 +75,4 @@ TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
             "-984 GetAllPointsPcd: ");
 }
 
-// More than are written at once.
-TEST(WritePcd, WritesEveryPointOfALargeCloud) {
-  std::vector<zPoint3d16s> raws;
-  std::vector<z32f> expected;
-  for (int i = 0; i < 2500; ++i) {
-    raws.push_back({static_cast<z16s>(i), static_cast<z16s>(-i), static_cast<z16s>(7 * i)});
-    for (const z16s raw : {raws.back().x, raws.back().y, raws.back().z}) expected.push_back(raw);
-  }
-  EXPECT_EQ(PointsOf(MakeCloudOf(50, 50, raws), 50, 50), expected);
-}
-
 }  // namespace
