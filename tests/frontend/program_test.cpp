@@ -14,7 +14,6 @@
 namespace {
 
 using testing::EndsWith;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 // Runs the program, which never writes to standard error.
@@ -23,8 +22,6 @@ Outcome RunProgram(const std::vector<std::string>& args) {
   EXPECT_EQ(outcome.errors, "");
   return outcome;
 }
-
-const std::string kBanner = "Trelvane 1.0.0.4\n";
 
 struct Program : testing::Test {
   Program() {
@@ -46,7 +43,8 @@ struct Program : testing::Test {
 std::string Tell(const std::string& command) {
   const std::string folder = std::filesystem::path(TRELVANE_PROGRAM).parent_path();
   const Outcome run = ::RunProgram("/bin/sh", {"-c", "PATH=" + folder + ":$PATH\n" + command});
-  std::string told = "$ " + command + "\n" + run.output + run.errors;
+  std::string told = "$ " + command + "\n" + run.output;
+  if (!run.errors.empty()) told += "standard error: " + run.errors;
   if (run.exitCode != 0) told += "exit code " + std::to_string(run.exitCode) + "\n";
   const std::string log = ReadFile("log.txt");
   std::filesystem::remove("log.txt");
@@ -67,6 +65,7 @@ TEST_F(Program, PrintsAndLogsAsInASession) {
     if (line.starts_with("$ ")) told += Tell(line.substr(2));
   }
   EXPECT_EQ(told, session);
+  EXPECT_GT(session.size(), 30000U);
 }
 
 TEST_F(Program, ExchangesCloudsWithThePointCloudLibrary) {
@@ -105,7 +104,7 @@ TEST_F(Program, KeepsALogOf2048BytesAndStartsALongerOneAnew) {
   std::filesystem::create_directory("log.txt");
   const Outcome run = RunProgram({"-i", "a.sur", "-o", "b.rep"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_EQ(run.output, kBanner + "[ERROR] Failed to open the log file.\n");
+  EXPECT_EQ(run.output, "Trelvane 1.0.0.4\n[ERROR] Failed to open the log file.\n");
 }
 
 }  // namespace
