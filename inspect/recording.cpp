@@ -125,9 +125,11 @@ class RecordingDescriber {
     for (const std::string& tag : SanitizeScannerNames(sources)) ++named[tag];
     for (const auto& [tag, count] : named) {
       if (count == 1) continue;
-      findings_.Warn("source-names-equal",
-                     "%zu sources have the same name in files (\"%s\"), which replace each other",
-                     count, tag.substr(0, kLongestTag));
+      findings_.Warn(
+          "source-names-equal",
+          "%zu sources have the same name in files (\"%s\"): a conversion into scan files "
+          "refuses the recording",
+          count, tag.substr(0, kLongestTag));
     }
   }
 
