@@ -117,6 +117,7 @@ TEST(Directory, ListsTheNamesOfItsFilesInOrder) {
     found += *static_cast<const zString*>(zArrayList_At(names.Get(), i)) + ", ";
   }
   EXPECT_EQ(found, "C, a 10, a 9, b.sur, ");
+  EXPECT_EQ(zArrayList_At(names.Get(), 4), nullptr);
   EXPECT_FALSE(zFile_Exists("folder.sur"));
 
   const std::string tooLong(100000, 'x');

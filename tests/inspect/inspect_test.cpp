@@ -119,6 +119,25 @@ TEST_F(Inspection, TellsAllFacts) {
   EXPECT_EQ(Text(odd, WriteVerdict), "a\\x1b.sur: at byte 9: wrong\na\\x1b.sur: damaged\n");
 }
 
+TEST_F(Inspection, KnowsHowLongAUnitIs) {
+  zBytes bytes = SurFile{}.Bytes();
+  std::string told;
+  for (const char* unit :
+       {"m", "dm", "cm", "mm", "um", "\xB5m", "µm", "μm", "nm", "pm", "in", "inch", "ft"}) {
+    std::snprintf(reinterpret_cast<char*>(&bytes[180]), 16, "%s", unit);
+    const FileFacts facts = InspectBytes("a.sur", bytes);
+    for (const Caution& caution : facts.scans.at(0).facts.cautions) {
+      if (caution.text.starts_with("x ")) told += caution.text.substr(caution.text.rfind("mm") + 2);
+    }
+  }
+  std::string expected;
+  for (const char* mm : {"1000", "100", "10", "0.001", "0.001", "0.001", "0.001", "1e-06", "1e-09",
+                         "25.4", "25.4"}) {
+    expected += std::string(": real lengths are ") + mm + " times as long";
+  }
+  EXPECT_EQ(told, expected);
+}
+
 TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   const Plovia::ReplayScannerInfo scanner = MakeScanner();
   const Plovia::ReplayFrame frame = {MakeSurfaceWithIntensity(1), MakeCloud(2),

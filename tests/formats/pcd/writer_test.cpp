@@ -69,6 +69,7 @@ TEST(AllPointsPcd, AreAppendedToAListOfTheirType) {
   EXPECT_EQ(points[2].x, 0.5F);
   EXPECT_EQ(points[2].z, 3);
   EXPECT_TRUE(std::isnan(points[3].y));
+  EXPECT_EQ(zArrayList_At(list.Get(), 4), nullptr);
   Handle texts;
   MustBeOk(zArrayList_Construct(texts.Out(), zType::zString, 1, DefaultAlloc()));
   EXPECT_EQ(Thrown([&] { GetAllPointsPcd(surface.Get(), texts, DefaultAlloc()); }),
