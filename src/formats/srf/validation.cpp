@@ -22,9 +22,8 @@ Complaints ValidateSrf(FileReader& file, z64u fileSize, SrfFile& srf) {
                           kSrfHeaderSize)};
   }
 
-  Complaints cut{MakeComplaint(fileSize, zERROR_STREAM,
-                                     "%u x %u points do not fit into the file", header.width,
-                                     header.length)};
+  Complaints cut{MakeComplaint(fileSize, zERROR_STREAM, "%u x %u points do not fit into the file",
+                               header.width, header.length)};
   const z64u points = z64u{header.width} * header.length;
   if (points > file.Left() / sizeof(z16s)) return cut;
   const z64u flagAt = kSrfHeaderSize + points * sizeof(z16s);
