@@ -65,11 +65,10 @@ class Taking {
     for (const auto& [name, caution] : files_) all.push_back(caution);
     return all;
   }
-  // About the whole and one file.
+  // About one file, if there is anything.
   std::vector<Caution> Of(const std::string& name) const {
-    std::vector<Caution> some = whole_;
-    if (const auto file = files_.find(name); file != files_.end()) some.push_back(file->second);
-    return some;
+    const auto file = files_.find(name);
+    return file == files_.end() ? std::vector<Caution>() : std::vector{file->second};
   }
 
  private:
@@ -130,7 +129,7 @@ void DescribeDirectory(const std::string& path, bool check, Findings& findings) 
   std::map<std::string, zSize> notes;  // and how many files have them
   for (const std::string& name : ListFiles(path)) {
     FileFacts file = DescribeFile(PathInDirectory(path, name), PlaceOf(name),
-                                  taking ? taking->Of(name) : facts.cautions, findings);
+                                  taking ? taking->Of(name) : std::vector<Caution>(), findings);
     facts.members.push_back({name, file.size});
     facts.size = *facts.size + file.size.value_or(0);
     for (const std::string& note : file.notes) ++notes[note];

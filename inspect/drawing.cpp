@@ -36,17 +36,31 @@ std::string TitleOf(const std::string& path, zSize frame, const TaggedScan& scan
   return title;
 }
 
-// Draws the first scan that is wanted.
+// To those of a scan, as many as a picture has room for.
+void AddCautions(const std::vector<Caution>& cautions, Scan& scan) {
+  constexpr zSize kMost = 8;
+  std::ranges::copy(cautions, std::back_inserter(scan.cautions));
+  if (scan.cautions.size() <= kMost) return;
+  const std::string more = Orv::Format("the report tells %zu more", scan.cautions.size() - kMost);
+  scan.cautions.resize(kMost);
+  scan.cautions.push_back({"", more});
+}
+
+// Draws the first scan that is wanted, once all is known of the whole.
 FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progress& progress) {
-  zBytes picture;
+  Scan wanted;
+  std::string title;
   FileFacts facts = InspectFile(
       path, options.check,
       [&](zSize frame, z32u, const TaggedScan& scan) {
-        if (!picture.empty() || !IsWanted(options, frame, scan.source)) return;
-        picture = DrawPicture(scan.scan, TitleOf(path, frame, scan));
+        if (!title.empty() || !IsWanted(options, frame, scan.source)) return;
+        wanted = scan.scan;
+        title = TitleOf(path, frame, scan);
       },
       progress);
-  if (!picture.empty()) WriteBuffer(picture, options.png);
+  if (title.empty()) return facts;
+  AddCautions(facts.cautions, wanted);
+  WriteBuffer(DrawPicture(wanted, title), options.png);
   return facts;
 }
 

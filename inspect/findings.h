@@ -2,9 +2,7 @@
 // Where the describers of the file kinds put what they find, and the describers.
 #pragma once
 
-#include <algorithm>
 #include <functional>
-#include <iterator>
 #include <span>
 
 #include "inspect/facts.h"
@@ -34,15 +32,11 @@ class Findings {
   void Refuse(const std::optional<std::string>& why) {
     if (why) Problem({}, "a conversion refuses it: %s", *why);
   }
-  // Measures a scan and shows it to the visitor, with its cautions and those known of the whole.
+  // Measures a scan and shows it to the visitor, with its cautions.
   void Take(zSize frame, z32u index, TaggedScan scan) {
     facts.scans.push_back({frame, index, scan.source, scan.item, MeasureScan(scan.scan)});
     if (!visit) return;
-    constexpr zSize kMostOfTheWhole = 5;
     scan.scan.cautions = facts.scans.back().facts.cautions;
-    std::ranges::copy(
-        std::span(facts.cautions).first(std::min(facts.cautions.size(), kMostOfTheWhole)),
-        std::back_inserter(scan.scan.cautions));
     visit(frame, index, scan);
   }
   // The only scan of a file.
