@@ -6,7 +6,7 @@
 
 namespace {
 
-const zAlloc kAlloc = &zAllocator::Default();
+zAllocator* const kAlloc = &zAllocator::Default();
 
 template <class Convert>
 std::optional<std::string> Try(const Convert& convert) {

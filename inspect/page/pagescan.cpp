@@ -66,8 +66,9 @@ std::vector<z8u> OwnIntensities(const Scan& scan) {
 
 PageScan FromMap(const Scan& scan, zSize mostPoints) {
   HeightMap map = MakeHeightMap(scan, std::min(mostPoints, scan.Count()));
+  const MapGrid& grid = map;
   PageScan page;
-  static_cast<MapGrid&>(page) = map;
+  static_cast<MapGrid&>(page) = grid;
   // Clouds fall into cells anyway.
   page.reduced = scan.kind == ScanKind::cloud ? scan.Count() > mostPoints : map.reduced;
   page.intensities = std::move(map.intensities);

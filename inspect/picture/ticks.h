@@ -25,7 +25,8 @@ AxisRange ExtentOf(const std::vector<Value>& values) {
   AxisRange range{kInfinity, -kInfinity};
   for (const Value value : values) {
     if (!std::isfinite(value)) continue;
-    range = {std::min(range.low, z64f{value}), std::max(range.high, z64f{value})};
+    const auto wide = static_cast<z64f>(value);
+    range = {std::min(range.low, wide), std::max(range.high, wide)};
   }
   return range;
 }
