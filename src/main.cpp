@@ -7,6 +7,10 @@
 #include <fstream>
 #include <string>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include "commandargsoperator/commandargsoperator.h"
 #include "console.h"
 #include "outputfile/partialfile.h"
@@ -63,6 +67,17 @@ int Run(int argc, char** argv, std::ofstream& log) {
   return 0;
 }
 
+// One frame's buffers follow another's: given back to the system in between, they would have to be
+// cleared again.
+void KeepFreedMemory() {
+#ifdef __GLIBC__
+  constexpr int kMostKept = 64 << 20;
+  constexpr int kMostFromHeap = 32 << 20;
+  static_cast<void>(mallopt(M_TRIM_THRESHOLD, kMostKept));
+  static_cast<void>(mallopt(M_MMAP_THRESHOLD, kMostFromHeap));
+#endif
+}
+
 // Takes no memory: there may be none.
 void ReportWithoutMemory(const char* message) {
   consoleWrite("[ERROR] std::exception - ");
@@ -101,6 +116,7 @@ int OpenLogAndRun(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  KeepFreedMemory();
   std::set_terminate(ReportTermination);
   GuardPartialFiles();
   try {

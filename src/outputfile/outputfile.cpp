@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "outputfile/outputfile.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -25,6 +24,10 @@ fs::path BehindLinks(fs::path path) {
     path = path.parent_path() / target;
   }
   return path;
+}
+
+std::string FolderOf(const fs::path& path) {
+  return path.has_parent_path() ? path.parent_path().string() : ".";
 }
 
 bool IsRegular(const std::string& path) {
@@ -89,16 +92,12 @@ zStatus OutputFile::Open(const std::string& path) {
       return OpenInPlace();
   }
 
+  const bool replaces = type == fs::file_type::regular;
+  if (replaces && !MayWrite(FolderOf(target))) return OpenInPlace();
   partial_.emplace(target_);
-  if (!partial_->Create()) {
-    const bool inPlace = type == fs::file_type::regular && IsFolderClosed(errno);
-    partial_.reset();
-    return inPlace ? OpenInPlace() : zERROR_NOT_FOUND;
-  }
-  const zStatus opened =
-      zFile_Construct(stream_.Out(), partial_->Path().c_str(), zFILE_WRITE, &zAllocator::Default());
-  if (type == fs::file_type::regular) CopyOwnership(target_, partial_->Path());
-  return opened;
+  const zStatus created = partial_->Create(stream_.Out());
+  if (created == zOK && replaces) CopyOwnership(target_, partial_->Path());
+  return created;
 }
 
 zStatus OutputFile::Finish() {
@@ -121,7 +120,7 @@ zStatus OutputFile::Finish() {
     case Replaced::failed:
       return zERROR_STREAM;
   }
-  return sync && !SyncFolder(fs::path(target_).parent_path().string()) ? zERROR_STREAM : zOK;
+  return sync && !SyncFolder(FolderOf(target_)) ? zERROR_STREAM : zOK;
 }
 
 void RequireSeparateFiles(const Orv::Operation& operation, const std::vector<std::string>& outputs,

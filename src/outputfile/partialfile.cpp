@@ -52,10 +52,10 @@ PartialFile::~PartialFile() {
   if (slot_ < kMostFiles) partialFiles[slot_] = nullptr;
 }
 
-bool PartialFile::Create() {
-  std::FILE* file = std::fopen(path_.c_str(), "wbx");
-  present_ = file != nullptr;
-  return present_ && std::fclose(file) == 0;
+zStatus PartialFile::Create(zFile* file) {
+  const zStatus created = zFile_Construct(file, path_.c_str(), zFILE_NEW, &zAllocator::Default());
+  present_ = created == zOK;
+  return created;
 }
 
 bool IsPartialFileName(std::string_view name) {

@@ -17,8 +17,8 @@ class PartialFile {
   PartialFile(const PartialFile&) = delete;
   PartialFile& operator=(const PartialFile&) = delete;
 
-  // Creates the file; where that fails, errno says why.
-  bool Create();
+  // Creates the file and opens it.
+  zStatus Create(zFile* file);
   const std::string& Path() const { return path_; }
   // The file has its final name, or is gone.
   void Forget() { present_ = false; }

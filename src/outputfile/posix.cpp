@@ -32,8 +32,6 @@ bool MayWrite(const std::string& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-bool IsFolderClosed(int error) { return error == EACCES || error == EPERM || error == EROFS; }
-
 void CopyOwnership(const std::string& oldFile, const std::string& newFile) {
   struct stat old {};
   if (stat(oldFile.c_str(), &old) != 0) return;
@@ -52,13 +50,13 @@ void CopyOwnership(const std::string& oldFile, const std::string& newFile) {
 Replaced Replace(const std::string& newFile, const std::string& target) {
   if (std::rename(newFile.c_str(), target.c_str()) == 0) return Replaced::done;
   // Another user's file in a folder like /tmp; a file that is mounted by itself.
-  const bool kept = IsFolderClosed(errno) || errno == EBUSY || errno == EXDEV;
+  const bool kept = errno == EACCES || errno == EPERM || errno == EBUSY || errno == EXDEV;
   return kept ? Replaced::notHere : Replaced::failed;
 }
 
 bool SyncFile(const std::string& path) { return Sync(path, 0); }
 
-bool SyncFolder(const std::string& path) { return Sync(path.empty() ? "." : path, O_DIRECTORY); }
+bool SyncFolder(const std::string& path) { return Sync(path, O_DIRECTORY); }
 
 PipeReader::PipeReader(const std::string& path) {
   constexpr int kTries = 500;

@@ -10,10 +10,8 @@ extern const std::vector<int> kInterruptions;
 // Lets a write beyond the system's limit on a file's size fail, instead of ending the run.
 void IgnoreFileSizeSignal();
 
-// Whether this user may write to a file that is there.
+// Whether this user may write to a file, or create one in a folder, that is there.
 bool MayWrite(const std::string& path);
-// Whether a file may not be created for a reason that lies in its folder, as errno has it.
-bool IsFolderClosed(int error);
 
 // Gives the new file the permissions and, where that is allowed, the owner of the old one.
 void CopyOwnership(const std::string& oldFile, const std::string& newFile);

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -28,8 +27,6 @@ bool MayWrite(const std::string& path) {
   const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) == 0;
 }
-
-bool IsFolderClosed(int error) { return error == EACCES || error == EPERM; }
 
 // Replacing a file keeps its attributes and access list.
 void CopyOwnership(const std::string&, const std::string&) {}

@@ -231,6 +231,7 @@ zStatus zSerializer_Write(zSerializer serializer, zType type, const void* items,
 // Files and directories -----------------------------------------------------------------------
 inline constexpr z32s zFILE_READ = 1;
 inline constexpr z32s zFILE_WRITE = 2;  // creates or truncates
+inline constexpr z32s zFILE_NEW = 3;    // creates, and fails where there is a file
 
 // A path that exists and is no directory. A name the system cannot take does not exist.
 bool zFile_Exists(const char* path) noexcept;

@@ -33,7 +33,7 @@ class File : public sdk::Stream {
   }
 
   bool Open(const char* path, z32s mode) noexcept {
-    file_ = std::fopen(path, mode == zFILE_READ ? "rb" : "wb");
+    file_ = std::fopen(path, mode == zFILE_READ ? "rb" : mode == zFILE_WRITE ? "wb" : "wbx");
     return file_ != nullptr;
   }
 
@@ -109,7 +109,7 @@ z64u zFile_Size(const char* path) noexcept {
 
 zStatus zFile_Construct(zFile* file, const char* path, z32s mode, zAlloc alloc) noexcept {
   if (file == nullptr || path == nullptr || alloc == nullptr) return zERROR_PARAMETER;
-  if (mode != zFILE_READ && mode != zFILE_WRITE) return zERROR_PARAMETER;
+  if (mode != zFILE_READ && mode != zFILE_WRITE && mode != zFILE_NEW) return zERROR_PARAMETER;
   if (zDirectory_Exists(path)) return zERROR_NOT_FOUND;  // some systems open one for reading
   auto made = sdk::Make<File>(alloc);
   if (made == nullptr) return zERROR_MEMORY;  // before a file that is there is truncated
