@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: MIT
-// bare_cells <heights> <width> <to>: writes the 16-bit heights of a file as CSV, cells of text that
-// was made for each raw value before; no more than any exporter of a surface must do.
+// bare_cells <heights> <width> <to>: writes the 16-bit heights of a file as CSV, a block at a
+// time, in cells of text that was made for each raw value before; no more than any exporter of a
+// surface must do.
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <memory>
+#include <span>
 #include <vector>
 
 namespace {
 
 constexpr double kScale = 0.001;
-constexpr std::size_t kBlock = 1 << 20;
+constexpr std::size_t kBlock = 256 * 1024;
 
 struct Cell {
   char text[15] = {};
@@ -34,46 +35,69 @@ std::vector<Cell> MakeCells() {
   return cells;
 }
 
-// `width` cells and a line end for each row.
-bool WriteRows(const std::int16_t* heights, std::size_t rows, std::size_t width, std::FILE* to) {
-  const std::vector<Cell> cells = MakeCells();
-  const std::size_t longestRow = (width + 1) * sizeof(Cell);
-  const std::unique_ptr<char[]> block(new char[kBlock + longestRow]);
-  char* end = block.get();
-  for (std::size_t row = 0; row < rows; ++row, heights += width) {
-    for (std::size_t column = 0; column < width; ++column) {
-      const Cell& cell = cells[static_cast<std::uint16_t>(heights[column])];
+// Rows go out when they fill a block.
+class RowWriter {
+ public:
+  RowWriter(std::FILE* to, std::size_t width)
+      : to_(to), text_(kBlock + (width + 1) * sizeof(Cell)) {}
+
+  void Append(std::span<const std::int16_t> row) {
+    char* end = end_;
+    for (const std::int16_t height : row) {
+      const Cell& cell = cells_[static_cast<std::uint16_t>(height)];
       std::memcpy(end, &cell, sizeof cell);
       end += cell.size;
     }
     std::memcpy(end - 1, "\r\n", 2);
-    ++end;
-    if (end - block.get() < static_cast<std::ptrdiff_t>(kBlock) && row + 1 < rows) continue;
-    const auto size = static_cast<std::size_t>(end - block.get());
-    if (std::fwrite(block.get(), 1, size, to) != size) return false;
-    end = block.get();
+    end_ = end + 1;
+    if (end_ - text_.data() >= static_cast<std::ptrdiff_t>(kBlock)) Flush();
   }
-  return true;
+
+  bool Finish() {
+    Flush();
+    return written_;
+  }
+
+ private:
+  void Flush() {
+    const auto size = static_cast<std::size_t>(end_ - text_.data());
+    written_ = std::fwrite(text_.data(), 1, size, to_) == size && written_;
+    end_ = text_.data();
+  }
+
+  std::FILE* to_;
+  std::vector<Cell> cells_ = MakeCells();
+  std::vector<char> text_;
+  char* end_ = text_.data();
+  bool written_ = true;
+};
+
+bool Convert(std::FILE* from, std::size_t width, std::FILE* to) {
+  const std::size_t rowSize = width * sizeof(std::int16_t);
+  std::vector<std::int16_t> heights(std::max(kBlock / rowSize, std::size_t{1}) * width);
+  RowWriter writer(to, width);
+  while (const std::size_t rows =
+             std::fread(heights.data(), rowSize, heights.size() / width, from)) {
+    for (std::size_t row = 0; row < rows; ++row) {
+      writer.Append(std::span(heights).subspan(row * width, width));
+    }
+  }
+  return writer.Finish() && std::ferror(from) == 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
+  const std::size_t width = argc == 4 ? std::strtoul(argv[2], nullptr, 10) : 0;
+  if (width == 0) {
     std::fputs("usage: bare_cells <heights> <width> <to>\n", stderr);
     return 2;
   }
-  std::error_code error;
-  const std::size_t width = std::strtoul(argv[2], nullptr, 10);
-  const std::uintmax_t rows =
-      width == 0 ? 0 : std::filesystem::file_size(argv[1], error) / sizeof(std::int16_t) / width;
-  std::FILE* from = error ? nullptr : std::fopen(argv[1], "rb");
+  std::FILE* from = std::fopen(argv[1], "rb");
   std::FILE* to = from != nullptr ? std::fopen(argv[3], "wb") : nullptr;
   if (to == nullptr) return 1;
-  const std::unique_ptr<std::int16_t[]> heights(new std::int16_t[rows * width]);
-  const bool written =
-      std::fread(heights.get(), sizeof(std::int16_t), rows * width, from) == rows * width &&
-      WriteRows(heights.get(), rows, width, to);
+  std::setvbuf(to, nullptr, _IONBF, 0);
+  const bool written = Convert(from, width, to);
   std::fclose(from);
   return std::fclose(to) == 0 && written ? 0 : 1;
 }

@@ -8,59 +8,22 @@ before it is timed; then the programs take turns, so that a busy moment of the m
 
 import argparse
 import json
-import multiprocessing
 import os
 import platform
 import shutil
 import statistics
-import subprocess
 import sys
 import tempfile
-import time
+from dataclasses import replace
 from pathlib import Path
 
 sys.dont_write_bytecode = True
-from conversions import GROWTHS, MIB, Rival, make_rows  # noqa: E402
+from conversions import GROWTHS, MIB, Rival, check_like, make_rows, most_memory  # noqa: E402
+from large import measure_large  # noqa: E402
+from places import find_places  # noqa: E402
+from processes import Failed, in_child, run  # noqa: E402
 
-POINTS_OF_A_PEAK = 10_000_000  # with fewer, the peak says little of the points
-MOST_GROWTH = 1.25
-
-
-def in_child(function, *arguments):
-    """Calls the function in a process of its own: the peak memory that the system reports for a
-    program is never less than what the process that started it once had."""
-    child = multiprocessing.Process(target=function, args=arguments)
-    child.start()
-    child.join()
-    if child.exitcode != 0:
-        sys.exit("bench: gave up")
-
-
-def clear(path, is_folder):
-    """Makes room for an output: a folder is there, and empty."""
-    if path.is_dir():
-        shutil.rmtree(path)
-    path.unlink(missing_ok=True)
-    if is_folder:
-        path.mkdir()
-
-
-def run(command, output, folder, environment=None):
-    """Runs the command, which makes `output`; gives its seconds and its peak memory in bytes."""
-    if output:
-        clear(folder / output, output.endswith("/"))
-    with open(folder / "console.txt", "wb") as console:
-        start = time.perf_counter()
-        child = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=console,
-                                 stderr=subprocess.STDOUT,
-                                 env={**os.environ, **(environment or {})})
-        _, status, usage = os.wait4(child.pid, 0)
-        seconds = time.perf_counter() - start
-        child.returncode = os.waitstatus_to_exitcode(status)
-    if child.returncode != 0:
-        text = (folder / "console.txt").read_text(errors="replace")
-        sys.exit(f"bench: {command} ended with {child.returncode}\n{text}")
-    return seconds, usage.ru_maxrss * 1024
+MOST_GROWTH = 1.15
 
 
 def in_folder(command, programs):
@@ -75,7 +38,9 @@ def measure(row, programs, folder, runs):
     for entry in entries:
         run(in_folder(entry.command, programs), entry.output, folder, entry.environment)
     in_child(row.check, folder)
-    most_memory = row.most_memory(folder)
+    for entry in entries:
+        if entry.like:
+            in_child(check_like, entry, folder)
 
     samples = {entry.name: [] for entry in entries}
     for i in range(runs):
@@ -100,7 +65,7 @@ def measure(row, programs, folder, runs):
         "peak_mib": max(peak for _, peak in samples[name]) / MIB,
     } for name in samples]
     first = results[0]
-    first["most_peak_mib"] = most_memory / MIB
+    first["most_peak_mib"] = most_memory(row.scan) / MIB
     first["goals"] = {name: {"most_times": most, "times": median[row.program] / median[name]}
                       for name, most in row.most.items() if name in median}
     first["above"] = {name: {"most_ms": most, "ms": 1e3 * (median[row.program] - median[name])}
@@ -115,20 +80,20 @@ def measure_growth(growth, programs, folder, runs, start_up):
     """From the least times, which a busy machine spoils least, without that of the start-up. All
     sizes take turns."""
     inputs = []
-    for size, points in growth.sizes.items():
+    for size, (points, scan) in growth.sizes.items():
         place = folder / str(size)
         place.mkdir()
         in_child(growth.make, place, size)
-        inputs.append((place, points, []))
+        inputs.append((place, points, scan, []))
     command = [programs / "Trelvane", *growth.arguments]
     for i in range(runs + 1):
-        for place, _, samples in inputs:
+        for place, _, _, samples in inputs:
             sample = run(command, growth.output, place)
             if i > 0:  # the first warms the caches
                 samples.append(sample)
             (place / growth.output).unlink()
     results = []
-    for _, points, samples in inputs:
+    for _, points, scan, samples in inputs:
         seconds = [s for s, _ in samples]
         results.append({
             "work": growth.work,
@@ -138,15 +103,12 @@ def measure_growth(growth, programs, folder, runs, start_up):
             "most_ms": 1e3 * max(seconds),
             "ns_a_point": 1e9 * (min(seconds) - start_up) / points,
             "peak_mib": max(peak for _, peak in samples) / MIB,
+            "most_peak_mib": most_memory(scan) / MIB,
         })
     for line in results:
         line["times_the_smallest"] = line["ns_a_point"] / results[0]["ns_a_point"]
-        line["bytes_a_point"] = (line["peak_mib"] * MIB / line["points"]
-                                 if line["points"] >= POINTS_OF_A_PEAK else None)
-    bytes_a_point = [line["bytes_a_point"] for line in results if line["bytes_a_point"]]
-    for line in results:
-        line["met"] = (line["times_the_smallest"] <= MOST_GROWTH
-                       and (line["bytes_a_point"] or 0) <= MOST_GROWTH * bytes_a_point[0])
+        line["met"] = (0 < line["times_the_smallest"] <= MOST_GROWTH
+                       and line["peak_mib"] <= line["most_peak_mib"])
     return results
 
 
@@ -194,14 +156,32 @@ def print_table(machine_facts, results, runs):
 
 def print_growth(results):
     print("\n| work | million points | median ms | least to most ms | ns a point | x the smallest "
-          "| peak MiB | bytes a point | |")
+          "| peak MiB | at most MiB | |")
     print("|---|---:|---:|---:|---:|---:|---:|---:|---|")
     for line in results:
-        memory = f"{line['bytes_a_point']:.2f}" if line["bytes_a_point"] else ""
         print("| {work} | {0:.0f} | {median_ms:.1f} | {least_ms:.1f} to {most_ms:.1f} "
               "| {ns_a_point:.2f} | {times_the_smallest:.2f} | {peak_mib:.0f} "
-              "| {1} | {2} |".format(line["points"] / 1e6, memory,
-                                     "met" if line["met"] else "**not met**", **line))
+              "| {most_peak_mib:.0f} | {1} |".format(
+                  line["points"] / 1e6, "met" if line["met"] else "**not met**", **line))
+
+
+def in_new_folder(parent, function, *arguments):
+    with tempfile.TemporaryDirectory(prefix="trelvane-bench-", dir=parent) as folder:
+        return function(*arguments[:2], Path(folder), *arguments[2:])
+
+
+def measure_place(kind, parent, rows, all_rivals, programs, runs):
+    """All rows and growths in one place, with rivals that are measured everywhere, or all."""
+    results, growths = [], []
+    for row in rows:
+        rivals = tuple(rival for rival in row.rivals if all_rivals or rival.everywhere)
+        row = replace(row, work=f"{row.work}, {kind}", rivals=rivals)
+        results += in_new_folder(parent, measure, row, programs, runs)
+    start_up = results[0]["least_ms"] / 1e3
+    for growth in GROWTHS:
+        growth = replace(growth, work=f"{growth.work}, {kind}")
+        growths += in_new_folder(parent, measure_growth, growth, programs, runs, start_up)
+    return results, growths
 
 
 def main():
@@ -209,18 +189,22 @@ def main():
     parser.add_argument("programs", type=Path, help=argparse.SUPPRESS)
     parser.add_argument("--runs", type=int, default=15, help="runs of each program (15)")
     parser.add_argument("--json", type=Path, help="also writes the results to this file")
+    parser.add_argument("--large", action="store_true",
+                        help="only tries recordings of 8 GiB in little memory; takes minutes")
     options = parser.parse_args()
 
     programs = options.programs.resolve()
-    results = []
-    for row in make_rows():
-        with tempfile.TemporaryDirectory(prefix="trelvane-bench-") as folder:
-            results += measure(row, programs, Path(folder), options.runs)
-    growths = []
-    for growth in GROWTHS:
-        with tempfile.TemporaryDirectory(prefix="trelvane-bench-") as folder:
-            growths += measure_growth(growth, programs, Path(folder), options.runs,
-                                      results[0]["least_ms"] / 1e3)
+    results, growths = [], []
+    try:
+        if options.large:
+            sys.exit(0 if measure_large(programs) else 1)
+        rows = make_rows()
+        for kind, parent in find_places().items():
+            measured, grown = measure_place(kind, parent, rows, not results, programs, options.runs)
+            results += measured
+            growths += grown
+    except Failed as failure:
+        sys.exit(f"bench: {failure}")
     facts = machine()
     print_table(facts, results, options.runs)
     print_growth(growths)

@@ -11,6 +11,7 @@ import subprocess
 import sys
 from array import array
 from dataclasses import dataclass, field
+from mmap import ACCESS_READ, mmap
 from pathlib import Path
 from typing import Callable
 
@@ -35,6 +36,8 @@ class Rival:
     output: str
     most_runs: int = 100  # a slow one runs less often
     environment: dict[str, str] = field(default_factory=dict)
+    like: str = ""  # the file that holds the points of its output, too
+    everywhere: bool = False  # others are measured in one place only
 
 
 @dataclass
@@ -44,26 +47,20 @@ class Row:
 
     work: str
     make: Callable[[Path, Path], None]  # makes the input in a folder, with the tool's help
-    input: str
     output: str
     arguments: list[str]  # of the tool
     check: Callable[[Path], None]  # raises when the output is not what the input must give
     copied: str  # what `cp -r` copies beside it
     most: dict[str, float]  # times the time of cp, or of a rival
     rivals: tuple[Rival, ...] = ()
-    memory: tuple[float, float] = (2.5, 2.5)  # times input and output, at the peak
+    scan: int = 2 * SIDE**2  # bytes of the raw points and intensities of the largest scan
     most_above: tuple[tuple[str, float], ...] = ()  # milliseconds above the time of a rival
     program: str = "Trelvane"
 
-    def most_memory(self, folder):
-        """Bytes at the peak, with 32 MiB for everything else."""
-        sizes = size_of(folder / self.input), size_of(folder / self.output) if self.output else 0
-        return sum(times * size for times, size in zip(self.memory, sizes)) + 32 * MIB
 
-
-def size_of(path):
-    files = path.iterdir() if path.is_dir() else [path]
-    return sum(file.stat().st_size for file in files)
+def most_memory(scan):
+    """Bytes at the peak: one scan of so many, and all else."""
+    return 32 * MIB + 1.1 * scan
 
 
 def make_wave():
@@ -88,8 +85,35 @@ def write_scan(path, width, rows):
     write_sur(path, width, rows, (0.01, 0.01, 0.001), (0.0, 0.0, 0.0))
 
 
+def heights(side=SIDE):
+    """The bytes of a scan of side x side heights."""
+    samples = array("h", (raw for j in range(side) for raw in wavy_row(j)[:side]))
+    if sys.byteorder == "big":
+        samples.byteswap()
+    return samples.tobytes()
+
+
+def tell_starts(file, *starts):
+    """Tells the bare program where points stand in the file."""
+    Path(f"{file}.starts").write_text(" ".join(map(str, starts)))
+
+
+def find_starts(file, points):
+    """The same, of each scan with these points."""
+    starts = []
+    with open(file, "rb") as opened, mmap(opened.fileno(), 0, access=ACCESS_READ) as data:
+        start = data.find(points)
+        while start >= 0:
+            starts.append(start)
+            start = data.find(points, start + len(points))
+    if not starts:
+        raise ValueError(f"{file.name} does not hold the scan's heights")
+    tell_starts(file, *starts)
+
+
 def make_sur(folder, _tool):
     write_scan(folder / "scan.sur", SIDE, [wavy_row(j) for j in range(SIDE)])
+    tell_starts(folder / "scan.sur", 512)
 
 
 def make_point(folder, _tool):
@@ -119,11 +143,13 @@ def make_frames(folder, frames):
 def make_rep(folder, tool):
     make_sur(folder, tool)
     subprocess.run([tool, "-i", "scan.sur", "-o", "scan.rep"], cwd=folder, check=True, **QUIET)
+    find_starts(folder / "scan.rep", heights())
 
 
 def make_srf(folder, tool):
     make_rep(folder, tool)
     subprocess.run([tool, "-i", "scan.rep", "-o", "scan.srf"], cwd=folder, check=True, **QUIET)
+    tell_starts(folder / "scan.srf", 60)
 
 
 def cloud_row(j):
@@ -140,6 +166,7 @@ def make_pcd(folder, _tool):
         file.write(b"VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\n"
                    + f"WIDTH {SIDE}\nHEIGHT {SIDE}\nVIEWPOINT 0 0 0 1 0 0 0\n".encode()
                    + f"POINTS {SIDE * SIDE}\nDATA binary\n".encode())
+        tell_starts(folder / "scan.pcd", file.tell())
         for j in range(SIDE):
             cloud_row(j).tofile(file)
 
@@ -148,28 +175,31 @@ def make_csv_input(folder, tool):
     make_sur(folder, tool)
     shutil.copytree(EXAMPLES / "config", folder / "config")
     subprocess.run([tool, "-i", "scan.sur", "-o", "scan.ovrec"], cwd=folder, check=True, **QUIET)
-    with open(folder / "heights", "wb") as heights:
-        for j in range(SIDE):
-            wavy_row(j).tofile(heights)
+    (folder / "heights").write_bytes(heights())
 
 
-def make_archive(folder, tool, scan, frames):
-    """An archive of many frames that all hold the same scan."""
+def link_scans(folder, scan, frames):
+    """A folder of many frames that all are the same scan, and what an archive of them needs."""
     (folder / "scans").mkdir()
     for frame in range(frames):
         (folder / f"scans/scan-Frame-{frame:04d}_Top.sur").symlink_to(folder / scan)
     shutil.copytree(EXAMPLES / "config", folder / "config")
+
+
+def make_archive(folder, tool, scan, side, frames):
+    link_scans(folder, scan, frames)
     subprocess.run([tool, "-i", "scans", "-o", "scans.ovrec"], cwd=folder, check=True, **QUIET)
+    find_starts(folder / "scans.ovrec", heights(side))
 
 
 def make_large_archive(folder, tool):
     make_sur(folder, tool)
-    make_archive(folder, tool, "scan.sur", 32)
+    make_archive(folder, tool, "scan.sur", SIDE, 32)
 
 
 def make_long_archive(folder, tool):
     write_scan(folder / "small.sur", 512, [wavy_row(j)[:512] for j in range(512)])
-    make_archive(folder, tool, "small.sur", 1000)
+    make_archive(folder, tool, "small.sur", 512, 1000)
     (folder / "files").mkdir()
     for frame in range(1000):
         shutil.copy(folder / "small.sur", folder / f"files/scan-{frame}.sur")
@@ -179,12 +209,10 @@ def check_recording(folder):
     data = (folder / "scan.rep").read_bytes()
     if not (data.startswith(MCAP_MAGIC) and data.endswith(MCAP_MAGIC)):
         raise ValueError("is not a recording")
-    if not 0 <= len(data) - size_of(folder / "scan.sur") < 64 * 1024:
+    points = heights()
+    if not 0 <= len(data) - len(points) < 64 * 1024:
         raise ValueError(f"has {len(data)} bytes")
-    samples = array("h", (raw for j in range(SIDE) for raw in wavy_row(j)))
-    if sys.byteorder == "big":
-        samples.byteswap()
-    if samples.tobytes() not in data:
+    if points not in data:
         raise ValueError("does not hold the scan's heights")
 
 
@@ -195,8 +223,7 @@ def same(one, other):
 
 def check_srf(folder):
     same(folder / "back.srf", folder / "scan.srf")
-    samples = array("h", (raw for j in range(SIDE) for raw in wavy_row(j)))
-    if (folder / "back.srf").read_bytes()[60:] != samples.tobytes() + b"\0":
+    if (folder / "back.srf").read_bytes()[60:] != heights() + b"\0":
         raise ValueError("does not hold the scan's heights")
 
 
@@ -252,6 +279,16 @@ def check_frames(folder):
         same(name, folder / "small.sur")
 
 
+def check_like(rival, folder):
+    """Points stand behind a header of 512 bytes."""
+    output = folder / rival.output
+    whole = (folder / rival.like).read_bytes()
+    for file in output.iterdir() if output.is_dir() else [output]:
+        points = file.read_bytes()[512:]
+        if len(points) < 512 or points not in whole:
+            raise ValueError(f"{file.name} does not hold points of {rival.like}")
+
+
 def missing(rival, package):
     print(f"bench: without {rival}, since {package} is missing", file=sys.stderr)
     return ()
@@ -267,10 +304,10 @@ def numpy_rival(name, script, arguments, output):
     return missing(name, "python3-numpy")
 
 
-def bare_rival(source, size, *outputs, output=None):
-    """Reads the source and writes so many bytes to each output."""
-    name = "bare read and write" if outputs else "bare read"
-    return Rival(name, ["bare_copy", source, str(size), *outputs], output or "".join(outputs))
+def bare_rival(work, source, side, *outputs, output=None, like=""):
+    """Does the work on the source, and nothing else."""
+    return Rival("bare", ["bare", work, source, f"{source}.starts", str(side), *outputs],
+                 output or "".join(outputs), like=like, everywhere=True)
 
 
 def gwyddion_rival():
@@ -307,53 +344,57 @@ def check_exit_code(_folder):
 
 
 def make_rows():
-    true = Rival("true", [shutil.which("true")], "")
+    true = Rival("true", [shutil.which("true")], "", everywhere=True)
     bare_cells = Rival("bare loop over ready cells",
-                       ["bare_cells", "heights", str(SIDE), "bare.csv"], "bare.csv")
-    scan, points = 512 + 2 * SIDE**2, 12 * SIDE**2  # bytes of the files
+                       ["bare_cells", "heights", str(SIDE), "bare.csv"], "bare.csv",
+                       everywhere=True)
+    near = {"bare": 1.3, "cp": 2}
     return [
-        Row("1 x 1 .sur to .rep", make_point, "scan.sur", "scan.rep",
-            ["-i", "scan.sur", "-o", "scan.rep"], check_point, "scan.sur", {},
-            (true,), most_above=(("true", 10),)),
-        Row(f".sur ({SIDE} x {SIDE}, 33 MB) to .rep", make_sur, "scan.sur", "scan.rep",
-            ["-i", "scan.sur", "-o", "scan.rep"], check_recording, "scan.sur", {"cp": 3},
-            (Rival("Trelvane, TRELVANE_SYNC=1", ["Trelvane", "-i", "scan.sur", "-o", "sync.rep"],
+        Row("1 x 1 .sur to .rep", make_point, "scan.rep", ["-i", "scan.sur", "-o", "scan.rep"],
+            check_point, "scan.sur", {}, (true,), scan=2, most_above=(("true", 4),)),
+        Row(f".sur ({SIDE} x {SIDE}, 33 MB) to .rep", make_sur, "scan.rep",
+            ["-i", "scan.sur", "-o", "scan.rep"], check_recording, "scan.sur", near,
+            (bare_rival("record", "scan.sur", SIDE, "bare", like="scan.sur"),
+             Rival("Trelvane, TRELVANE_SYNC=1", ["Trelvane", "-i", "scan.sur", "-o", "sync.rep"],
                    "sync.rep", environment={"TRELVANE_SYNC": "1"}),
-             bare_rival("scan.sur", scan, "bare"),
              *numpy_rival("numpy to .npy", "save.py", ["scan.sur", str(SIDE)], "scan.npy"),
              *gwyddion_rival())),
-        Row(".rep to that .sur", make_rep, "scan.rep", "back.sur",
-            ["-i", "scan.rep", "-o", "back.sur"], check_surface, "scan.sur", {"cp": 3},
-            (bare_rival("scan.rep", scan, "bare"),)),
-        Row(f".srf ({SIDE} x {SIDE}, 33 MB) to .rep", make_srf, "scan.srf", "scan.rep",
-            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", {"cp": 3},
-            (bare_rival("scan.srf", scan, "bare"),)),
-        Row(".rep to that .srf", make_srf, "scan.rep", "back.srf",
-            ["-i", "scan.rep", "-o", "back.srf"], check_srf, "scan.srf", {"cp": 3},
-            (bare_rival("scan.rep", scan, "bare"),)),
-        Row(f".pcd ({SIDE} x {SIDE}, 201 MB) to .rep", make_pcd, "scan.pcd", "scan.rep",
-            ["-i", "scan.pcd", "-o", "scan.rep"], check_cloud, "scan.pcd", {"cp": 3},
-            (bare_rival("scan.pcd", points // 2, "bare"), *pcl_rival())),
-        Row(f".rep ({SIDE} x {SIDE} heights) to .pcd (201 MB)", make_rep, "scan.rep", "back.pcd",
-            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd", {"cp": 2.5},
-            (bare_rival("scan.rep", points, "bare"),)),
-        Row("one frame of a 1 GiB .ovrec to .sur", make_large_archive, "scans.ovrec", "back.sur",
+        Row(".rep to that .sur", make_rep, "back.sur", ["-i", "scan.rep", "-o", "back.sur"],
+            check_surface, "scan.sur", near,
+            (bare_rival("surface", "scan.rep", SIDE, "bare", like="scan.sur"),)),
+        Row(f".srf ({SIDE} x {SIDE}, 33 MB) to .rep", make_srf, "scan.rep",
+            ["-i", "scan.srf", "-o", "scan.rep"], check_recording, "scan.srf", near,
+            (bare_rival("record", "scan.srf", SIDE, "bare", like="scan.srf"),)),
+        Row(".rep to that .srf", make_srf, "back.srf", ["-i", "scan.rep", "-o", "back.srf"],
+            check_srf, "scan.srf", near,
+            (bare_rival("frames", "scan.rep", SIDE, "bare", like="scan.srf"),)),
+        Row(f".pcd ({SIDE} x {SIDE}, 201 MB) to .rep", make_pcd, "scan.rep",
+            ["-i", "scan.pcd", "-o", "scan.rep"], check_cloud, "scan.pcd",
+            {"bare": 1.3, "cp": 2.5},
+            (bare_rival("quantize", "scan.pcd", SIDE, "bare", like="scan.rep"), *pcl_rival()),
+            scan=6 * SIDE**2),
+        Row(f".rep ({SIDE} x {SIDE} heights) to .pcd (201 MB)", make_rep, "back.pcd",
+            ["-i", "scan.rep", "-o", "back.pcd"], check_points, "back.pcd",
+            {"bare": 1.3, "cp": 1.7},
+            (bare_rival("cloud", "scan.rep", SIDE, "bare", like="back.pcd"),)),
+        Row("one frame of a 1 GiB .ovrec to .sur", make_large_archive, "back.sur",
             ["-i", "scans.ovrec", "-f", "20", "-o", "back.sur"], check_surface, "scans.ovrec",
-            {"cp": 3}, (bare_rival("scans.ovrec", scan, "bare"),)),
-        Row("1000 frames of 512 x 512 in an .ovrec to .sur files", make_long_archive,
-            "scans.ovrec", "frames/", ["-i", "scans.ovrec", "-a", "-o", "frames/frame.sur"],
-            check_frames, "files", {"cp": 4},
-            (bare_rival("scans.ovrec", 512 + 2 * 512**2, *(f"bare/{i}" for i in range(1000)),
-                        output="bare/"),)),
-        Row(f".ovrec ({SIDE} x {SIDE}) to .csv", make_csv_input, "scan.ovrec", "scan.csv",
+            {"cp": 0.8},
+            (bare_rival("frames", "scans.ovrec", SIDE, "bare", like="scans.ovrec"),)),
+        Row("1000 frames of 512 x 512 in an .ovrec to .sur files", make_long_archive, "frames/",
+            ["-i", "scans.ovrec", "-a", "-o", "frames/frame.sur"], check_frames, "files",
+            {"cp": 1.5},
+            (bare_rival("frames", "scans.ovrec", 512, *(f"bare/{i}" for i in range(1000)),
+                        output="bare/", like="scans.ovrec"),), scan=2 * 512**2),
+        Row(f".ovrec ({SIDE} x {SIDE}) to .csv", make_csv_input, "scan.csv",
             ["-i", "scan.ovrec", "-o", "scan.csv"], check_csv, "scan.ovrec",
-            {"bare loop over ready cells": 1.5, "numpy.savetxt": 1 / 20},
+            {"bare loop over ready cells": 1.2, "numpy.savetxt": 1 / 40},
             (bare_cells, *numpy_rival("numpy.savetxt", "savetxt.py", ["heights", str(SIDE)],
-                                      "numpy.csv")), memory=(3, 1.2)),
-        Row("report of a 1 GiB .ovrec", make_large_archive, "scans.ovrec", "", ["scans.ovrec"],
-            check_exit_code, "scans.ovrec", {"cp": 1.5}, (bare_rival("scans.ovrec", 0),),
-            program="trelvane-inspect"),
-        Row(f".sur ({SIDE} x {SIDE}) to .png", make_sur, "scan.sur", "scan.png",
+                                      "numpy.csv"))),
+        Row("report of a 1 GiB .ovrec", make_large_archive, "", ["scans.ovrec"],
+            check_exit_code, "scans.ovrec", {"cp": 0.6},
+            (bare_rival("report", "scans.ovrec", SIDE),), program="trelvane-inspect"),
+        Row(f".sur ({SIDE} x {SIDE}) to .png", make_sur, "scan.png",
             ["--png", "scan.png", "scan.sur"], check_picture, "scan.sur", {}, (true,),
             most_above=(("true", 1000),), program="trelvane-inspect"),
     ]
@@ -365,16 +406,16 @@ class Growth:
 
     work: str
     make: Callable[[Path, int], None]
-    sizes: dict[int, int]  # what is made to its number of points
+    sizes: dict[int, tuple[int, int]]  # what is made: all points, and bytes of a scan
     arguments: list[str]
     output: str
 
 
 GROWTHS = [
     Growth(".sur to .rep", make_large_sur,
-           {side: side**2 for side in (1024, 2048, 4096, 8192, 16384)},
+           {side: (side**2, 2 * side**2) for side in (1024, 2048, 4096, 8192, 16384)},
            ["-i", "scan.sur", "-o", "scan.rep"], "scan.rep"),
     Growth("folder of 256 x 256 .sur to .rep", make_frames,
-           {frames: frames << 16 for frames in (250, 500, 1000, 2000)},
+           {frames: (frames << 16, 2 << 16) for frames in (250, 500, 1000, 2000)},
            ["-i", "scans", "-o", "scans.rep"], "scans.rep"),
 ]

@@ -71,20 +71,18 @@ zBytes MakeWideSur(bool marked) {
   std::vector<z32s> samples;
   for (const z16s height : MakeHeights()) samples.push_back(1000 * z32s{height});
   Orv::Object<void*> stream;
-  Orv::Object<void*> serializer;
   zMemory_Construct(stream.Out(), &zAllocator::Default());
-  zDat6Serializer_Construct(serializer.Out(), stream.Get(), &zAllocator::Default());
-  WriteSurHeader(serializer.Get(), header);
-  zSerializer_Write(serializer.Get(), zType::z32s, samples.data(), samples.size());
-  const auto* bytes = static_cast<const z8u*>(zMemory_At(stream.Get(), 0));
-  return {bytes, bytes + zMemory_Length(stream.Get())};
+  WriteSurHeader(stream.Get(), header);
+  zStream_WritePrimitives(stream.Get(), zType::z32s, samples.data(), samples.size());
+  const auto bytes = zMemory_Bytes(stream.Get());
+  return {bytes.begin(), bytes.end()};
 }
 
 void Folding(benchmark::State& state, bool marked) {
   const zBytes file = MakeWideSur(marked);
   for (auto _ : state) {
     Scan record;
-    if (LoadSurFileBuffer(file, record, &zAllocator::Default()) != zOK) {
+    if (LoadSurFileBuffer(zMemorySource(file), record, &zAllocator::Default()) != zOK) {
       state.SkipWithError("no surface");
     }
   }
@@ -93,12 +91,17 @@ void Folding(benchmark::State& state, bool marked) {
 BENCHMARK_CAPTURE(Folding, WithinTheHeadersRange, true);
 BENCHMARK_CAPTURE(Folding, AfterMinimumAndMaximum, false);
 
-PcdRecords Records(const std::vector<zPoint3d32f>& cloud) {
+void Quantise(const std::vector<zPoint3d32f>& cloud, std::span<zPoint3d16s> cells, Scan& record,
+              zVectors vectors = zVectors_Widest()) {
   PcdCloud layout;
+  layout.width = layout.height = kSide;
   layout.stride = sizeof(zPoint3d32f);
   layout.y = offsetof(zPoint3d32f, y);
   layout.z = offsetof(zPoint3d32f, z);
-  return {reinterpret_cast<const z8u*>(cloud.data()), layout, false};
+  const auto* bytes = reinterpret_cast<const z8u*>(cloud.data());
+  const zMemorySource file({bytes, cloud.size() * sizeof cloud[0]});
+  PcdRecords records(file, 0, layout);
+  QuantizePoints(cells, records, layout, {}, record, {}, vectors);
 }
 
 void Quantising(benchmark::State& state, zVectors vectors) {
@@ -107,7 +110,7 @@ void Quantising(benchmark::State& state, zVectors vectors) {
   std::vector<zPoint3d16s> cells(kPoints);
   Scan record;
   for (auto _ : state) {
-    QuantizePoints(cells, Records(cloud), {}, record, vectors);
+    Quantise(cloud, cells, record, vectors);
     benchmark::ClobberMemory();
   }
   Count(state);
@@ -120,8 +123,7 @@ void BoundingBoxOfACloud(benchmark::State& state) {
   record.kind = ScanKind::cloud;
   record.width = record.length = kSide;
   zArray2_Construct(record.points.Out(), zType::zPoint3d16s, kSide, kSide, &zAllocator::Default());
-  QuantizePoints(zArray_EditableItems<zPoint3d16s>(record.points.Get()), Records(MakeCloud()), {},
-                 record);
+  Quantise(MakeCloud(), zArray_EditableItems<zPoint3d16s>(record.points.Get()), record);
   for (auto _ : state) benchmark::DoNotOptimize(FindBox(record));
   Count(state);
 }
@@ -136,7 +138,7 @@ void Dequantising(benchmark::State& state, bool intensities) {
   if (intensities) MxSurfaceMsg_AllocateIntensity(message.Get(), zType::z8u);
   for (auto _ : state) {
     Orv::Object<void*> stream;
-    zMemory_Construct(stream.Out(), &zAllocator::Default());
+    zNowhere_Construct(stream.Out());
     if (GetPcdFileStream(message.Get(), stream.Get(), &zAllocator::Default()) != zOK) {
       state.SkipWithError("no stream");
     }

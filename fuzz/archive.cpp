@@ -5,7 +5,7 @@
 #include "fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::span<const z8u> archive(data, size);
+  const zSourcePtr archive = SourceOf(zBytes(data, data + size));
   Attempt([&] { CsvJob(GetResourceData(OpenRecordingArchive(archive).job), {}).Device(); });
   Attempt([&] { CsvJob(archive, {}).Device(); });
   return 0;

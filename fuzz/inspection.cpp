@@ -39,13 +39,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string& input = file.name;
   const z8u options = file.options;
   Progress progress(1, false);
-  const auto visit = [most = zSize{1} + options](zSize, z32u, const TaggedScan& scan) {
-    Reduce(scan.scan, most);
-    // Pictures take long.
-    if (most == 256) Require(!DrawPicture(scan.scan, scan.source).empty());
-  };
+  const ScanVisitor visit{[](zSize, const std::string&) { return true; },
+                          [most = zSize{1} + options](zSize, z32u, const TaggedScan& scan) {
+                            Reduce(scan.scan, most);
+                            // Pictures take long.
+                            if (most == 256) Require(!DrawPicture(scan.scan, scan.source).empty());
+                          }};
+  const Depth depth = (options & 1) != 0   ? Depth::check
+                      : (options & 2) != 0 ? Depth::quick
+                                           : Depth::reading;
   // A file can be bad in any way, and is then told to be: nothing is thrown.
-  const FileFacts facts = InspectFile(input, (options & 1) != 0, visit, progress);
+  const FileFacts facts = InspectFile(input, depth, visit, progress);
   std::ostringstream json;
   WriteJson(facts, json);
   Require(nlohmann::json::parse(json.str()).is_object());

@@ -24,12 +24,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto bytes = input.ConsumeRemainingBytes<std::uint8_t>();
   Attempt([&] {
     Handle message;
-    GenerateSurfaceMsgFromBuffer(message, zBytes(bytes.begin(), bytes.end()), options,
+    GenerateSurfaceMsgFromBuffer(message, *SourceOf(zBytes(bytes.begin(), bytes.end())), options,
                                  DefaultAlloc());
     const Handle cloud = MakeStream();
     GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), DefaultAlloc());
     Handle again;
-    GenerateSurfaceMsgFromBuffer(again, BytesOf(cloud.Get()), PcdOptions(), DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(again, *SourceOf(BytesOf(cloud.Get())), PcdOptions(),
+                                 DefaultAlloc());
   });
   return 0;
 }

@@ -8,10 +8,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Attempt([&] {
     const zBytes stream(data, data + size);
     Plovia::ReplaySerializer reader;
-    reader.LoadBuffer(stream);
-    Plovia::ReplaySerializer writer;
-    writer.WriteScannerInfo(reader.ReadScannerInfo());
+    // As from a file, in pieces of any size.
+    reader.LoadBuffer(SourceOf(stream, size % 4 == 0 ? 1 : size));
     const bool classic = reader.GetReplayInfo().IsClassic();
+    const Handle written = MakeStream();
+    Plovia::ReplaySerializer writer;
+    writer.BeginReplay(written.Get(), classic);
+    writer.WriteScannerInfo(reader.ReadScannerInfo());
     const z64u parts = classic ? 1 : reader.SegmentCount();
     std::string expected;
     for (z64u part = 0; part < parts; ++part) {
@@ -19,13 +22,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       const std::vector<z32u> indexes = reader.ReadIndexInfo();
       for (zSize frame = 0; frame < indexes.size(); ++frame) {
         writer.WriteIndexInfo(indexes[frame]);
-        const Plovia::ReplayFrame messages = reader.ReadData(frame);
+        const Frame messages = MessagesOf(reader, reader.ReadData(frame));
         for (const Handle& message : messages) writer.WriteData(message);
         expected += Describe(messages);
       }
     }
-    const zBytes written = writer.GetReplayFile(classic);
-    std::string found = ReadRecording(written);
+    writer.EndReplay();
+    std::string found = ReadRecording(SourceOf(BytesOf(written.Get())));
     Require(found.size() >= expected.size());
   });
   return 0;

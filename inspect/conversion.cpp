@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "inspect/conversion.h"
 
+#include "outputfile/writefile.h"
 #include "surfacefileconverter/frameexport.h"
 #include "surfacefileconverter/recordingexport.h"
 
@@ -26,45 +27,37 @@ FileType FormatOf(DataSourceType dataType) {
 }
 
 // Every frame as scan files of one format.
-void ExportAll(const std::shared_ptr<const zBytes>& file, FileType fileType, FileType exportType) {
-  Recording recording = ReadRecording(fileType, file);
+void ExportAll(const Recording& recording, FileType exportType) {
   std::vector<std::string> names;
   const Listener nobody;
-  const FrameChoice everyFrame{.all = true, .release = true};
-  ExportFrames(recording, everyFrame, {"scan.x", "", exportType, kAlloc, nobody, names, true});
+  ExportFrames(recording, {.all = true}, {"scan.x", "", exportType, kAlloc, nobody, names, true});
 }
 
-std::optional<std::string> RefusalOfRecording(FileType fileType, zBytes bytes) {
-  const auto file = std::make_shared<const zBytes>(std::move(bytes));
-  FileType exportType = PCD;
-  bool inJob = false;
-  auto refusal = Try([&] {
-    const Recording recording = ReadRecording(fileType, file);
-    exportType = FormatOf(recording.dataType);
-    // Profiles go into CSV, whatever their heights are.
-    inJob = IsProfileType(recording.dataType) && !recording.job.content.empty();
-  });
-  if (refusal || inJob) return refusal;
-  refusal = Try([&] { ExportAll(file, fileType, exportType); });
+std::optional<std::string> RefusalOfRecording(FileType fileType, zSourcePtr file) {
+  Recording recording;
+  auto refusal = Try([&] { recording = OpenRecording(fileType, std::move(file)); });
+  // Profiles go into CSV, whatever their heights are.
+  if (refusal || (IsProfileType(recording.dataType) && !recording.job.IsEmpty())) return refusal;
+  const FileType exportType = FormatOf(recording.dataType);
+  refusal = Try([&] { ExportAll(recording, exportType); });
   if (!refusal || exportType == PCD) return refusal;
-  return Try([&] { ExportAll(file, fileType, PCD); }) ? refusal : std::nullopt;
+  return Try([&] { ExportAll(recording, PCD); }) ? refusal : std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> RefusalOf(FileType fileType, zBytes bytes) {
+std::optional<std::string> RefusalOf(FileType fileType, zSourcePtr file) {
   if (fileType == REC || fileType == REP || fileType == OVREC) {
-    return RefusalOfRecording(fileType, std::move(bytes));
+    return RefusalOfRecording(fileType, std::move(file));
   }
-  return Try([&] {
-    const auto recording = MakeRecording(ScanFile{fileType, std::move(bytes)}, {}, kAlloc, {});
-    static_cast<void>(recording.GetReplayStream(false));
-  });
+  const ScanFile scan{fileType, std::move(file)};
+  return Try(
+      [&] { TryContent([&](zStream nowhere) { WriteRecording(scan, {}, kAlloc, {}, nowhere); }); });
 }
 
 std::optional<std::string> RefusalOfDirectory(const std::string& path) {
   return Try([&] {
-    const auto recording = MakeRecording(OpenSurfaceDirectory(path, kAlloc), kAlloc);
-    static_cast<void>(recording.GetReplayStream(false));
+    const SurfaceDirectory directory = OpenSurfaceDirectory(path, kAlloc);
+    TryContent([&](zStream nowhere) { WriteRecording(directory, kAlloc, nowhere); });
   });
 }

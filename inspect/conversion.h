@@ -8,8 +8,8 @@
 #include "formats/filetypes.h"
 #include "sdk/core.h"
 
-// Converts a file or a directory in memory, up to what would be written, and tells in the
+// Converts a file or a directory, writes what comes out nowhere, and tells in the
 // converter's words why it refuses it; nothing where it does not. A recording is refused when its
 // frames go into no format. Throws std::bad_alloc.
-std::optional<std::string> RefusalOf(FileType fileType, zBytes bytes);
+std::optional<std::string> RefusalOf(FileType fileType, zSourcePtr file);
 std::optional<std::string> RefusalOfDirectory(const std::string& path);

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <map>
 
+#include "filesource.h"
 #include "formats/directory/reader.h"
 #include "inspect/conversion.h"
 #include "inspect/findings.h"
 #include "numbers.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -84,24 +84,22 @@ class Taking {
   std::map<std::string, Caution> files_;
 };
 
-FileFacts DescribeFile(const std::string& path, const FramePlace& place,
-                       const std::vector<Caution>& cautions, const Findings& directory) {
+// One file, with its place in the recording, and with what is said of its name where it is shown.
+FileFacts DescribeFile(const std::string& path, const FramePlace& place, const ScanVisitor& visit,
+                       Progress& progress) {
   FileFacts facts;
   facts.path = path;
   facts.kind = FileKind::sur;
   const auto index = static_cast<z32u>(place.frame);
-  const ScanVisitor visit = [&](zSize, z32u, const TaggedScan& scan) {
-    if (!directory.visit) return;
-    TaggedScan placed{place.source, {}, scan.scan};
-    std::ranges::copy(cautions, std::back_inserter(placed.scan.cautions));
-    directory.visit(place.frame, index, placed);
-  };
-  Findings findings(facts, visit, directory.progress);
+  const ScanVisitor placed{
+      [&](zSize, const std::string&) { return visit.Wants(place.frame, place.source); },
+      [&](zSize, z32u, const TaggedScan& scan) {
+        visit.take(place.frame, index, {place.source, {}, scan.scan});
+      }};
+  Findings findings(facts, placed, progress);
   try {
     facts.size = SizeOf(path);
-    zBytes bytes;
-    ReadFileBuffer(path, bytes);
-    DescribeScanFile(bytes, findings);
+    DescribeScanFile(*OpenFile(path), findings);
   } catch (const Orv::Exception& failure) {
     findings.Problem({}, "the file cannot be read: %s", failure.what());
   }
@@ -113,9 +111,27 @@ FileFacts DescribeFile(const std::string& path, const FramePlace& place,
   return facts;
 }
 
+// Gives the files that somebody wants to look at, with what is said of their names.
+void Show(const std::string& path, const std::optional<Taking>& taking, Findings& findings) {
+  for (const StoredFile& file : findings.facts.members) {
+    const FramePlace place = PlaceOf(file.name);
+    if (!findings.visit.Wants(place.frame, place.source)) continue;
+    const ScanVisitor cautious{
+        findings.visit.wants, [&](zSize frame, z32u index, const TaggedScan& scan) {
+          TaggedScan told = scan;
+          if (taking)
+            std::ranges::copy(taking->Of(file.name), std::back_inserter(told.scan.cautions));
+          findings.visit.take(frame, index, told);
+        }};
+    static_cast<void>(
+        DescribeFile(PathInDirectory(path, file.name), place, cautious, findings.progress));
+  }
+}
+
 }  // namespace
 
-void DescribeDirectory(const std::string& path, bool check, Findings& findings) {
+void DescribeDirectory(const std::string& path, Depth depth, Findings& findings) {
+  const bool check = depth == Depth::check;
   FileFacts& facts = findings.facts;
   std::optional<Taking> taking;
   try {
@@ -128,8 +144,8 @@ void DescribeDirectory(const std::string& path, bool check, Findings& findings) 
   facts.size = 0;
   std::map<std::string, zSize> notes;  // and how many files have them
   for (const std::string& name : ListFiles(path)) {
-    FileFacts file = DescribeFile(PathInDirectory(path, name), PlaceOf(name),
-                                  taking ? taking->Of(name) : std::vector<Caution>(), findings);
+    FileFacts file =
+        DescribeFile(PathInDirectory(path, name), PlaceOf(name), {}, findings.progress);
     facts.members.push_back({name, file.size});
     facts.size = *facts.size + file.size.value_or(0);
     for (const std::string& note : file.notes) ++notes[note];
@@ -146,4 +162,5 @@ void DescribeDirectory(const std::string& path, bool check, Findings& findings) 
     findings.Note("%zu of %zu files: %s", files, facts.members.size(), note);
   }
   if (check && facts.problems.empty()) findings.Refuse(RefusalOfDirectory(path));
+  Show(path, taking, findings);
 }

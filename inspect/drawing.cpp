@@ -11,8 +11,8 @@
 #include "inspect/picture/picture.h"
 #include "inspect/report.h"
 #include "outputfile/outputfile.h"
+#include "outputfile/writefile.h"
 #include "statuses.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -50,14 +50,16 @@ void AddCautions(const std::vector<Caution>& cautions, Scan& scan) {
 FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progress& progress) {
   Scan wanted;
   std::string title;
-  FileFacts facts = InspectFile(
-      path, options.check,
-      [&](zSize frame, z32u, const TaggedScan& scan) {
-        if (!title.empty() || !IsWanted(options, frame, scan.source)) return;
-        wanted = scan.scan;
-        title = TitleOf(path, frame, scan);
-      },
-      progress);
+  FileFacts facts = InspectFile(path, options.depth,
+                                {[&](zSize frame, const std::string& source) {
+                                   return title.empty() && IsWanted(options, frame, source);
+                                 },
+                                 [&](zSize frame, z32u, const TaggedScan& scan) {
+                                   if (!title.empty()) return;  // another one of the same message
+                                   wanted = scan.scan;
+                                   title = TitleOf(path, frame, scan);
+                                 }},
+                                progress);
   if (title.empty()) return facts;
   AddCautions(facts.cautions, wanted);
   WriteBuffer(DrawPicture(wanted, title), options.png);
@@ -93,10 +95,9 @@ void WritePage(const std::string& path, const FileFacts& facts, const InspectOpt
   if (options.frame) extent.frames = 1;  // of one frame, all scans are shown
   Page page(FileName(path), PageFacts(facts), extent, options.points);
   static_cast<void>(InspectFile(
-      path, false,
-      [&](zSize frame, z32u index, const TaggedScan& scan) {
-        if (IsWanted(options, frame, scan.source)) page.Add(frame, index, scan);
-      },
+      path, Depth::reading,
+      {[&](zSize frame, const std::string& source) { return IsWanted(options, frame, source); },
+       [&](zSize frame, z32u index, const TaggedScan& scan) { page.Add(frame, index, scan); }},
       progress));
   std::ostringstream text;
   page.Write(text);
@@ -124,7 +125,7 @@ void RequireOtherFiles(const std::string& path, const InspectOptions& options) {
 
 FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progress& progress) {
   RequireOtherFiles(path, options);
-  FileFacts facts = options.png.empty() ? InspectFile(path, options.check, nullptr, progress)
+  FileFacts facts = options.png.empty() ? InspectFile(path, options.depth, {}, progress)
                                         : DrawScan(path, options, progress);
   const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {
     return IsWanted(options, scan.frame, scan.source);

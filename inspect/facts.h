@@ -12,6 +12,13 @@
 
 enum class FileKind : z8u { unknown, sur, pro, srf, pcd, recording, archive, directory };
 
+// How much of a file is looked at.
+enum class Depth : z8u {
+  quick,    // of a recording, its summary and its first frame
+  reading,  // what a conversion reads
+  check,    // all that can be verified
+};
+
 // Something that is wrong in a file.
 struct Problem {
   std::optional<z64u> offset;  // bytes from the start of the file

@@ -3,13 +3,20 @@
 #pragma once
 
 #include <functional>
-#include <span>
 
 #include "inspect/facts.h"
 #include "inspect/progress.h"
 
-// Takes each scan while it is in memory.
-using ScanVisitor = std::function<void(zSize frame, z32u index, const TaggedScan& scan)>;
+// Somebody who looks at scans.
+struct ScanVisitor {
+  // Whether a frame's scans of a source are wanted; the others need not be read for it. Null when
+  // none is.
+  std::function<bool(zSize frame, const std::string& source)> wants;
+  // Takes a scan that is wanted, while it is in memory.
+  std::function<void(zSize frame, z32u index, const TaggedScan& scan)> take;
+
+  bool Wants(zSize frame, const std::string& source) const { return wants && wants(frame, source); }
+};
 
 class Findings {
  public:
@@ -32,29 +39,29 @@ class Findings {
   void Refuse(const std::optional<std::string>& why) {
     if (why) Problem({}, "a conversion refuses it: %s", *why);
   }
-  // Measures a scan and shows it to the visitor, with its cautions.
-  void Take(zSize frame, z32u index, TaggedScan scan) {
-    facts.scans.push_back({frame, index, scan.source, scan.item, MeasureScan(scan.scan)});
-    if (!visit) return;
-    scan.scan.cautions = facts.scans.back().facts.cautions;
-    visit(frame, index, scan);
+  // What was measured of a scan.
+  void Add(PlacedScan scan) { facts.scans.push_back(std::move(scan)); }
+  // Shows a scan, of which all is known, to the visitor.
+  void Show(const PlacedScan& place, Scan scan) const {
+    scan.cautions = place.facts.cautions;
+    visit.take(place.frame, place.index, {place.source, place.item, std::move(scan)});
   }
   // The only scan of a file.
   void Take(Scan scan) {
     facts.frames = 1;
-    Take(0, 0, {{}, {}, std::move(scan)});
+    Add({0, 0, {}, {}, MeasureScan(scan)});
+    if (visit.Wants(0, {})) Show(facts.scans.back(), std::move(scan));
   }
 
   FileFacts& facts;
-  const ScanVisitor& visit;  // may be null
+  const ScanVisitor& visit;
   Progress& progress;
 };
 
 // Each fills in the facts of a file of its kind; what is wrong with the file becomes a problem, not
 // an exception.
-void DescribeScanFile(const zBytes& bytes, Findings& findings);  // .sur, .pro, .srf or .pcd
-// A replay stream that begins at `start` of its file. `check` asks for everything that can be
-// verified, beyond what reading it verifies.
-void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings);
-void DescribeArchive(const zBytes& bytes, bool check, Findings& findings);
-void DescribeDirectory(const std::string& path, bool check, Findings& findings);
+void DescribeScanFile(const zSource& file, Findings& findings);  // .sur, .pro, .srf or .pcd
+// A replay stream that begins at `start` of its file.
+void DescribeRecording(zSourcePtr replay, z64u start, Depth depth, Findings& findings);
+void DescribeArchive(const zSourcePtr& file, Depth depth, Findings& findings);
+void DescribeDirectory(const std::string& path, Depth depth, Findings& findings);

@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "filesource.h"
 #include "formats/filetypes.h"
 #include "inspect/conversion.h"
-#include "wholefile.h"
+#include "statuses.h"
 
 namespace {
 
@@ -20,32 +21,31 @@ std::optional<FileType> ImportTypeOf(const std::string& path) {
   return dot == path.npos ? std::nullopt : ImportType(std::string_view(path).substr(dot));
 }
 
-void Describe(const zBytes& bytes, bool check, Findings& findings) {
+void Describe(const zSourcePtr& file, Depth depth, Findings& findings) {
   switch (findings.facts.kind) {
     case FileKind::recording:
-      return DescribeRecording(bytes, 0, check, findings);
+      return DescribeRecording(file, 0, depth, findings);
     case FileKind::archive:
-      return DescribeArchive(bytes, check, findings);
+      return DescribeArchive(file, depth, findings);
     default:
-      return DescribeScanFile(bytes, findings);
+      return DescribeScanFile(*file, findings);
   }
 }
 
-void DescribeFile(const std::string& path, bool check, Findings& findings, Progress& progress) {
+void DescribeFile(const std::string& path, Depth depth, Findings& findings, Progress& progress) {
   findings.facts.size = SizeOf(path);
-  zBytes bytes;
   try {
-    ReadFileBuffer(path, bytes);
+    const zSourcePtr file = OpenFile(path);
+    Describe(file, depth, findings);
+    if (depth == Depth::check && findings.facts.problems.empty()) {
+      findings.Refuse(RefusalOf(*ImportTypeOf(path), file));
+    }
+    // A recording's were counted scan by scan.
+    if (!findings.facts.recording) progress.AddBytes(file->Size());
   } catch (const Orv::Exception& failure) {
-    return findings.Problem({}, "the file cannot be read: %s", failure.what());
+    if (failure.Status() != kBadInput) throw;
+    findings.Problem({}, "the file cannot be read: %s", failure.what());
   }
-  Describe(bytes, check, findings);
-  const zSize read = bytes.size();
-  if (check && findings.facts.problems.empty()) {
-    findings.Refuse(RefusalOf(*ImportTypeOf(path), std::move(bytes)));
-  }
-  // A recording's were counted scan by scan.
-  if (!findings.facts.recording) progress.AddBytes(read);
 }
 
 // What several scans may have in common.
@@ -87,17 +87,17 @@ std::string SourceTypeName(z16u dataType) {
   return known == dataSourceTypeNames.end() ? Orv::Format("type %u", dataType) : known->second;
 }
 
-FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& visit,
+FileFacts InspectFile(const std::string& path, Depth depth, const ScanVisitor& visit,
                       Progress& progress) {
   FileFacts facts;
   facts.path = path;
   Findings findings(facts, visit, progress);
   if (zDirectory_Exists(path.c_str())) {
     facts.kind = FileKind::directory;
-    DescribeDirectory(path, check, findings);
+    DescribeDirectory(path, depth, findings);
   } else if (const auto kind = KindOfPath(path)) {
     facts.kind = *kind;
-    DescribeFile(path, check, findings, progress);
+    DescribeFile(path, depth, findings, progress);
   } else {
     findings.Problem({},
                      "the ending of the name is none of .sur, .pro, .srf, .pcd, .rep, .rec, "

@@ -4,8 +4,8 @@
 
 #include "inspect/findings.h"
 
-// All that is known about a file or directory; `check` asks for everything that can be verified.
-// `visit` (or null) takes each scan. Where the file cannot be read, the problems say why. Throws
-// std::bad_alloc and Orv::Exception only where there is no memory.
-FileFacts InspectFile(const std::string& path, bool check, const ScanVisitor& visit,
+// All that is known about a file or directory.
+// `visit` is shown the scans that it wants. Where the file cannot be read, the problems say why.
+// Throws std::bad_alloc and Orv::Exception only where there is no memory.
+FileFacts InspectFile(const std::string& path, Depth depth, const ScanVisitor& visit,
                       Progress& progress);

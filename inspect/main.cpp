@@ -29,7 +29,7 @@ bool Draws(const InspectOptions& options) { return !options.png.empty() || !opti
 void Print(const FileFacts& facts, const InspectOptions& options) {
   if (options.json) {
     WriteJson(facts, std::cout);
-  } else if (options.check) {
+  } else if (options.depth == Depth::check) {
     WriteVerdict(facts, std::cout);
   } else if (!Draws(options)) {
     WriteReport(facts, std::cout);
@@ -40,7 +40,7 @@ void Print(const FileFacts& facts, const InspectOptions& options) {
 
 FileFacts Look(const std::string& path, const InspectOptions& options, Progress& progress) {
   if (Draws(options)) return DrawFile(path, options, progress);
-  return InspectFile(path, options.check, nullptr, progress);
+  return InspectFile(path, options.depth, {}, progress);
 }
 
 int Inspect(const InspectOptions& options) {

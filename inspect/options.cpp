@@ -29,8 +29,12 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
   app.set_help_flag("--help", "Show this help and end");
   app.add_option("FILE", options.files, "What to look at")->required()->type_name("");
   app.add_flag("--json", options.json, "Print one JSON document for each file");
-  app.add_flag("--check", options.check,
+  bool check = false;
+  bool quick = false;
+  app.add_flag("--check", check,
                "Verify every checksum, size and payload; the exit code is 1 when one is wrong");
+  app.add_flag("--quick", quick,
+               "Read only the summary and the first frame of recordings, whatever their size");
   const auto* png =
       app.add_option("--png", options.png, "Draw a scan into this file")->type_name("OUT");
   const auto* html = app.add_option("--html", options.html,
@@ -45,9 +49,14 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
                      ->capture_default_str();
   try {
     app.parse(argc, argv);
+    if (check) options.depth = Depth::check;
+    if (quick) options.depth = Depth::quick;
     const bool draws = png->count() + html->count() > 0;
     if (!draws && frame->count() + source->count() > 0) {
       throw CLI::RequiresError(frame->count() > 0 ? "--frame" : "--source", "--png or --html");
+    }
+    if (quick && (draws || check)) {
+      throw CLI::ExcludesError("--quick", "--check, --png and --html");
     }
     if (html->count() == 0 && points->count() > 0) throw CLI::RequiresError("--points", "--html");
     for (const auto* output : {png, html}) {

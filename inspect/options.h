@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "sdk/core.h"
+#include "inspect/facts.h"
 
 struct InspectOptions {
   std::vector<std::string> files;  // and directories; at least one
   bool json = false;
-  bool check = false;
+  Depth depth = Depth::reading;
   std::string png;            // file to write; empty: none
   std::string html;           // likewise
   std::optional<z32u> frame;  // to draw, from 0; otherwise the first one, or all in a page

@@ -24,11 +24,19 @@ std::string TagOf(const ReplaySourceInfo& source) {
   return name.size() <= kLongestTag ? name : name.substr(0, kLongestTag) + "...";
 }
 
-Scan ScanOf(MxMsg message) {
+// The scans of a message, with their places in an array.
+template <class Use>
+void ForEachScan(MxMsg message, const Use& use) {
   constexpr Orv::Operation kOperation{"inspection", "DescribeRecording"};
-  Scan scan;
-  kOperation.Require(GetScan(message, scan), "There is not enough memory for the points of a scan");
-  return scan;
+  const auto take = [&](MxMsg item, std::optional<zSize> place) {
+    Scan scan;
+    kOperation.Require(GetScan(item, scan), "The message holds no scan");
+    use(std::move(scan), place);
+  };
+  if (MxMsg_Kind(message) != MxKind::array) return take(message, std::nullopt);
+  for (zSize item = 0; item < MxArrayMsg_Count(message); ++item) {
+    take(MxArrayMsg_At(message, item), item);
+  }
 }
 
 std::vector<Source> SourcesOf(const RecordingFacts& facts) {
@@ -43,37 +51,54 @@ std::vector<Source> SourcesOf(const RecordingFacts& facts) {
 
 class RecordingDescriber {
  public:
-  RecordingDescriber(std::span<const z8u> replay, Findings& findings)
-      : findings_(findings), replay_(replay) {}
+  explicit RecordingDescriber(Findings& findings) : findings_(findings) {}
 
-  // Tells of the recording up to the first damage; looks for damage to its end.
-  void Run() {
-    // Without an owner, a frame's arrays look into memory that serves the next frame again.
-    serializer_.LoadDamaged(replay_, problems_);
-    const bool classic = serializer_.GetReplayInfo().IsClassic();
-    const z64u segments = serializer_.SegmentCount();
-    if (IsReadable()) {
-      RecordingFacts& facts = findings_.facts.recording.emplace();
-      facts.classic = classic;
-      facts.segments = segments;
-      facts.scanners = serializer_.ReadScannerInfo();
-      sources_ = SourcesOf(facts);
-      WarnOfSources(facts);
-    }
-    if (classic) {
-      ReadFrames();
-    } else {
-      for (z64u segment = 0; segment < segments; ++segment) {
-        serializer_.LoadDataIndexFiles();
-        ReadFrames();
-      }
-    }
+  // Looks for damage to the end of a recording; tells of it up to the first damage.
+  void Run(zSourcePtr replay) {
+    serializer_.LoadDamaged(std::move(replay), problems_,
+                            [&](z64u number, zObject message) { Measure(number, message); });
+    if (!IsWalkable()) return;
+    PlaceFrames(TellOfSources());
     if (!IsReadable()) return;
     if (findings_.facts.frames == 0) findings_.Warn("frames-none", "there is no frame");
     if (unevenFrames_ > 0) {
       findings_.Warn("frames-uneven",
                      "%zu of %zu frames do not hold one message for each of the %zu sources",
                      unevenFrames_, findings_.facts.frames, sources_.size());
+    }
+  }
+
+  // Tells of the first frame, and what the summary says of the others.
+  void RunQuickly(zSourcePtr replay) try {
+    const Plovia::ReplaySummary summary = serializer_.LoadFirstFrame(std::move(replay));
+    RecordingFacts& facts = TellOfSources();
+    const bool isEmpty = serializer_.SegmentCount() == 0 && serializer_.ReadIndexInfo().empty();
+    if (!isEmpty) {
+      if (!facts.classic) serializer_.LoadDataIndexFiles();
+      const Plovia::ReplayFrame frame = serializer_.ReadData(0);
+      for (zSize i = 0; i < frame.messageCount; ++i) {
+        Measure(i, serializer_.ReadMessage(i).Get());
+      }
+      PlaceFrame(frame);
+    }
+    if (summary.frames) findings_.facts.frames = static_cast<zSize>(*summary.frames);
+    if (summary.chunks) facts.segments = *summary.chunks;
+    findings_.Note("only the summary and the first frame were read: nothing else was checked");
+  } catch (const Orv::Exception& failure) {
+    if (failure.Status() != zERROR_FORMAT) throw;
+    findings_.Problem({}, "%s", failure.what());
+  }
+
+  // Reads the scans again that somebody wants to look at.
+  void Show() {
+    const std::vector<PlacedScan>& scans = findings_.facts.scans;
+    for (zSize i = 0, end = 0; i < scans.size(); i = end) {
+      for (end = i + 1; end < scans.size() && numbers_[end] == numbers_[i];) ++end;
+      if (!findings_.visit.Wants(scans[i].frame, scans[i].source)) continue;
+      ForEachScan(serializer_.ReadMessage(numbers_[i]).Get(),
+                  [&](Scan scan, std::optional<zSize> item) {
+                    findings_.Show(scans[i + item.value_or(0)], std::move(scan));
+                  });
     }
   }
 
@@ -133,43 +158,85 @@ class RecordingDescriber {
     }
   }
 
+  RecordingFacts& TellOfSources() {
+    RecordingFacts& facts = findings_.facts.recording.emplace();
+    facts.classic = serializer_.GetReplayInfo().IsClassic();
+    facts.segments = serializer_.SegmentCount();
+    facts.scanners = serializer_.ReadScannerInfo();
+    sources_ = SourcesOf(facts);
+    WarnOfSources(facts);
+    return facts;
+  }
+
+  // Whether nothing is wrong but with messages.
+  bool IsWalkable() const {
+    return std::ranges::all_of(problems_, [](const Plovia::ReplayProblem& problem) {
+      return problem.harmless || problem.message;
+    });
+  }
+
+  bool IsDamaged(const Plovia::ReplayFrame& frame) const {
+    return std::ranges::any_of(problems_, [&](const Plovia::ReplayProblem& problem) {
+      return problem.message && *problem.message >= frame.firstMessage &&
+             *problem.message < frame.firstMessage + frame.messageCount;
+    });
+  }
+
+  void Measure(z64u number, MxMsg message) {
+    ForEachScan(message, [&](const Scan& scan, std::optional<zSize> item) {
+      measured_.push_back({number, item, MeasureScan(scan)});
+      findings_.progress.AddBytes(scan.Count() * zType_Size(zArray_ItemType(scan.points.Get())));
+    });
+  }
+
+  void PlaceFrames(const RecordingFacts& facts) {
+    if (facts.classic) return PlaceCurrentFrames();
+    for (z64u segment = 0; segment < facts.segments; ++segment) {
+      serializer_.LoadDataIndexFiles();
+      PlaceCurrentFrames();
+    }
+  }
+
   // Those of the current segment, or of all a classic recording.
-  void ReadFrames() {
-    const std::vector<z32u> indexes = serializer_.ReadIndexInfo();
-    for (zSize i = 0; i < indexes.size(); ++i) {
+  void PlaceCurrentFrames() {
+    const zSize count = serializer_.ReadIndexInfo().size();
+    for (zSize i = 0; i < count && !damaged_; ++i) {
       const Plovia::ReplayFrame frame = serializer_.ReadData(i);
-      if (!IsReadable()) continue;
-      if (frame.size() != sources_.size()) ++unevenFrames_;
-      for (zSize j = 0; j < frame.size(); ++j) TakeMessage(indexes[i], j, frame[j].Get());
-      ++findings_.facts.frames;
+      damaged_ = IsDamaged(frame);
+      if (!damaged_) PlaceFrame(frame);
     }
   }
 
   // Messages stand in the order of their sources.
-  void TakeMessage(z32u index, zSize position, MxMsg message) {
-    const std::string& source = position < sources_.size() ? sources_[position].name : kUnknown;
-    const zSize frame = findings_.facts.frames;
-    if (MxMsg_Kind(message) != MxKind::array) {
-      return TakeScan(frame, index, {source, {}, ScanOf(message)});
+  void PlaceFrame(const Plovia::ReplayFrame& frame) {
+    if (frame.messageCount != sources_.size()) ++unevenFrames_;
+    auto scan = std::ranges::lower_bound(measured_, frame.firstMessage, {}, &MeasuredScan::number);
+    for (; scan != measured_.end(); ++scan) {
+      const auto position = static_cast<zSize>(scan->number - frame.firstMessage);
+      if (position >= frame.messageCount) break;
+      const std::string& source = position < sources_.size() ? sources_[position].name : kUnknown;
+      numbers_.push_back(scan->number);
+      findings_.Add(
+          {findings_.facts.frames, frame.index, source, scan->item, std::move(scan->facts)});
     }
-    for (zSize item = 0; item < MxArrayMsg_Count(message); ++item) {
-      TakeScan(frame, index, {source, item, ScanOf(MxArrayMsg_At(message, item))});
-    }
+    ++findings_.facts.frames;
   }
 
-  void TakeScan(zSize frame, z32u index, TaggedScan scan) {
-    const z64u bytes = scan.scan.Count() * zType_Size(zArray_ItemType(scan.scan.points.Get()));
-    findings_.Take(frame, index, std::move(scan));
-    findings_.progress.AddBytes(bytes);
-  }
+  struct MeasuredScan {
+    z64u number;                // of its message
+    std::optional<zSize> item;  // in an array message
+    ScanFacts facts;
+  };
 
   const std::string kUnknown = "unknown";
   Findings& findings_;
-  std::span<const z8u> replay_;
   std::vector<Plovia::ReplayProblem> problems_;
   Plovia::ReplaySerializer serializer_;
   std::vector<Source> sources_;
+  std::vector<MeasuredScan> measured_;  // in the order of the messages
+  std::vector<z64u> numbers_;           // of the message of each scan that is told
   zSize unevenFrames_ = 0;
+  bool damaged_ = false;  // a frame was
 };
 
 void TellProblems(const std::vector<Plovia::ReplayProblem>& problems, z64u start,
@@ -189,13 +256,16 @@ void TellProblems(const std::vector<Plovia::ReplayProblem>& problems, z64u start
 
 }  // namespace
 
-void DescribeRecording(std::span<const z8u> replay, z64u start, bool check, Findings& findings) {
-  RecordingDescriber describer(replay, findings);
+void DescribeRecording(zSourcePtr replay, z64u start, Depth depth, Findings& findings) {
+  RecordingDescriber describer(findings);
+  if (depth == Depth::quick) return describer.RunQuickly(std::move(replay));
   try {
-    describer.Run();
+    describer.Run(std::move(replay));
   } catch (const Orv::Exception& failure) {
-    if (failure.Status() == zERROR_MEMORY) throw;
+    if (failure.Status() != zERROR_FORMAT) throw;
     // There are more problems than are told.
   }
-  if (check || !describer.IsReadable()) TellProblems(describer.TakeProblems(), start, findings);
+  if (depth == Depth::check || !describer.IsReadable())
+    TellProblems(describer.TakeProblems(), start, findings);
+  describer.Show();
 }

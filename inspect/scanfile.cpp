@@ -3,21 +3,21 @@
 #include "formats/srf/srf.h"
 #include "inspect/findings.h"
 
-void DescribeScanFile(const zBytes& bytes, Findings& findings) {
+void DescribeScanFile(const zSource& file, Findings& findings) {
   FileFacts& facts = findings.facts;
   ScanFileDescription description;
   switch (facts.kind) {
     case FileKind::pro:
-      facts.digitalSurf = DescribeDigitalSurf(bytes, true, description);
+      facts.digitalSurf = DescribeDigitalSurf(file, true, description);
       break;
     case FileKind::srf:
-      DescribeSrf(bytes, description);
+      DescribeSrf(file, description);
       break;
     case FileKind::pcd:
-      facts.cloud = DescribePcd(bytes, description);
+      facts.cloud = DescribePcd(file, description);
       break;
     default:
-      facts.digitalSurf = DescribeDigitalSurf(bytes, false, description);
+      facts.digitalSurf = DescribeDigitalSurf(file, false, description);
   }
   for (std::string& note : description.notes) facts.notes.push_back(std::move(note));
   for (Complaint& complaint : description.complaints) {

@@ -48,7 +48,6 @@ void CommandArgsOperator::process(const ParsedArgs& args) {
   const std::string* input = Find(args, "-i", "--input");
   const std::string* output = Find(args, "-o", "--output");
   converter.exportAll = Find(args, "-a", "--all") != nullptr;
-  converter.releaseFrames = true;  // there is one export
 
   if (args.contains("--help")) {
     printUsage();

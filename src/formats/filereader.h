@@ -1,38 +1,47 @@
 // SPDX-License-Identifier: MIT
-// The bytes of a whole file, read from front to back as little-endian numbers.
+// The bytes of a file, read from front to back as little-endian numbers.
 #pragma once
 
-#include "sdk/object.h"
-#include "statuses.h"
+#include <algorithm>
 
-// All operations return 1 or the status of the SDK call that failed.
+#include "sdk/object.h"
+
+// What cannot be read of the source throws its own error.
 class FileReader {
  public:
-  // The bytes must outlive the reader. No bytes at all are -999.
-  zStatus Open(const zBytes& bytes, zAlloc alloc) {
-    if (bytes.empty()) return kMissing;
-    zStatus status = zMemory_Construct(stream_.Out(), alloc);
-    if (status != zOK) return status;
-    status = zMemory_Attach(stream_.Get(), bytes.data(), 0, bytes.size(), bytes.size());
-    if (status != zOK) return status;
-    return zDat6Serializer_Construct(serializer_.Out(), stream_.Get(), alloc);
+  // The source must outlive the reader.
+  explicit FileReader(const zSource& source) : source_(source) {}
+
+  z64u Position() const { return position_; }
+  z64u Left() const { return source_.Size() - position_; }
+  // -4 for a position outside of the file.
+  zStatus Seek(z64s position) {
+    if (position < 0 || static_cast<z64u>(position) > source_.Size()) return zERROR_STREAM;
+    position_ = static_cast<z64u>(position);
+    return zOK;
   }
 
-  zSize Position() const { return zMemory_Position(stream_.Get()); }
-  zSize Left() const { return zMemory_Length(stream_.Get()) - Position(); }
-  zStatus Seek(z64s position) { return zStream_Seek(stream_.Get(), position); }
-
+  // -4 where the file ends before.
   zStatus Read(zType type, void* items, zSize count) {
-    return zSerializer_Read(serializer_.Get(), type, items, count);
+    const zSize size = zType_Size(type);
+    if (count > Left() / size) return zERROR_STREAM;
+    auto* bytes = static_cast<z8u*>(items);
+    for (zSize part = 0, left = count * size; left > 0; left -= part) {
+      part = std::min(left, source_.Piece());
+      source_.Read(position_, bytes, part);
+      bytes += part;
+      position_ += part;
+    }
+    return zOK;
   }
   // Fills a whole array.
   zStatus ReadArray(zObject array) {
-    return zSerializer_ReadPrimitives(serializer_.Get(), array, zArray_Count(array), 1);
+    void* items = zArray_EditableData(array);
+    if (items == nullptr && zArray_Count(array) > 0) return zERROR_MEMORY;
+    return Read(zArray_ItemType(array), items, zArray_Count(array));
   }
 
-  zSerializer Serializer() const { return serializer_.Get(); }
-
  private:
-  Orv::Object<void*> stream_;
-  Orv::Object<void*> serializer_;  // over the stream; ends before it
+  const zSource& source_;
+  z64u position_ = 0;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The writers of single-scan files (GetSurFileStream, GetProFileStream, GetSrfFileStream,
-// GetPcdFileStream, GetAllPointsPcd), and messages from the bytes of such files.
+// GetPcdFileStream, GetAllPointsPcd), and messages from such files.
 #pragma once
 
 #include "formats/digitalsurf/writer.h"
@@ -10,21 +10,21 @@
 #include "loadfilestream/loadfilestream.h"
 
 // Writes a message in the format of a file kind. Throws Orv::Exception with the writer's status.
-void GetMsgDataFileStream(MxMsg message, FileType fileType, zMemory stream, zAlloc alloc);
+void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc);
 
-// The generators build a complete message (box and stamp included) from the bytes of a scan file.
+// The generators build a complete message (box and stamp included) from a scan file.
 // They throw Orv::Exception with the status of the loader or call that failed, and for a scan
 // without a valid point; what was built so far then stays in `message`.
 
 // A uniform surface from a .srf or .sur file.
-void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   FileType fileType, zAlloc alloc);
 // A point-cloud surface from a .pcd file.
-void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   const PcdOptions& options, zAlloc alloc,
                                   const Listener& listener = {});
 // A uniform profile from a .pro file.
-void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   FileType fileType, zAlloc alloc);
 
 // Centre and size of the valid points, as FindBox has them. Throws Orv::Exception when no point is

@@ -54,7 +54,7 @@ void SetSurface(const Orv::Operation& operation, MxMsg message, const SurfaceBuf
 
 }  // namespace
 
-void GetMsgDataFileStream(MxMsg message, FileType fileType, zMemory stream, zAlloc alloc) {
+void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc) {
   constexpr Orv::Operation kOperation{kUnit, "GetMsgDataFileStream"};
   switch (fileType) {
     case SRF:
@@ -71,16 +71,16 @@ void GetMsgDataFileStream(MxMsg message, FileType fileType, zMemory stream, zAll
   }
 }
 
-void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   FileType fileType, zAlloc alloc) {
   constexpr Orv::Operation kOperation{kUnit, "GenerateSurfaceMsgFromBuffer"};
   SurfaceBuffer record;
   switch (fileType) {
     case SRF:
-      kOperation.Require(LoadSrfFileBuffer(bytes, record, alloc), "Failed to load srf file buffer");
+      kOperation.Require(LoadSrfFileBuffer(file, record, alloc), "Failed to load srf file buffer");
       break;
     case SUR:
-      kOperation.Require(LoadSurFileBuffer(bytes, record, alloc), "Failed to load sur file buffer");
+      kOperation.Require(LoadSurFileBuffer(file, record, alloc), "Failed to load sur file buffer");
       break;
     default:
       kOperation.Fail(kNotImplemented, "Unimplemented file extension");
@@ -91,12 +91,12 @@ void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& byt
   SetSurface(kOperation, message.Get(), record, true);
 }
 
-void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   const PcdOptions& options, zAlloc alloc,
                                   const Listener& listener) {
   constexpr Orv::Operation kOperation{kUnit, "GenerateSurfaceMsgFromBuffer"};
   SurfaceBuffer record;
-  kOperation.Require(LoadPcdFileBuffer(bytes, record, options, alloc, listener),
+  kOperation.Require(LoadPcdFileBuffer(file, record, options, alloc, listener),
                      "Failed to load pcd file buffer");
   kOperation.Require(
       MxSurfaceMsg_ConstructUnresampledSimple(message.Out(), record.width, record.length, alloc),
@@ -104,12 +104,12 @@ void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zBytes& byt
   SetSurface(kOperation, message.Get(), record, false);
 }
 
-void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zBytes& bytes,
+void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   FileType fileType, zAlloc alloc) {
   constexpr Orv::Operation kOperation{kUnit, "GenerateProfileMsgFromBuffer"};
   if (fileType != PRO) kOperation.Fail(kNotImplemented, "Unimplemented file extension");
   Scan record;
-  kOperation.Require(LoadProFileBuffer(bytes, record, alloc), "Failed to load pro file buffer");
+  kOperation.Require(LoadProFileBuffer(file, record, alloc), "Failed to load pro file buffer");
   kOperation.Require(MxProfileMsg_Construct(message.Out(), zType::z16s, 1, record.width, alloc),
                      "Failed to construct a Profile Msg");
   SetScan(kOperation, kProfile, message.Get(), record);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The readers of single-scan files, from the bytes of a whole file to a decoded scan:
+// The readers of single-scan files, from a file to a decoded scan:
 // LoadSurFileBuffer, LoadProFileBuffer, LoadSrfFileBuffer, LoadPcdFileBuffer.
 #pragma once
 

@@ -14,6 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr zSize kWriteBufferSize = zSize{64} << 10;
+
 // Where a path leads to, also when nothing is there yet.
 fs::path BehindLinks(fs::path path) {
   constexpr int kMostLinks = 40;  // a chain of more is a loop
@@ -21,7 +23,10 @@ fs::path BehindLinks(fs::path path) {
   for (int i = 0; i < kMostLinks && fs::is_symlink(path, refused); ++i) {
     const fs::path target = fs::read_symlink(path, refused);
     if (refused) break;
-    path = path.parent_path() / target;
+    const fs::path next = path.parent_path() / target;
+    // The open pipe of a process has a name that is none.
+    if (fs::exists(path, refused) && !fs::exists(fs::symlink_status(next, refused))) break;
+    path = next;
   }
   return path;
 }
@@ -51,18 +56,6 @@ bool CopyInto(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-OutputFile::~OutputFile() {
-  static_cast<void>(stream_.Release());
-  if (unfinishedInPlace_ && IsRegular(target_)) static_cast<void>(std::remove(target_.c_str()));
-}
-
-zStatus OutputFile::OpenInPlace() {
-  const zStatus opened =
-      zFile_Construct(stream_.Out(), target_.c_str(), zFILE_WRITE, &zAllocator::Default());
-  unfinishedInPlace_ = opened == zOK;
-  return opened;
-}
-
 zStatus OutputFile::Open(const std::string& path) {
   // A name with a zero in it, as a recording may suggest, would be cut there.
   if (path.find('\0') != std::string::npos) return zERROR_NOT_FOUND;
@@ -70,57 +63,52 @@ zStatus OutputFile::Open(const std::string& path) {
   target_ = target.string();
   std::error_code refused;
   const fs::file_type type = fs::status(target, refused).type();
+  const bool isNew = type == fs::file_type::not_found;
+  if (isNew ? !target.has_filename() : !MayWrite(target_)) return zERROR_NOT_FOUND;
   switch (type) {
     case fs::file_type::none:
     case fs::file_type::directory:
+    case fs::file_type::socket:
       return zERROR_NOT_FOUND;
     case fs::file_type::not_found:
-      if (!target.has_filename()) return zERROR_NOT_FOUND;
       break;
-    case fs::file_type::regular: {
-      if (!MayWrite(target_)) return zERROR_NOT_FOUND;
-      const std::uintmax_t links = fs::hard_link_count(target, refused);
+    case fs::file_type::regular:
+      inPlace_ = fs::hard_link_count(target, refused) > 1 || !MayWrite(FolderOf(target));
       if (refused) return zERROR_NOT_FOUND;
-      if (links > 1) return OpenInPlace();
       break;
-    }
-    case fs::file_type::fifo: {
-      const PipeReader reader(target_);
-      return reader.IsThere() ? OpenInPlace() : zERROR_NOT_FOUND;
-    }
+    case fs::file_type::fifo:
+      pipe_.emplace(target_);
+      if (!pipe_->IsThere()) return zERROR_NOT_FOUND;
+      inPlace_ = true;
+      break;
     default:
-      return OpenInPlace();
+      inPlace_ = true;
   }
 
-  const bool replaces = type == fs::file_type::regular;
-  if (replaces && !MayWrite(FolderOf(target))) return OpenInPlace();
-  partial_.emplace(target_);
+  partial_.emplace(inPlace_ ? (fs::temp_directory_path() / "output").string() : target_);
   const zStatus created = partial_->Create(stream_.Out());
-  if (created == zOK && replaces) CopyOwnership(target_, partial_->Path());
+  if (created == zOK && !inPlace_ && !isNew) CopyOwnership(target_, partial_->Path());
+  if (created == zOK) static_cast<void>(zFile_SetWriteBuffer(stream_.Get(), kWriteBufferSize));
   return created;
 }
 
 zStatus OutputFile::Finish() {
   if (stream_.Release() != zOK) return zERROR_STREAM;
   const bool sync = IsSyncWanted();
-  if (!partial_) {
-    if (sync && IsRegular(target_) && !SyncFile(target_)) return zERROR_STREAM;
-    unfinishedInPlace_ = false;
-    return zOK;
-  }
-  if (sync && !SyncFile(partial_->Path())) return zERROR_STREAM;
-  switch (Replace(partial_->Path(), target_)) {
-    case Replaced::done:
+  if (!inPlace_) {
+    if (sync && !SyncFile(partial_->Path())) return zERROR_STREAM;
+    const Replaced replaced = Replace(partial_->Path(), target_);
+    if (replaced == Replaced::failed) return zERROR_STREAM;
+    if (replaced == Replaced::done) {
       partial_->Forget();
-      break;
-    case Replaced::notHere:
-      if (!CopyInto(partial_->Path(), target_)) return zERROR_STREAM;
-      if (sync && !SyncFile(target_)) return zERROR_STREAM;
-      break;
-    case Replaced::failed:
-      return zERROR_STREAM;
+      return sync && !SyncFolder(FolderOf(target_)) ? zERROR_STREAM : zOK;
+    }
   }
-  return sync && !SyncFolder(FolderOf(target_)) ? zERROR_STREAM : zOK;
+  const bool copied = CopyInto(partial_->Path(), target_);
+  pipe_.reset();  // whose reader waits for its end
+  if (copied && (!sync || !IsRegular(target_) || SyncFile(target_))) return zOK;
+  if (IsRegular(target_)) static_cast<void>(std::remove(target_.c_str()));  // half of it
+  return zERROR_STREAM;
 }
 
 void RequireSeparateFiles(const Orv::Operation& operation, const std::vector<std::string>& outputs,

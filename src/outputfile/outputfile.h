@@ -6,8 +6,9 @@
 // and what it leads to is replaced; permissions and, where the system allows it, the owner stay.
 // With TRELVANE_SYNC=1 in the environment the bytes are on the disk before the name is.
 //
-// Written in place are devices, pipes (for whose reader it waits a few seconds), files with several
-// hard links, and files that may be written in a folder where no new one may be created.
+// Written in place, from a whole file in the folder for temporary files, are devices, pipes (for
+// whose reader it waits a few seconds), files with several hard links, and files that may be
+// written in a folder where no new one may be created.
 #pragma once
 
 #include <optional>
@@ -16,31 +17,32 @@
 #include <vector>
 
 #include "outputfile/partialfile.h"
+#include "outputfile/system.h"
 #include "sdk/object.h"
 
 class OutputFile {
  public:
   OutputFile() = default;
-  // An output that is not finished goes: the earlier file stays, and a file that had to be written
-  // in place is removed.
-  ~OutputFile();
+  // An output that is not finished goes, and the earlier file stays.
+  ~OutputFile() = default;
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
   // Begins an output; once only. Anything but zOK where no file can be written under that name.
   zStatus Open(const std::string& path);
-  // The stream to write to.
+  // The stream to write to. It can be moved back, whatever the output is.
   zStream Stream() const { return stream_.Get(); }
-  // Puts the output in its place. Anything but zOK when a byte of it could not be written.
+  bool HasFailed() const { return zFile_HasFailed(stream_.Get()); }
+  // Puts the output in its place. Anything but zOK when a byte of it could not be written. Where
+  // that happens to a file that is written in place, it is removed.
   zStatus Finish();
 
  private:
-  zStatus OpenInPlace();
-
   std::string target_;  // behind all links
+  bool inPlace_ = false;
+  std::optional<PipeReader> pipe_;  // keeps it open
   std::optional<PartialFile> partial_;
-  Orv::Object<void*> stream_;
-  bool unfinishedInPlace_ = false;
+  Orv::Object<void*> stream_;  // into the partial file; ends before it
 };
 
 // Refuses outputs of one run of which two have one name, or one is an input, whatever names and

@@ -6,9 +6,9 @@
 #include "formats/csv/writer.h"
 #include "getfilestream/getfilestream.h"
 #include "outputfile/outputfile.h"
+#include "outputfile/writefile.h"
 #include "statuses.h"
 #include "surfacefileconverter/filenames.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -31,17 +31,11 @@ bool IsWritten(const ReplaySourceInfo& source) {
          source.dataType == SURFACE_POINT_CLOUD;
 }
 
-Handle StreamOf(const Handle& message, FileType fileType, zAlloc alloc) {
+FillStream ContentOf(const Handle& message, FileType fileType, zAlloc alloc) {
   if (!message) kWriteMsg.Fail(kBadInput, "The inputted msg is Null");
-  Handle stream;
-  kWriteMsg.Require(zMemory_Construct(stream.Out(), alloc), "zMemory constructed failed");
-  GetMsgDataFileStream(message.Get(), fileType, stream.Get(), alloc);
-  return stream;
-}
-
-// A frame may be shorter than others; what is missing is an empty handle.
-Handle MessageOf(const Plovia::ReplayFrame& frame, zSize source) {
-  return source < frame.size() ? frame[source] : Handle();
+  return [&message, fileType, alloc](zStream stream) {
+    GetMsgDataFileStream(message.Get(), fileType, stream, alloc);
+  };
 }
 
 // Writes the messages of frames, as CSV where there is a job.
@@ -54,12 +48,12 @@ class FrameWriter {
   void Write(z32u index, bool single) {
     RequireExtension(target_.exportName);
     const std::vector<ReplaySourceInfo>& sources = recording_.sources;
-    if (recording_.frames.front().size() != sources.size()) {
+    if (recording_.MessageCount(0) != sources.size()) {
       kWriteMsgs.Fail(
           kBadInput, "The data source count is not equal to the message count in the first frame.");
     }
     for (const zSize source : WrittenSources(sources)) {
-      const Handle message = MessageOf(recording_.frames[index], source);
+      const Handle message = recording_.Message(index, source);
       const std::vector<std::string> names = Names(source, index, single);
       if (sources[source].arrayed == 0) {
         WriteMessage(message, names.front());
@@ -82,8 +76,7 @@ class FrameWriter {
   // One for each item of the source's message.
   std::vector<std::string> Names(zSize source, z32u index, bool single) const {
     const bool arrayed = recording_.sources[source].arrayed != 0;
-    const zSize count =
-        arrayed ? MxArrayMsg_Count(MessageOf(recording_.frames[index], source).Get()) : 1;
+    const zSize count = arrayed ? recording_.ItemCount(index, source) : 1;
     if (single && recording_.sources.size() == 1 && count == 1) return {target_.exportName};
     const std::string& tag = recording_.tags[source];
     if (!arrayed) return {FrameName(index, tag)};
@@ -107,7 +100,7 @@ class FrameWriter {
     if (job_ != nullptr) {
       WriteSurfaceCsv(message.Get(), recording_.dataType, *job_, name);
     } else if (target_.trial) {
-      static_cast<void>(StreamOf(message, target_.exportType, target_.alloc));
+      TryContent(ContentOf(message, target_.exportType, target_.alloc));
     } else {
       WriteMsg(message, name, target_.exportType, target_.alloc);
     }
@@ -119,12 +112,12 @@ class FrameWriter {
   CsvJob* job_;
 };
 
-void WriteFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target,
+void WriteFrames(const Recording& recording, const FrameChoice& choice, const FrameExport& target,
                  CsvJob* job) {
   FrameWriter writer(recording, target, job);
-  std::vector<Plovia::ReplayFrame>& frames = recording.frames;
+  const zSize frameCount = recording.frames.size();
   if (!choice.all) {
-    if (choice.frame >= frames.size()) {
+    if (choice.frame >= frameCount) {
       kExportFile.Fail(kBadInput, "The frame index must be less than the count of frames");
     }
     RequireSeparateFiles(kWriteMsgs, writer.Names(choice.frame, true), {target.inputName});
@@ -133,13 +126,12 @@ void WriteFrames(Recording& recording, const FrameChoice& choice, const FrameExp
   target.exportedNames.clear();
   RequireExtension(target.exportName);
   std::vector<std::string> names;
-  for (zSize i = 0; i < frames.size(); ++i) {
+  for (zSize i = 0; i < frameCount; ++i) {
     std::ranges::move(writer.Names(static_cast<z32u>(i), false), std::back_inserter(names));
   }
   RequireSeparateFiles(kWriteMsgs, names, {target.inputName});
-  for (zSize i = 0; i < frames.size(); ++i) {
+  for (zSize i = 0; i < frameCount; ++i) {
     writer.Write(static_cast<z32u>(i), false);
-    if (choice.release) std::ranges::fill(frames[i], Handle());
   }
 }
 
@@ -156,11 +148,8 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
   target.exportedNames.clear();
   for (zSize j = 0; j < sources.size(); ++j) {
     if (!IsProfileType(sources[j].dataType)) continue;
-    std::vector<Handle> messages;
-    messages.reserve(recording.frames.size());
-    for (const Plovia::ReplayFrame& frame : recording.frames) {
-      messages.push_back(MessageOf(frame, j));
-    }
+    const ProfileMessages messages{recording.frames.size(),
+                                   [&](zSize frame) { return recording.Message(frame, j); }};
     WriteProfilesCsv(messages, sources[j].arrayed != 0, job, names[j]);
     target.exportedNames.push_back(names[j]);
   }
@@ -178,11 +167,12 @@ std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources) 
   return written;
 }
 
-void ExportFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target) {
+void ExportFrames(const Recording& recording, const FrameChoice& choice,
+                  const FrameExport& target) {
   WriteFrames(recording, choice, target, nullptr);
 }
 
-z32s ExportCsv(Recording& recording, const FrameChoice& choice, const FrameExport& target) {
+z32s ExportCsv(const Recording& recording, const FrameChoice& choice, const FrameExport& target) {
   if (recording.fileType != OVREC) {
     kParseJob.Fail(kBadInput, "The import file type is not OVREC");
   }
@@ -198,5 +188,6 @@ z32s ExportCsv(Recording& recording, const FrameChoice& choice, const FrameExpor
 }
 
 void WriteMsg(const Handle& message, const std::string& path, FileType fileType, zAlloc alloc) {
-  WriteStream(StreamOf(message, fileType, alloc).Get(), path);
+  constexpr Orv::Operation kWriteStream{kUnit, "WriteStream"};
+  WriteFile(kWriteStream, path, ContentOf(message, fileType, alloc));
 }

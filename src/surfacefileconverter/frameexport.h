@@ -8,8 +8,7 @@
 // Which frames are exported.
 struct FrameChoice {
   bool all = false;
-  z32u frame = 0;        // otherwise
-  bool release = false;  // gives a frame's points up once they are written; it is empty then
+  z32u frame = 0;  // otherwise
 };
 
 // Where they go. Files are named after the export name.
@@ -29,8 +28,8 @@ std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources);
 // Write scan files or, with the settings of the archive's job, CSV: of a recording of profiles then
 // all frames in one file for each source. Throw Orv::Exception, and for CSV errors of the JSON
 // library. ExportCsv tells the number of sensors that the job knows.
-void ExportFrames(Recording& recording, const FrameChoice& choice, const FrameExport& target);
-z32s ExportCsv(Recording& recording, const FrameChoice& choice, const FrameExport& target);
+void ExportFrames(const Recording& recording, const FrameChoice& choice, const FrameExport& target);
+z32s ExportCsv(const Recording& recording, const FrameChoice& choice, const FrameExport& target);
 
 // Writes one message to a file of that kind. Throws Orv::Exception.
 void WriteMsg(const Orv::Object<void*>& message, const std::string& path, FileType fileType,

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "surfacefileconverter/recordingexport.h"
 
+#include "filesource.h"
 #include "formats/archive/writer.h"
+#include "outputfile/writefile.h"
 #include "statuses.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -22,67 +23,74 @@ DataSourceType MakeMessage(const ScanFile& file, const PcdOptions& options, Hand
                            zAlloc alloc, const Listener& listener) {
   switch (file.fileType) {
     case PRO:
-      GenerateProfileMsgFromBuffer(message, file.bytes, PRO, alloc);
+      GenerateProfileMsgFromBuffer(message, *file.bytes, PRO, alloc);
       return UNIFORM_PROFILE;
     case PCD:
-      GenerateSurfaceMsgFromBuffer(message, file.bytes, options, alloc, listener);
+      GenerateSurfaceMsgFromBuffer(message, *file.bytes, options, alloc, listener);
       return SURFACE_POINT_CLOUD;
     default:
-      GenerateSurfaceMsgFromBuffer(message, file.bytes, file.fileType, alloc);
+      GenerateSurfaceMsgFromBuffer(message, *file.bytes, file.fileType, alloc);
       return UNIFORM_SURFACE;
   }
 }
 
-void WriteRecording(const Plovia::ReplaySerializer& serializer, const std::string& exportName,
-                    FileType exportType, zAlloc alloc) {
-  const Plovia::ReplayStream replay = serializer.GetReplayStream(false);
+void WriteScan(const Handle& message, DataSourceType dataType, zStream stream) {
+  Plovia::ReplaySerializer serializer;
+  serializer.BeginReplay(stream, false);
+  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
+  serializer.WriteIndexInfo(0);
+  serializer.WriteData(message);
+  serializer.EndReplay();
+}
+
+void Export(const FillStream& fill, const std::string& exportName, FileType exportType,
+            zAlloc alloc) {
   if (exportType == OVREC) {
-    WriteReplayData(replay, "config/config.json", "config/jobs/config.json",
+    WriteReplayData(fill, "config/config.json", "config/jobs/config.json",
                     "config/jobs/live/_live.ovjob", exportName, alloc);
   } else {
-    WriteReplayStream(replay, exportName);
+    WriteFile({"surfacefileconverter", "WriteBuffer"}, exportName, fill);
   }
 }
 
 }  // namespace
 
-Plovia::ReplaySerializer MakeRecording(const ScanFile& file, const PcdOptions& options,
-                                       zAlloc alloc, const Listener& listener) {
+void WriteRecording(const ScanFile& file, const PcdOptions& options, zAlloc alloc,
+                    const Listener& listener, zStream stream) {
   Handle message;
   const DataSourceType dataType = MakeMessage(file, options, message, alloc, listener);
-  Plovia::ReplaySerializer serializer;
-  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
-  serializer.WriteIndexInfo(0);
-  serializer.WriteData(std::move(message));
-  return serializer;
+  WriteScan(message, dataType, stream);
 }
 
-Plovia::ReplaySerializer MakeRecording(const SurfaceDirectory& directory, zAlloc alloc) {
+void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream stream) {
   Plovia::ReplaySerializer serializer;
+  serializer.BeginReplay(stream, false);
   std::vector<ReplaySourceInfo> sources;
   for (const std::string& tag : directory.tags) {
     sources.push_back(MakeSource(tag, UNIFORM_SURFACE));
   }
   serializer.WriteScannerInfo({MakeScanner(std::move(sources))});
-  zBytes bytes;
   for (const std::vector<std::string>& frame : FilesByFrame(directory)) {
     serializer.WriteIndexInfo(0);
     for (const std::string& path : frame) {
-      ReadFileBuffer(path, bytes);
       Handle message;
-      GenerateSurfaceMsgFromBuffer(message, bytes, SUR, alloc);
-      serializer.WriteData(std::move(message));
+      GenerateSurfaceMsgFromBuffer(message, *OpenFile(path), SUR, alloc);
+      serializer.WriteData(message);
     }
   }
-  return serializer;
+  serializer.EndReplay();
 }
 
 void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
                 FileType exportType, zAlloc alloc, const Listener& listener) {
-  WriteRecording(MakeRecording(file, options, alloc, listener), exportName, exportType, alloc);
+  Handle message;
+  const DataSourceType dataType = MakeMessage(file, options, message, alloc, listener);
+  Export([&](zStream stream) { WriteScan(message, dataType, stream); }, exportName, exportType,
+         alloc);
 }
 
 void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,
                      FileType exportType, zAlloc alloc) {
-  WriteRecording(MakeRecording(directory, alloc), exportName, exportType, alloc);
+  Export([&](zStream stream) { WriteRecording(directory, alloc, stream); }, exportName, exportType,
+         alloc);
 }

@@ -11,14 +11,14 @@
 // A file of one scan, not yet decoded.
 struct ScanFile {
   FileType fileType = SRF;  // SRF, SUR, PRO or PCD
-  zBytes bytes;
+  zSourcePtr bytes;
 };
 
-// The recordings of one scan, and of all frames of a directory, before they are written. Throw
+// Write the recording of one scan, and of all frames of a directory, to a stream. Throw
 // Orv::Exception.
-Plovia::ReplaySerializer MakeRecording(const ScanFile& file, const PcdOptions& options,
-                                       zAlloc alloc, const Listener& listener);
-Plovia::ReplaySerializer MakeRecording(const SurfaceDirectory& directory, zAlloc alloc);
+void WriteRecording(const ScanFile& file, const PcdOptions& options, zAlloc alloc,
+                    const Listener& listener, zStream stream);
+void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream stream);
 
 // Write a recording of one scan, or of all frames of a directory, as .rep, or as an archive with
 // the platform's configuration from the folder config of the working directory. Of the options,

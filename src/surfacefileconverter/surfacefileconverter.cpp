@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
+#include "filesource.h"
 #include "outputfile/outputfile.h"
 #include "statuses.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -55,14 +55,11 @@ void SurfaceFileConverter::importFile(std::string fileName) {
   import = {};
   frameIndex = 0;
   inputName = fileName;
+  zSourcePtr file = OpenFile(fileName);
   if (IsRecordingType(*type)) {
-    auto file = std::make_shared<zBytes>();
-    ReadFileBuffer(fileName, *file);
-    import = ReadRecording(*type, std::move(file));
+    import = OpenRecording(*type, std::move(file));
   } else {
-    ScanFile file{*type, {}};
-    ReadFileBuffer(fileName, file.bytes);
-    import = std::move(file);
+    import = ScanFile{*type, std::move(file)};
   }
 }
 
@@ -91,7 +88,7 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
   if (std::visit(TypeOfImport(), import) == exportType) {
     kExport.Fail(kBadInput, "The import file type is same as the export file type");
   }
-  if (auto* recording = std::get_if<Recording>(&import)) {
+  if (const auto* recording = std::get_if<Recording>(&import)) {
     return exportRecording(*recording, exportName, exportType);
   }
   if (exportType != REP && exportType != OVREC) {
@@ -107,8 +104,8 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
   exportedFileNames = {exportName};
 }
 
-void SurfaceFileConverter::exportRecording(Recording& recording, const std::string& exportName,
-                                           FileType exportType) {
+void SurfaceFileConverter::exportRecording(const Recording& recording,
+                                           const std::string& exportName, FileType exportType) {
   if (exportType == REP || exportType == OVREC) {
     kExport.Fail(kNotImplemented, "This conversion hasn't been implemented");
   }
@@ -125,7 +122,7 @@ void SurfaceFileConverter::exportRecording(Recording& recording, const std::stri
         "The imported replay data doesn't belong to UNIFORM_PROFILE type, which can't be exported "
         "to a file whose extension is .pro");
   }
-  const FrameChoice choice{exportAll, frameIndex, releaseFrames};
+  const FrameChoice choice{exportAll, frameIndex};
   const FrameExport target{exportName, inputName, exportType,
                            allocator,  listener,  exportedFileNames};
   if (exportType == CSV) {

@@ -52,8 +52,7 @@ class SurfaceFileConverter {
   std::vector<std::string> getExportedFileNames() const { return exportedFileNames; }
 
   // Set by the command line:
-  bool exportAll = false;      // export every frame of a recording
-  bool releaseFrames = false;  // give a frame's points up once they are written; it is empty then
+  bool exportAll = false;  // export every frame of a recording
 
  private:
   bool isImported() const { return !std::holds_alternative<std::monostate>(import); }
@@ -66,7 +65,8 @@ class SurfaceFileConverter {
   PcdOptions& requirePcd(int line, const char* function, const char* otherwise,
                          const char* nothingImported = "No files have been imported yet");
 
-  void exportRecording(Recording& recording, const std::string& exportName, FileType exportType);
+  void exportRecording(const Recording& recording, const std::string& exportName,
+                       FileType exportType);
 
   std::variant<std::monostate, ScanFile, SurfaceDirectory, Recording> import;
   std::string inputName;  // as it was imported

@@ -8,22 +8,19 @@ namespace {
 using testing::ElementsAre;
 
 // Members as "name type size content", up to where the walk ends.
-std::vector<std::string> List(const zBytes& archive, zSize capacity = 512) {
-  const Handle stream = MakeStream();
-  MustBeOk(zMemory_Attach(stream.Get(), archive.data(), 0, archive.size(), archive.size()));
+std::vector<std::string> List(const zBytes& archive) {
+  const zSourcePtr source = SourceOf(archive);
   Handle tar;
-  if (zTar_Construct(tar.Out(), stream.Get(), zTAR_READ, DefaultAlloc()) != zOK) {
-    return {"no archive"};
-  }
+  if (zTar_Open(tar.Out(), source, DefaultAlloc()) != zOK) return {"no archive"};
   std::vector<std::string> members;
-  std::string name(capacity, '\0');
-  z32s type = 0;
-  z64u size = 0;
-  while (zTar_BeginRead(tar.Get(), name.data(), name.size(), &type, &size) == zOK) {
-    std::string content(std::min<z64u>(size, 100000), '\0');
-    const zStatus status = zStream_Read(tar.Get(), content.data(), content.size());
-    members.push_back(Orv::Format("%s %d %u %s", name.c_str(), type, size,
-                                  status == zOK ? content : "unreadable"));
+  zTarMember member;
+  while (zTar_Next(tar.Get(), &member) == zOK) {
+    std::string content = "unreadable";
+    if (member.offset + member.size <= archive.size()) {
+      content.resize(member.size);
+      source->Read(member.offset, content.data(), content.size());
+    }
+    members.push_back(Orv::Format("%s %d %u %s", member.name, member.type, member.size, content));
   }
   return members;
 }
@@ -45,7 +42,6 @@ TEST(Tar, ReadsBackItsOwnMembersAndWritesPlainHeaders) {
       MakeArchive({{"a.json", "{}"}, {"jobs", "", zTAR_DIRECTORY}, {"empty", ""}, {longName, "l"}});
   EXPECT_THAT(List(archive),
               ElementsAre("a.json 0 2 {}", "jobs/ 1 0 ", "empty 0 0 ", longName + " 0 1 l"));
-  EXPECT_THAT(List(archive, 4), testing::Contains("a.j 2 2 {}"));  // cut names are no files
   // One ustar header: mode, owner, group, size, time, checksum, type, magic.
   const std::string header(archive.begin(), archive.begin() + 512);
   EXPECT_EQ(header.substr(100, 24), std::string("000644 \000000000 \000000000 \0", 24));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <libdeflate.h>
 
+#include "filesource.h"
 #include "support/recordings.h"
 #include "support/temp_directory.h"
 #include "surfacefileconverter/surfacefileconverter.h"
@@ -27,11 +28,10 @@ std::string Crc32(const Bytes& bytes) {
 // Of the raw points in a recording; then scale and offset, to nine digits, enough to tell any
 // 32-bit float.
 std::string ProfileOf(const std::string& recording) {
-  const zBytes stream = ToBytes(ReadFile(recording));
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(stream);
+  reader.LoadBuffer(OpenFile(recording));
   reader.LoadDataIndexFiles();
-  const Handle profile = reader.ReadData(0).at(0);
+  const Handle profile = reader.ReadMessage(reader.ReadData(0).firstMessage);
   const zPoint3d64f& scale = *MxProfileMsg_Scale(profile.Get());
   const zPoint3d64f& offset = *MxProfileMsg_Offset(profile.Get());
   return Crc32(ItemsOf<z16s>(MxProfileMsg_PointsArray(profile.Get(), 0))) +

@@ -4,6 +4,7 @@
 #include "support/recordings.h"
 #include "support/scan_files.h"
 #include "support/sur_file.h"
+#include "support/temp_directory.h"
 
 namespace {
 
@@ -47,16 +48,18 @@ TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
     EXPECT_EQ(Thrown([&] { ReadScan(row.bytes, row.fileType); }), row.error);
   }
   Handle message;
-  EXPECT_EQ(Thrown([&] { GenerateProfileMsgFromBuffer(message, {}, SUR, DefaultAlloc()); }),
-            "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
+  EXPECT_EQ(
+      Thrown([&] { GenerateProfileMsgFromBuffer(message, *SourceOf({}), SUR, DefaultAlloc()); }),
+      "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
 }
 
 TEST(ScanFiles, AreWrittenFromMessagesOfTheirKindToAStreamThatTakesThem) {
   const Handle surface = MakeSurface(1, 1, {0});
   const Handle profile = MakeProfile(zType::z16s, 1);
-  const z8u buffer[1024]{};
-  const Handle readOnly = MakeStream();  // attached to memory, it cannot be written
-  MustBeOk(zMemory_Attach(readOnly.Get(), buffer, 0, sizeof buffer, sizeof buffer));
+  const TempDirectory directory;
+  Handle readOnly;
+  WriteFile("file", "x");
+  MustBeOk(zFile_Construct(readOnly.Out(), "file", zFILE_READ, DefaultAlloc()));
   const struct {
     FileType fileType;
     std::string name;

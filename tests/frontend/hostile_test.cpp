@@ -28,7 +28,7 @@ void Survive(const std::string& name, const zBytes& bytes, const std::string& ch
   EXPECT_LE(run.peakMemory, (z64u{64} << 20) + 4 * bytes.size());
 #endif
   Progress progress(1, false);
-  static_cast<void>(InspectFile(name, true, nullptr, progress));
+  static_cast<void>(InspectFile(name, Depth::check, {}, progress));
 }
 
 // The number of `size` bytes at each of these offsets lies.

@@ -17,7 +17,7 @@ namespace {
 
 FileFacts Inspect(const std::string& path, bool check = false) {
   Progress progress(1, false);
-  return InspectFile(path, check, nullptr, progress);
+  return InspectFile(path, check ? Depth::check : Depth::reading, {}, progress);
 }
 
 std::string Text(const FileFacts& facts, void (*write)(const FileFacts&, std::ostream&)) {
@@ -138,12 +138,41 @@ TEST_F(Inspection, KnowsHowLongAUnitIs) {
   EXPECT_EQ(told, expected);
 }
 
+// Whatever stands behind the first frame.
+TEST_F(Inspection, LooksQuicklyAtTheFirstFrameAndTheSummaryAlone) {
+  const auto quick = [](const zBytes& replay) {
+    std::string told;
+    WriteFile("a.rep", replay);
+    WriteFile("a.ovrec", MakeArchive({{"replay/buffer", ToText(replay)}}));
+    for (const char* name : {"a.rep", "a.ovrec"}) {
+      Progress progress(1, false);
+      const FileFacts facts = InspectFile(name, Depth::quick, {}, progress);
+      told += Orv::Format("%zu frames, %zu scans, %zu problems; ", facts.frames, facts.scans.size(),
+                          facts.problems.size());
+    }
+    return told;
+  };
+  for (const bool classic : {false, true}) {
+    const zBytes sound =
+        WriteRecording(MakeScanner(), {MakeFrame(1), MakeFrame(2), MakeFrame(3)}, classic);
+    // The array holds two scans.
+    EXPECT_EQ(quick(sound), "3 frames, 6 scans, 0 problems; 3 frames, 6 scans, 0 problems; ");
+    zBytes damaged = sound;
+    std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(sound.size() * 2 / 3), 100, z8u{1});
+    EXPECT_EQ(quick(damaged), quick(sound));
+    EXPECT_EQ(quick(First(sound, sound.size() * 2 / 3)),  // it has no end
+              "0 frames, 0 scans, 1 problems; 0 frames, 0 scans, 1 problems; ");
+    EXPECT_EQ(quick(WriteRecording(MakeScanner(), {}, classic)),
+              "0 frames, 0 scans, 0 problems; 0 frames, 0 scans, 0 problems; ");
+  }
+}
+
 TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   const Plovia::ReplayScannerInfo scanner = MakeScanner();
-  const Plovia::ReplayFrame frame = {MakeSurfaceWithIntensity(1), MakeCloud(2),
-                                     MakeProfile(zType::z16s, 3), MakeProfile(zType::zPoint16s, 4),
-                                     MakeArrayOf({MakeSurface(2, 1, {-32766, kInvalidRaw}),
-                                                  MakeCloudOf(1, 1, {{1, 2, kInvalidRaw}})})};
+  const Frame frame = {MakeSurfaceWithIntensity(1), MakeCloud(2), MakeProfile(zType::z16s, 3),
+                       MakeProfile(zType::zPoint16s, 4),
+                       MakeArrayOf({MakeSurface(2, 1, {-32766, kInvalidRaw}),
+                                    MakeCloudOf(1, 1, {{1, 2, kInvalidRaw}})})};
   Plovia::ReplayScannerInfo odd = scanner;
   odd.sources.resize(3);
   odd.sources[0].dataType = 11;

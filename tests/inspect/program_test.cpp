@@ -46,7 +46,8 @@ TEST_F(InspectProgram, DrawsWhatIsAskedFor) {
     const std::string place = Orv::Format("%zu %s", frame, scan.source);
     pictures[place] = DrawPicture(scan.scan, Orv::Format("d, frame %zu, %s", frame, scan.source));
   };
-  static_cast<void>(InspectFile("d", false, draw, progress));
+  static_cast<void>(InspectFile("d", Depth::reading,
+                                {[](zSize, const std::string&) { return true; }, draw}, progress));
   const struct {
     const char *options, *scans;  // in the page; the first one in the picture
     zSize points = 1'000'000;
@@ -81,10 +82,8 @@ TEST_F(InspectProgram, ListsTheFirstThousandScansInAPage) {
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources.resize(1);
   for (const zSize frames : {1000U, 1001U}) {
-    WriteFile(
-        "a.rep",
-        WriteRecording(scanner, std::vector<Plovia::ReplayFrame>(frames, {MakeSurface(1, 1, {5})}),
-                       false));
+    WriteFile("a.rep",
+              WriteRecording(scanner, std::vector<Frame>(frames, {MakeSurface(1, 1, {5})}), false));
     EXPECT_EQ(Look("--html x.html a.rep").exitCode, 0);
     const nlohmann::json facts = PageIn("x.html").at("facts");
     EXPECT_EQ(facts.at("scans").size(), 1000U);

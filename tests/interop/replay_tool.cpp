@@ -12,7 +12,9 @@ namespace {
 // Two scanners and three frames. The second scanner has one source for the frame's last two
 // messages, an empty surface and one without a valid point.
 zBytes Make(bool classic) {
+  const Handle stream = MakeStream();
   Plovia::ReplaySerializer serializer;
+  serializer.BeginReplay(stream.Get(), classic);
   serializer.WriteScannerInfo(
       {MakeScanner(),
        {"r4xxx", "Scanner-\xC3\xBC", "Scanner \xC3\xBC", {{"Left", "Left", 14, 0, 2}}}});
@@ -22,7 +24,8 @@ zBytes Make(bool classic) {
     serializer.WriteData(MakeSurface(0, 4, {}));
     serializer.WriteData(MakeSurface(2, 1, {kInvalidRaw, kInvalidRaw}));
   }
-  return serializer.GetReplayFile(classic);
+  serializer.EndReplay();
+  return BytesOf(stream.Get());
 }
 
 }  // namespace
@@ -32,7 +35,7 @@ int main(int argc, char** argv) {
   if (command == "make" && argc == 4) {
     WriteFile(argv[3], Make(std::string(argv[2]) == "classic"));
   } else if (command == "list" && argc == 3) {
-    std::cout << ReadRecording(ToBytes(ReadFile(argv[2])));
+    std::cout << ReadRecording(SourceOf(ToBytes(ReadFile(argv[2]))));
   } else {
     return 2;
   }

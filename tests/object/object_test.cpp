@@ -53,7 +53,7 @@ TEST(Object, SharesWhatItHolds) {
   second = std::move(same);
   first = std::move(second);
   EXPECT_FALSE(second);  // NOLINT(bugprone-use-after-move)
-  EXPECT_EQ(zMemory_Length(first.Get()), 1U);
+  EXPECT_EQ(zMemory_Bytes(first.Get()).size(), 1U);
 }
 
 TEST(Object, ResetReportsAReleaseThatFails) {

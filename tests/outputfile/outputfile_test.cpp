@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <future>
 
@@ -61,8 +62,10 @@ TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
       {
         OutputFile output;
         MustBeOk(output.Open(place.name));
-        MustBeOk(zStream_Write(output.Stream(), "whole", 5));
-        EXPECT_EQ(ReadFile(place.target), place.inPlace ? "" : before);
+        MustBeOk(zStream_Write(output.Stream(), "w-ole", 5));
+        MustBeOk(zStream_Seek(output.Stream(), 1));  // even where it goes into a pipe
+        MustBeOk(zStream_Write(output.Stream(), "h", 1));
+        EXPECT_EQ(ReadFile(place.target), before);
         EXPECT_EQ(AllFiles().size(), files.size() + (place.inPlace ? 0 : 1));
         if (finished) MustBeOk(output.Finish());
       }
@@ -70,8 +73,6 @@ TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
         files.insert("./" + place.target);
         EXPECT_EQ(ReadFile(place.target), "whole");
         EXPECT_EQ(fs::status(place.target).permissions(), place.mode);
-      } else if (place.inPlace) {
-        files.erase("./" + place.name);  // its other names have lost what they held
       } else {
         EXPECT_EQ(ReadFile(place.target), before);
       }
@@ -83,6 +84,7 @@ TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
 
 TEST(OutputFile, GoesIntoAPipeThatSomebodyReads) {
   const TempDirectory directory;
+  int ends[2];
   ASSERT_EQ(mkfifo("pipe", 0600), 0);
   auto reader = std::async(std::launch::async, [] { return ReadFile("pipe"); });
   OutputFile output;
@@ -90,6 +92,18 @@ TEST(OutputFile, GoesIntoAPipeThatSomebodyReads) {
   MustBeOk(zStream_Write(output.Stream(), "whole", 5));
   MustBeOk(output.Finish());
   EXPECT_EQ(reader.get(), "whole");
+  // One that a process has open, and that has no name of its own.
+  EXPECT_EQ(pipe(ends), 0);
+  fs::create_symlink("/dev/fd/" + std::to_string(ends[1]), "open");
+  {
+    OutputFile open;
+    MustBeOk(open.Open("open"));
+    MustBeOk(zStream_Write(open.Stream(), "x", 1));
+    MustBeOk(open.Finish());
+  }
+  char byte = 0;
+  EXPECT_EQ(read(ends[0], &byte, 1), 1);
+  EXPECT_EQ(byte, 'x');
 }
 
 TEST(OutputFile, CannotBeOpenedWhereNoFileCanStand) {

@@ -15,11 +15,11 @@ const std::string kSurface = mcap::Message(1, payloads::Surface());
 const std::string kFrame = mcap::FrameIndex() + kSurface;
 
 // The frames of a recording: "2/7:1" is the index entry 7, with one message, of the third segment.
-std::string Frames(const zBytes& stream) {
+std::string Frames(const zBytes& stream, zSize piece = 31) {
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(stream);
+  reader.LoadBuffer(SourceOf(stream, piece));
   std::string text;
-  ForEachFrame(reader, [&](z64u segment, z32u index, const Plovia::ReplayFrame& messages) {
+  ForEachFrame(reader, [&](z64u segment, z32u index, const Frame& messages) {
     text += Orv::Format("%u/%u:%u ", segment, index, messages.size());
   });
   return text;
@@ -61,13 +61,13 @@ TEST(RecordingReader, AcceptsWhatOtherToolsWrite) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    EXPECT_EQ(Frames(row.file), row.frames);
+    for (const zSize piece : {1U, 7U, 31U}) EXPECT_EQ(Frames(row.file, piece), row.frames) << piece;
   }
 
   const zBytes file =
       File(SourceChannel(40, "D") + SourceChannel(2, "B") + Chunk(SourceChannel(30, "C"), "lz4"));
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(file);
+  reader.LoadBuffer(SourceOf(file));
   std::string names;
   const auto scanner = reader.ReadScannerInfo().front();
   for (const auto& source : scanner.sources) names += source.name + " ";
@@ -152,6 +152,7 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << "row " << &row - rows << ": " << row.complaint);
     const std::string thrown = Thrown([&] { Frames(row.file); });
+    EXPECT_EQ(Thrown([&] { Frames(row.file, 1); }), thrown);
     EXPECT_THAT(thrown, AllOf(HasSubstr("damaged at byte offset"), HasSubstr(row.complaint)));
     // The check, which goes on after damage, finds the same.
     EXPECT_TRUE(std::ranges::any_of(
@@ -162,6 +163,15 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
   const zSize offset = file.size() - 8 - 29 - 13 - 31;  // magic, footer, data end, the message
   EXPECT_THAT(Thrown([&] { Frames(file); }),
               HasSubstr("at byte offset " + std::to_string(offset) + ":"));
+}
+
+// A few kilobytes can ask for any number of bytes, chunk after chunk.
+TEST(RecordingReader, UnpacksNoMoreThanTheSizeOfTheFileAllows) {
+  const std::string chunk =
+      mcap::Chunk(mcap::Record(0x80, std::string(zSize{140} << 20, '\0')), "zstd");
+  EXPECT_EQ(Frames(mcap::File(mcap::Chunk(kFrame) + chunk), 4096), "0/7:1 ");
+  EXPECT_THAT(Thrown([&] { Frames(mcap::File(chunk + chunk), 4096); }),
+              HasSubstr("hold more than a recording of this size may unpack to"));
 }
 
 // A stream is cut at every byte, and every byte of it takes several other values: it is read to the

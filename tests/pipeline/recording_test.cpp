@@ -11,39 +11,40 @@ INSTANTIATE_TEST_SUITE_P(Layouts, Recording, testing::Values(false, true),
                          [](const auto& layout) { return layout.param ? "classic" : "segmented"; });
 
 TEST_P(Recording, GivesBackFramesOfEveryKindOfMessage) {
-  const std::vector<Plovia::ReplayFrame> frames = {
+  const std::vector<Frame> frames = {
       MakeFrame(1), MakeFrame(2), {}, {MakeSurface(0, 4, {}), MakeArrayOf({})}, MakeFrame(-3)};
-  std::string expected = ReadRecording(WriteRecording(MakeScanner(), {}, true));
+  std::string expected = ReadRecording(SourceOf(WriteRecording(MakeScanner(), {}, true)));
   for (zSize i = 0; i < frames.size(); ++i) {
     expected += "frame " + std::to_string(40 + i) + "\n" + Describe(frames[i]);
   }
-  EXPECT_EQ(ReadRecording(WriteRecording(MakeScanner(), frames, GetParam())), expected);
+  const zBytes stream = WriteRecording(MakeScanner(), frames, GetParam());
+  for (const zSize piece : {1U, 7U, 31U, 1U << 20}) {
+    EXPECT_EQ(ReadRecording(SourceOf(stream, piece)), expected) << piece;
+  }
+  EXPECT_EQ(ReadRecording(std::make_shared<zMemorySource>(stream)), expected);
 }
 
-// Arrays of several kilobytes stay where they are; a small one between them is copied.
-TEST_P(Recording, IsTheSameInPiecesAsInOnePiece) {
-  const Handle large = MakeSurface(64, 33, std::vector<z16s>(64 * 33, 7));
-  Plovia::ReplaySerializer writer;
-  writer.WriteScannerInfo({MakeScanner()});
-  writer.WriteIndexInfo(40);
-  for (const Handle& message : {large, MakeCloud(1), large}) writer.WriteData(message);
-  const Plovia::ReplayStream pieces = writer.GetReplayStream(GetParam());
-  const zBytes whole = writer.GetReplayFile(GetParam());
-  const Handle stream = MakeStream();
-  EXPECT_EQ(pieces.WriteTo(stream.Get()), zOK);
-  EXPECT_EQ(BytesOf(stream.Get()), whole);
-  EXPECT_EQ(pieces.Size(), whole.size());
-  EXPECT_TRUE(CheckReplay(whole).empty());
+// An error of the device is told as it is, wherever it comes.
+TEST_P(Recording, EndsWithWhatItsSourceThrows) {
+  const zBytes stream = WriteRecording(MakeScanner(), {MakeFrame(1)}, GetParam());
+  std::string thrown;
+  for (zSize reads = 0; !thrown.empty() || reads == 0; ++reads) {
+    thrown = Thrown([&] { ReadRecording(std::make_shared<PiecedSource>(stream, 100, reads)); });
+    EXPECT_TRUE(thrown.empty() || thrown == "-997 Read: Failed to read it") << thrown;
+  }
 }
 
 TEST_P(Recording, GivesBackScannersAndSourcesInOrder) {
   const std::vector<Plovia::ReplayScannerInfo> scanners = {
       MakeScanner(), {"f", "Scanner-1", "n", {{"", "", 65535, 1, 7}}}, {}};
+  const Handle stream = MakeStream();
   Plovia::ReplaySerializer writer;
+  EXPECT_NE(Thrown([&] { writer.WriteScannerInfo(scanners); }), "");  // nothing has begun
+  writer.BeginReplay(stream.Get(), GetParam());
   writer.WriteScannerInfo(scanners);
-  const zBytes stream = writer.GetReplayFile(GetParam());
+  writer.EndReplay();
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(stream);
+  reader.LoadBuffer(SourceOf(BytesOf(stream.Get())));
   EXPECT_EQ(reader.ReadScannerInfo(), scanners);
   EXPECT_EQ(reader.GetReplayInfo().IsClassic(), GetParam());
   EXPECT_TRUE(reader.ReadIndexInfo().empty());
@@ -53,7 +54,7 @@ TEST_P(Recording, GivesBackScannersAndSourcesInOrder) {
 TEST_P(Recording, EndsAfterItsLastFrameAndTakesNoMessageWithoutASource) {
   const zBytes stream = WriteRecording(MakeScanner(), {MakeFrame(1)}, GetParam());
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(stream);
+  reader.LoadBuffer(SourceOf(stream));
   if (!GetParam()) {
     EXPECT_NE(Thrown([&] { reader.ReadData(0); }), "");  // before the first segment
     reader.LoadDataIndexFiles();
@@ -65,26 +66,21 @@ TEST_P(Recording, EndsAfterItsLastFrameAndTakesNoMessageWithoutASource) {
 }
 
 TEST_P(Recording, ItsMessagesOutliveItAndKeepTheirArraysApart) {
-  for (const bool owned : {false, true}) {
-    SCOPED_TRACE(owned ? "owned" : "not owned");
-    Handle surface = MakeSurfaceWithIntensity(9);
-    const std::string expected = Describe(surface.Get());
-    {
-      const auto stream = std::make_shared<zBytes>(
-          WriteRecording(MakeScanner(), {{surface}, MakeFrame(1)}, GetParam()));
-      Plovia::ReplaySerializer reader;
-      reader.LoadBuffer(*stream, owned ? stream : nullptr);
-      if (!GetParam()) reader.LoadDataIndexFiles();
-      surface = reader.ReadData(0).front();
-      reader.ReadData(1);
-      if (!owned) std::ranges::fill(*stream, z8u{0});
-    }
-    EXPECT_EQ(Describe(surface.Get()), expected);
-    const auto intensities = ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0));
-    std::ranges::fill(zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0)),
-                      z16s{-1});
-    EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
+  Handle surface = MakeSurfaceWithIntensity(9);
+  const std::string expected = Describe(surface.Get());
+  {
+    Plovia::ReplaySerializer reader;
+    reader.LoadBuffer(
+        SourceOf(WriteRecording(MakeScanner(), {{surface}, MakeFrame(1)}, GetParam())));
+    if (!GetParam()) reader.LoadDataIndexFiles();
+    surface = reader.ReadMessage(reader.ReadData(0).firstMessage);
+    EXPECT_NE(Describe(reader.ReadMessage(1).Get()), expected);
   }
+  EXPECT_EQ(Describe(surface.Get()), expected);
+  const auto intensities = ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0));
+  std::ranges::fill(zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(surface.Get(), 0)),
+                    z16s{-1});
+  EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
 }
 
 TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
@@ -94,9 +90,9 @@ TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
   const zBytes stream =
       WriteRecording(MakeScanner(), {{small}, {large}, {large}, {small}, {large}}, false);
   Plovia::ReplaySerializer reader;
-  reader.LoadBuffer(stream);
+  reader.LoadBuffer(SourceOf(stream, 1 << 20));
   std::string found;
-  ForEachFrame(reader, [&](z64u segment, z32u index, const Plovia::ReplayFrame& frame) {
+  ForEachFrame(reader, [&](z64u segment, z32u index, const Frame& frame) {
     found += Orv::Format("%u/%u:%u ", segment, index, MxSurfaceMsg_Width(frame.front().Get()));
   });
   EXPECT_EQ(found, "0/40:0 0/41:4096 0/42:4096 1/43:0 1/44:4096 ");

@@ -17,9 +17,9 @@ struct Member {
 inline zBytes MakeArchive(const std::vector<Member>& members) {
   const Handle stream = MakeStream();
   Handle tar;
-  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), zTAR_WRITE, DefaultAlloc()));
+  MustBeOk(zTar_Construct(tar.Out(), stream.Get(), DefaultAlloc()));
   for (const auto& [name, content, type] : members) {
-    MustBeOk(zTar_BeginWrite(tar.Get(), name.c_str(), type, content.size()));
+    MustBeOk(zTar_BeginWrite(tar.Get(), name.c_str(), type));
     MustBeOk(zStream_Write(tar.Get(), content.data(), content.size()));
   }
   MustBeOk(tar.Release());

@@ -26,7 +26,7 @@ inline Member MakeJob(const std::string& document) {
 // Exports a recording with that job to out.csv; tells the warnings and the names written, or the
 // error.
 inline std::string ExportCsv(const Member& job, const std::vector<ReplaySourceInfo>& sources,
-                             const std::vector<Plovia::ReplayFrame>& frames, bool classic = false) {
+                             const std::vector<Frame>& frames, bool classic = false) {
   const zBytes replay = WriteRecording({"f", "i", "n", sources}, frames, classic);
   WriteFile("in.ovrec", MakeArchive({job, {"replay/buffer", ToText(replay)}}));
   std::string told;

@@ -109,7 +109,7 @@ std::string Describe(MxMsg message) {
   return out.str();
 }
 
-std::string Describe(const Plovia::ReplayFrame& frame) {
+std::string Describe(const Frame& frame) {
   std::string text;
   for (const Handle& message : frame) text += Describe(message.Get()) + "\n";
   return text;
@@ -126,30 +126,40 @@ Plovia::ReplayScannerInfo MakeScanner() {
            {"Many", "Many", 14, 1, 0}}};
 }
 
-Plovia::ReplayFrame MakeFrame(int seed) {
+Frame MakeFrame(int seed) {
   return {MakeSurfaceWithIntensity(seed), MakeCloud(seed), MakeProfile(zType::z16s, seed),
           MakeProfile(zType::zPoint16s, seed),
           MakeArrayOf({MakeSurfaceWithIntensity(seed + 1), MakeCloud(seed + 1)})};
 }
 
-zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
-                      const std::vector<Plovia::ReplayFrame>& frames, bool classic) {
+zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner, const std::vector<Frame>& frames,
+                      bool classic) {
+  const Handle stream = MakeStream();
   Plovia::ReplaySerializer serializer;
+  serializer.BeginReplay(stream.Get(), classic);
   serializer.WriteScannerInfo({scanner});
   z32u index = 40;
-  for (const Plovia::ReplayFrame& frame : frames) {
+  for (const Frame& frame : frames) {
     serializer.WriteIndexInfo(index++);
     for (const Handle& message : frame) serializer.WriteData(message);
   }
-  return serializer.GetReplayFile(classic);
+  serializer.EndReplay();
+  return BytesOf(stream.Get());
 }
 
-std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay) {
+Frame MessagesOf(const Plovia::ReplaySerializer& reader, const Plovia::ReplayFrame& frame) {
+  Frame messages;
+  for (zSize i = 0; i < frame.messageCount; ++i) {
+    messages.push_back(reader.ReadMessage(frame.firstMessage + i));
+  }
+  return messages;
+}
+
+std::vector<Plovia::ReplayProblem> CheckReplay(const zBytes& replay) {
   std::vector<Plovia::ReplayProblem> problems;
   try {
     Plovia::ReplaySerializer serializer;
-    serializer.LoadDamaged(replay, problems);
-    ForEachFrame(serializer, [](z64u, z32u, const Plovia::ReplayFrame&) {});
+    serializer.LoadDamaged(SourceOf(replay), problems);
   } catch (const Orv::Exception&) {
     // There are as many problems as are kept.
   }
@@ -159,9 +169,9 @@ std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay) {
   return problems;
 }
 
-std::string ReadRecording(const zBytes& stream) {
+std::string ReadRecording(zSourcePtr stream) {
   Plovia::ReplaySerializer serializer;
-  serializer.LoadBuffer(stream);
+  serializer.LoadBuffer(std::move(stream));
   std::ostringstream out;
   for (const Plovia::ReplayScannerInfo& scanner : serializer.ReadScannerInfo()) {
     out << "scanner " << scanner.family << '|' << scanner.id << '|' << scanner.displayName << '\n';
@@ -170,7 +180,7 @@ std::string ReadRecording(const zBytes& stream) {
           << '|' << reserved << '\n';
     }
   }
-  ForEachFrame(serializer, [&](z64u, z32u index, const Plovia::ReplayFrame& frame) {
+  ForEachFrame(serializer, [&](z64u, z32u index, const Frame& frame) {
     out << "frame " << index << '\n' << Describe(frame);
   });
   return out.str();

@@ -2,7 +2,6 @@
 // Messages of every kind, and recordings of them.
 #pragma once
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -18,15 +17,19 @@ Handle MakeArrayOf(const std::vector<Handle>& items);
 
 // Everything that the public operations tell about a message, as text.
 std::string Describe(MxMsg message);
-std::string Describe(const Plovia::ReplayFrame& frame);
+// The messages of a frame.
+using Frame = std::vector<Handle>;
+std::string Describe(const Frame& frame);
 
 // A scanner with the sources "Top", "Cloud", "Line", "Trace" and "Many" (arrayed).
 Plovia::ReplayScannerInfo MakeScanner();
 // A frame for that scanner.
-Plovia::ReplayFrame MakeFrame(int seed);
+Frame MakeFrame(int seed);
 
-zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner,
-                      const std::vector<Plovia::ReplayFrame>& frames, bool classic);
+zBytes WriteRecording(const Plovia::ReplayScannerInfo& scanner, const std::vector<Frame>& frames,
+                      bool classic);
+
+Frame MessagesOf(const Plovia::ReplaySerializer& reader, const Plovia::ReplayFrame& frame);
 
 // Calls take(segment, index entry, messages) for one frame after the other.
 template <class Take>
@@ -35,12 +38,14 @@ void ForEachFrame(Plovia::ReplaySerializer& reader, const Take& take) {
   for (z64u part = 0; part < (classic ? 1 : reader.SegmentCount()); ++part) {
     if (!classic) reader.LoadDataIndexFiles();
     const std::vector<z32u> indexes = reader.ReadIndexInfo();
-    for (zSize i = 0; i < indexes.size(); ++i) take(part, indexes[i], reader.ReadData(i));
+    for (zSize i = 0; i < indexes.size(); ++i) {
+      take(part, indexes[i], MessagesOf(reader, reader.ReadData(i)));
+    }
   }
 }
 
 // All that can be read from a recording, as text: scanners, then frames, each with its index entry.
-std::string ReadRecording(const zBytes& stream);
+std::string ReadRecording(zSourcePtr stream);
 
 // Everything that is wrong in a recording stream, in the order of the offsets.
-std::vector<Plovia::ReplayProblem> CheckReplay(std::span<const z8u> replay);
+std::vector<Plovia::ReplayProblem> CheckReplay(const zBytes& replay);

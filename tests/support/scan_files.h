@@ -7,13 +7,14 @@
 
 // Throws what the conversion throws.
 inline Handle ReadScan(const zBytes& bytes, FileType fileType) {
+  const zSourcePtr file = SourceOf(bytes);
   Handle message;
   if (fileType == PRO) {
-    GenerateProfileMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
+    GenerateProfileMsgFromBuffer(message, *file, fileType, DefaultAlloc());
   } else if (fileType == PCD) {
-    GenerateSurfaceMsgFromBuffer(message, bytes, PcdOptions{}, DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(message, *file, PcdOptions{}, DefaultAlloc());
   } else {
-    GenerateSurfaceMsgFromBuffer(message, bytes, fileType, DefaultAlloc());
+    GenerateSurfaceMsgFromBuffer(message, *file, fileType, DefaultAlloc());
   }
   return message;
 }

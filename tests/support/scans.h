@@ -75,8 +75,34 @@ inline zBytes First(const zBytes& bytes, zSize size) {
 }
 
 inline zBytes BytesOf(zMemory stream) {
-  const auto* bytes = static_cast<const z8u*>(zMemory_At(stream, 0));
-  return {bytes, bytes + zMemory_Length(stream)};
+  const auto bytes = zMemory_Bytes(stream);
+  return {bytes.begin(), bytes.end()};
+}
+
+// Bytes that are read as those of a file are: not in memory, a few at a time, and perhaps only so
+// many times.
+class PiecedSource final : public zSource {
+ public:
+  explicit PiecedSource(zBytes bytes, zSize piece = 31, zSize reads = ~zSize{0})
+      : bytes_(std::move(bytes)), piece_(piece), readsLeft_(reads) {}
+
+  z64u Size() const noexcept override { return bytes_.size(); }
+  void Read(z64u offset, void* destination, zSize size) const override {
+    if (offset > bytes_.size() || size > bytes_.size() - offset) throw std::logic_error("outside");
+    if (readsLeft_-- == 0) throw Orv::Exception(0, "test", -997, "Read", "Failed to read it");
+    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), size,
+                static_cast<z8u*>(destination));
+  }
+  zSize Piece() const noexcept override { return piece_; }
+
+ private:
+  zBytes bytes_;
+  zSize piece_;
+  mutable zSize readsLeft_;
+};
+
+inline zSourcePtr SourceOf(const zBytes& bytes, zSize piece = 31) {
+  return std::make_shared<PiecedSource>(bytes, piece);
 }
 
 // What an operation throws, as "status function: message"; empty when it does not throw.

@@ -5,8 +5,9 @@
 
 #include <functional>
 
+#include "filesource.h"
+#include "outputfile/writefile.h"
 #include "support/csv_export.h"
-#include "wholefile.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ std::string Answer(SurfaceFileConverter& converter, const Operation& operation, 
 zBytes RecordingOf(z16u dataType, const Handle& message) {
   Plovia::ReplayScannerInfo scanner = MakeScanner();
   scanner.sources = {{"Top", "Top", dataType, 0, 0}};
-  return WriteRecording(scanner, std::vector<Plovia::ReplayFrame>(5, {message}), true);
+  return WriteRecording(scanner, std::vector<Frame>(5, {message}), true);
 }
 
 class Converter : public testing::Test {
@@ -120,28 +121,34 @@ TEST_F(Converter, CountsSensors) {
 
 TEST(WholeFile, IsReadAndWrittenWholeOrNotAtAll) {
   const TempDirectory directory;
-  zBytes bytes = {1, 2};
   WriteFile("empty", "");
-  EXPECT_EQ(Thrown([&] { ReadFileBuffer("empty", bytes); }),
-            "-997 ReadFileBuffer: The inputted file is empty");
-  EXPECT_EQ(bytes.size(), 2U);
+  EXPECT_EQ(Thrown([&] { OpenFile("empty"); }), "-997 ReadFileBuffer: The inputted file is empty");
   for (const char* path : {"missing", "."}) {
-    EXPECT_EQ(Thrown([&] { ReadFileBuffer(path, bytes); }),
+    EXPECT_EQ(Thrown([&] { OpenFile(path); }),
               std::string("-997 ReadFileBuffer: Failed to open ") + path);
   }
   ASSERT_EQ(mkfifo("pipe", 0600), 0);  // nobody writes into it
-  EXPECT_EQ(Thrown([&] { ReadFileBuffer("pipe", bytes); }),
-            "-997 ReadFileBuffer: Failed to read pipe");
+  EXPECT_EQ(Thrown([&] { OpenFile("pipe"); }), "-997 ReadFileBuffer: Failed to read pipe");
   WriteFile("long", std::string(100, 'x'));
   WriteBuffer({'a', 'b'}, "long");
   EXPECT_EQ(ReadFile("long"), "ab");
-  const Handle stream = MakeStream();
-  MustBeOk(zStream_Write(stream.Get(), "whole", 5));  // leaves the position at the end
-  WriteStream(stream.Get(), "stream");
-  EXPECT_EQ(ReadFile("stream"), "whole");
+  const zSourcePtr changed = OpenFile("long");
+  EXPECT_EQ(ReadAll(*changed), (zBytes{'a', 'b'}));
+  WriteFile("long", "other");  // by somebody else, in the middle of a run
+  EXPECT_EQ(Thrown([&] { ReadAll(*changed); }), "-997 ReadFileBuffer: Failed to read long");
+  const Orv::Operation write{"test", "Write"};
+  const auto refuse = [&](zStream stream) {
+    MustBeOk(zStream_Write(stream, "half", 4));
+    write.Fail(-1, "refused");
+  };
+  for (const char* path : {"long", "none/a"}) {  // the content's error comes first
+    EXPECT_EQ(Thrown([&] { WriteFile(write, path, refuse); }), "-1 Write: refused") << path;
+  }
+  EXPECT_EQ(ReadFile("long"), "other");
+  EXPECT_EQ(directory.Files(), (std::set<std::string>{"empty", "long", "pipe"}));
   if (!zFile_Exists("/dev/full")) GTEST_SKIP() << "NOT TESTED: there is no full device";
-  EXPECT_EQ(Thrown([&] { WriteStream(stream.Get(), "/dev/full"); }),
-            "-997 WriteStream: Failed to write /dev/full");
+  EXPECT_EQ(Thrown([&] { WriteBuffer({'a'}, "/dev/full"); }),
+            "-997 WriteBuffer: Failed to write /dev/full");
 }
 
 }  // namespace

@@ -24,9 +24,8 @@ std::string Export(SurfaceFileConverter& converter) {
 
 // The same for a frame, or for all, of a recording.
 constexpr int kAll = -1;
-std::string Export(const std::vector<ReplaySourceInfo>& sources,
-                   const std::vector<Plovia::ReplayFrame>& frames, int frame,
-                   bool classic = false) {
+std::string Export(const std::vector<ReplaySourceInfo>& sources, const std::vector<Frame>& frames,
+                   int frame, bool classic = false) {
   const TempDirectory directory;
   WriteFile("in.rep", WriteRecording({"f", "i", "n", sources}, frames, classic));
   SurfaceFileConverter converter;
@@ -66,22 +65,22 @@ TEST(FrameExport, NamesOneFileForEachSourceAndItem) {
             "o-Frame-0001_T.sur=3 -997 WriteMsg: The inputted msg is Null");
 }
 
-TEST(FrameExport, GivesFramesUpOnlyIfItShall) {
+TEST(FrameExport, ReadsFramesAsOftenAsTheyAreAskedFor) {
   const TempDirectory directory;
-  WriteFile("in.rep",
-            WriteRecording({"f", "i", "n", {{"Top", "T", 14, 0, 0}}}, {{k1}, {k2}}, false));
+  const auto write = [](const std::vector<Frame>& frames) {
+    WriteFile("in.rep", WriteRecording({"f", "i", "n", {{"Top", "T", 14, 0, 0}}}, frames, false));
+  };
+  write({{k1}, {k2}});
   SurfaceFileConverter converter;
   converter.importFile("in.rep");
   converter.setFrameIndex(1);
   const std::string all = "o-Frame-0000_T.sur=1 o-Frame-0001_T.sur=2 ";
-  converter.exportAll = true;
-  EXPECT_EQ(Export(converter), all);
-  converter.releaseFrames = true;
-  converter.exportAll = false;
-  EXPECT_EQ(Export(converter), all + "o.sur=2 ");
-  converter.exportAll = true;
-  EXPECT_EQ(Export(converter), all);
-  EXPECT_EQ(Export(converter), "-997 WriteMsg: The inputted msg is Null");
+  for (const bool every : {true, false, true}) {
+    converter.exportAll = every;
+    EXPECT_EQ(Export(converter), every ? all : all + "o.sur=2 ");
+  }
+  write({{k3}, {k1}});  // by somebody else
+  EXPECT_EQ(Export(converter), "-997 ReadFileBuffer: Failed to read in.rep");
   converter.importFile("in.rep");
   EXPECT_EQ(converter.getFrameIndex(), 0U);
 }

@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using z8u = std::uint8_t;
@@ -50,7 +51,6 @@ using zArrayList = zObject;
 using zStream = zObject;
 using zMemory = zObject;  // a zStream
 using zFile = zObject;    // a zStream
-using zSerializer = zObject;
 using zCoreLib = zObject;
 
 struct zPoint16s {
@@ -68,7 +68,7 @@ struct zPoint3d64f {
 static_assert(sizeof(zPoint3d64f) == 3 * sizeof(z64f));
 using zString = std::string;
 
-// Item types of arrays, lists and serialized primitives.
+// Item types of arrays, lists and primitives in streams.
 enum class zType : z8u {
   none,
   z8u,
@@ -198,35 +198,73 @@ zSize zArrayList_Count(zArrayList list) noexcept;
 // Address of an item, valid until the next Add; null past the end.
 const void* zArrayList_At(zArrayList list, zSize index) noexcept;
 
+// Sources -------------------------------------------------------------------------------------
+// Bytes that are read where and when they are needed, of a file or of a part of one.
+class zSource {
+ public:
+  virtual ~zSource() = default;
+
+  virtual z64u Size() const noexcept = 0;
+  // Reads `size` bytes from `offset` on, all of which lie inside. Throws what its owner has to say
+  // when they cannot be had, or are no longer what they were.
+  virtual void Read(z64u offset, void* destination, zSize size) const = 0;
+  // All of the bytes, where they are in memory; otherwise null.
+  virtual const z8u* Bytes() const noexcept { return nullptr; }
+  // How many bytes whoever needs all of them should read at a time.
+  virtual zSize Piece() const noexcept { return zSize{256} << 10; }
+};
+using zSourcePtr = std::shared_ptr<const zSource>;
+
+// Bytes in memory, which must outlive the source.
+class zMemorySource final : public zSource {
+ public:
+  explicit zMemorySource(std::span<const z8u> bytes) noexcept : bytes_(bytes) {}
+
+  z64u Size() const noexcept override { return bytes_.size(); }
+  void Read(z64u offset, void* destination, zSize size) const override;
+  const z8u* Bytes() const noexcept override { return bytes_.data(); }
+
+ private:
+  std::span<const z8u> bytes_;
+};
+
+// A part of another source, in which it lies.
+class zSourceWindow final : public zSource {
+ public:
+  zSourceWindow(zSourcePtr whole, z64u offset, z64u size) noexcept
+      : whole_(std::move(whole)), offset_(offset), size_(size) {}
+
+  z64u Size() const noexcept override { return size_; }
+  void Read(z64u offset, void* destination, zSize size) const override {
+    whole_->Read(offset_ + offset, destination, size);
+  }
+  const z8u* Bytes() const noexcept override {
+    return whole_->Bytes() == nullptr ? nullptr : whole_->Bytes() + offset_;
+  }
+  zSize Piece() const noexcept override { return whole_->Piece(); }
+
+ private:
+  zSourcePtr whole_;
+  z64u offset_, size_;
+};
+
 // Streams -------------------------------------------------------------------------------------
-// Reads exactly `size` bytes, or fails; after a failure the position is undefined.
-zStatus zStream_Read(zStream stream, void* destination, zSize size) noexcept;
 zStatus zStream_Write(zStream stream, const void* source, zSize size) noexcept;
-// Moves to `position` bytes from the start; before the start or past the end is a failure.
-zStatus zStream_Seek(zStream stream, z64s position) noexcept;
+// Moves to `position` bytes from the start, where writing goes on; past the end is a failure.
+zStatus zStream_Seek(zStream stream, z64u position) noexcept;
 
 // A memory stream that grows as it is written.
 zStatus zMemory_Construct(zMemory* stream, zAlloc alloc) noexcept;
-// Makes room for `capacity` bytes in all, so that writing them does not move the buffer.
-zStatus zMemory_Reserve(zMemory stream, zSize capacity) noexcept;
-// Lets the stream read `length` bytes at `buffer` without copying them. The buffer must outlive
-// the stream's use; an attached stream cannot be written. `position` <= `length` <= `capacity`.
-zStatus zMemory_Attach(zMemory stream, const void* buffer, zSize position, zSize length,
-                       zSize capacity) noexcept;
-zSize zMemory_Position(zMemory stream) noexcept;
-zSize zMemory_Length(zMemory stream) noexcept;
-// Address of the byte at `offset` <= length; null past the end, or when there is no buffer.
-const void* zMemory_At(zMemory stream, zSize offset) noexcept;
+// What was written, valid until the next write.
+std::span<const z8u> zMemory_Bytes(zMemory stream) noexcept;
 
-// Serializer of little-endian primitives over a stream, which must outlive it.
-zStatus zDat6Serializer_Construct(zSerializer* serializer, zStream stream, zAlloc alloc) noexcept;
-// Fills the first `count` items of `array` from the stream. `step` is always 1.
-zStatus zSerializer_ReadPrimitives(zSerializer serializer, zObject array, zSize count,
-                                   zSize step) noexcept;
-// `count` consecutive primitives of `type` (points are taken as their coordinates).
-zStatus zSerializer_Read(zSerializer serializer, zType type, void* items, zSize count) noexcept;
-zStatus zSerializer_Write(zSerializer serializer, zType type, const void* items,
-                          zSize count) noexcept;
+// A stream that takes whatever is written, and drops it.
+zStatus zNowhere_Construct(zStream* stream) noexcept;
+
+// Writes `count` consecutive primitives of `type` (points are taken as their coordinates),
+// little-endian.
+zStatus zStream_WritePrimitives(zStream stream, zType type, const void* items,
+                                zSize count) noexcept;
 
 // Files and directories -----------------------------------------------------------------------
 inline constexpr z32s zFILE_READ = 1;
@@ -235,12 +273,17 @@ inline constexpr z32s zFILE_NEW = 3;    // creates, and fails where there is a f
 
 // A path that exists and is no directory. A name the system cannot take does not exist.
 bool zFile_Exists(const char* path) noexcept;
-// Bytes of a file; 0 when it cannot be told.
-z64u zFile_Size(const char* path) noexcept;
 zStatus zFile_Construct(zFile* file, const char* path, z32s mode, zAlloc alloc) noexcept;
+// Bytes of a file that is open for reading, as it was opened; less than 0 when that cannot be told.
+z64s zFile_Size(zFile file) noexcept;
+// Reads exactly `size` bytes from `offset` on. Fails also when the file is no longer the one that
+// was opened: when it has another size, or was written to.
+zStatus zFile_Read(zFile file, z64u offset, void* destination, zSize size) noexcept;
 // Gives a file just opened a write buffer of `size` bytes. What is left in it is written when the
 // file is destroyed; that destruction reports a failed write.
 zStatus zFile_SetWriteBuffer(zFile file, zSize size) noexcept;
+// Whether a write has failed.
+bool zFile_HasFailed(zFile file) noexcept;
 
 bool zDirectory_Exists(const char* path) noexcept;
 // Appends the names (without the directory) of the files in `path` to a list of zString, in

@@ -3,8 +3,7 @@
 //
 // A raw value v stands for the real value v * scale + offset of its axis; -32768 in any coordinate
 // marks an invalid point. Accessors of a null or foreign handle return 0, null or false; setters
-// and constructors return a failing status for it. The arrays of a message from a recording are
-// copied into memory when they are first asked for; they are null when it cannot be had.
+// and constructors return a failing status for it.
 #pragma once
 
 #include "sdk/core.h"

@@ -5,9 +5,9 @@
 // was found; a chunk that was compressed adds the offset inside its uncompressed records.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -31,7 +31,7 @@ struct ReplaySourceInfo {
 
 namespace sdk::replay {
 class ReplayReader;
-struct FrameContent;
+class ReplayWriter;
 }  // namespace sdk::replay
 
 namespace Plovia {
@@ -52,36 +52,21 @@ struct ReplayInfo {
   bool IsClassic() const noexcept { return classic; }
 };
 
-// Messages of one frame, in the order in which they were written.
-using ReplayFrame = std::vector<Orv::Object<void*>>;
-
-// A finished recording in pieces: the messages' points stand where they are and are not copied, so
-// it must not outlive the serializer, and its messages must stay as they are.
-class ReplayStream {
- public:
-  z64u Size() const noexcept { return own_.size() + viewed_; }  // bytes
-  zBytes ToBytes() const;
-  // Writes all of it at the stream's position; gives the first status that is not zOK.
-  zStatus WriteTo(zStream stream) const noexcept;
-
-  void Append(std::span<const z8u> bytes) { own_.insert(own_.end(), bytes.begin(), bytes.end()); }
-  // Bytes that stay in place; few are copied all the same.
-  void AppendInPlace(std::span<const z8u> bytes);
-  void Append(const ReplayStream& other);
-
- private:
-  struct View {
-    zSize at;  // bytes of its own that come before
-    std::span<const z8u> bytes;
-  };
-
-  template <class Take>
-  zStatus InOrder(const Take& take) const;
-
-  zBytes own_;
-  std::vector<View> views_;
-  z64u viewed_ = 0;  // bytes of the views
+// A frame of a recording that is read: its index entry, and its messages by their numbers in the
+// whole recording, in the order in which they were written.
+struct ReplayFrame {
+  z32u index;
+  z64u firstMessage;
+  zSize messageCount;
 };
+
+// What the summary of a recording tells; nothing where it does not, or is damaged.
+struct ReplaySummary {
+  std::optional<z64u> frames, chunks;
+};
+
+// Takes a message while it is in memory, with its number in the recording.
+using MessageVisitor = std::function<void(z64u number, zObject message)>;
 
 // Something that is wrong in a recording stream.
 struct ReplayProblem {
@@ -89,13 +74,16 @@ struct ReplayProblem {
   std::optional<z64u> inChunk;  // then: in its uncompressed records
   std::string what;
   bool harmless = false;  // to reading: an index, the summary or a frame outside of segments
+  std::optional<z64u> message = {};  // the number of the one that is damaged
 
   bool operator==(const ReplayProblem&) const = default;
 };
 
 inline constexpr zSize kMostReplayProblems = 1000;
 
-// Reads one recording or writes one; an object does either.
+// Reads one recording or writes one; an object does either. Nothing large is held: the source is
+// read from beginning to end once, and then where a message is asked for; what is written goes into
+// the stream at once.
 class ReplaySerializer {
  public:
   ReplaySerializer();
@@ -103,17 +91,18 @@ class ReplaySerializer {
   ReplaySerializer(ReplaySerializer&&) noexcept;
   ReplaySerializer& operator=(ReplaySerializer&&) noexcept;
 
-  // Checks the stream's structure and checksums. The bytes must stay in place until the last
-  // read. The messages that were read do not depend on them: with an owner of the bytes, they
-  // share it and copy their points out of the stream when these are first needed, without one at
-  // once.
-  void LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner = nullptr);
+  // Checks the structure, the checksums and the messages of a stream. What the source throws passes
+  // through these and all that follow.
+  void LoadBuffer(zSourcePtr replay);
   // The same for a stream that may be damaged: what is wrong is added to the problems, up to
-  // kMostReplayProblems in all, and the reading goes on after it where it can. So it does in
-  // ReadData, where a message that is damaged becomes an empty handle, until there are as many
-  // problems; then either of them throws. What the indexes and the summary say is verified too.
-  // The list must outlive the last read.
-  void LoadDamaged(std::span<const z8u> replay, std::vector<ReplayProblem>& problems);
+  // kMostReplayProblems in all, and the reading goes on after it where it can; otherwise it throws.
+  // What the indexes and the summary say is verified too, and messages that are damaged are told
+  // last. Each message that is whole is given to `visit`.
+  void LoadDamaged(zSourcePtr replay, std::vector<ReplayProblem>& problems,
+                   const MessageVisitor& visit = {});
+  // Loads a stream up to the end of its first frame; besides, only its summary is read. No checksum
+  // is verified.
+  ReplaySummary LoadFirstFrame(zSourcePtr replay);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
 
@@ -125,26 +114,31 @@ class ReplaySerializer {
   // One entry for each frame of the recording (classic) or of the current segment.
   std::vector<z32u> ReadIndexInfo() const;
   // Classic: the frame with the position `which`. Segmented: the next frame of the current
-  // segment; `which`, the number of sources, is not needed to find it.
+  // segment; `which`, the number of sources, is not needed to find it. Unless LoadDamaged has told
+  // it, a message of the frame that is damaged is an error.
   ReplayFrame ReadData(z64u which);
+  // A message by its number, which is read and checked again.
+  Orv::Object<void*> ReadMessage(z64u number) const;
+  // How many items an array message has; 0 for another one.
+  zSize ItemCount(z64u number) const;
 
+  // Begins a recording in the classic or the segmented layout, which is written to a stream that
+  // can be moved back, from its start on. The stream must outlive the writing.
+  void BeginReplay(zStream stream, bool classic);
   void WriteScannerInfo(const std::vector<Plovia::ReplayScannerInfo>& scanners);
   // Begins a frame with this index entry.
   void WriteIndexInfo(z32u index);
-  // Adds a message to the frame. It is shared until the recording has been written out, so it must
-  // not be edited before.
-  void WriteData(Orv::Object<void*> message);
-  // The finished recording, in the classic or the segmented layout.
-  zBytes GetReplayFile(bool classic) const;
-  // The same bytes without a copy of the messages.
-  ReplayStream GetReplayStream(bool classic) const;
+  // Adds a message to the frame.
+  void WriteData(const Orv::Object<void*>& message);
+  // Completes the recording.
+  void EndReplay();
 
  private:
   sdk::replay::ReplayReader& Loaded(const char* function) const;
+  sdk::replay::ReplayWriter& Begun(const char* function) const;
 
-  std::vector<ReplayScannerInfo> scanners_;            // that are being written
-  std::vector<sdk::replay::FrameContent> frames_;      // likewise
-  std::unique_ptr<sdk::replay::ReplayReader> reader_;  // null until LoadBuffer
+  std::unique_ptr<sdk::replay::ReplayReader> reader_;  // null until it is loaded
+  std::unique_ptr<sdk::replay::ReplayWriter> writer_;  // null until it is begun, and after its end
 };
 
 }  // namespace Plovia

@@ -10,17 +10,7 @@ using sdk::As;
 
 namespace sdk {
 
-bool Array::Load() const noexcept {
-  if (items_ != nullptr) return true;
-  items_ = AllocateBlock(alloc_, Size(), Fill::none);
-  if (items_ == nullptr) return false;
-  if (Size() > 0) std::memcpy(items_.get(), source_.get(), Size());
-  source_.reset();
-  return true;
-}
-
 std::byte* Array::EditableItems() noexcept {
-  if (!Load()) return nullptr;
   if (items_.use_count() > 1) {
     Block copy = AllocateBlock(alloc_, Size(), Fill::none);
     if (copy == nullptr) return nullptr;

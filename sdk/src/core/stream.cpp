@@ -4,11 +4,15 @@
 using sdk::As;
 using sdk::Stream;
 
-zStatus zStream_Read(zStream stream, void* destination, zSize size) noexcept {
-  Stream* source = As<Stream>(stream);
-  if (source == nullptr || (destination == nullptr && size > 0)) return zERROR_PARAMETER;
-  return size == 0 ? zOK : source->Read(destination, size);
-}
+namespace {
+
+class Nowhere : public Stream {
+ public:
+  zStatus Write(const void* /*source*/, zSize /*size*/) noexcept override { return zOK; }
+  zStatus Seek(z64u /*position*/) noexcept override { return zOK; }
+};
+
+}  // namespace
 
 zStatus zStream_Write(zStream stream, const void* source, zSize size) noexcept {
   Stream* destination = As<Stream>(stream);
@@ -16,7 +20,18 @@ zStatus zStream_Write(zStream stream, const void* source, zSize size) noexcept {
   return size == 0 ? zOK : destination->Write(source, size);
 }
 
-zStatus zStream_Seek(zStream stream, z64s position) noexcept {
+zStatus zStream_WritePrimitives(zStream stream, zType type, const void* items,
+                                zSize count) noexcept {
+  const zSize size = zType_Size(type);
+  if (size == 0 || count > static_cast<zSize>(-1) / size) return zERROR_PARAMETER;
+  return zStream_Write(stream, items, count * size);
+}
+
+zStatus zStream_Seek(zStream stream, z64u position) noexcept {
   Stream* moved = As<Stream>(stream);
   return moved == nullptr ? zERROR_PARAMETER : moved->Seek(position);
+}
+
+zStatus zNowhere_Construct(zStream* stream) noexcept {
+  return sdk::HandOut(stream, sdk::Make<Nowhere>());
 }

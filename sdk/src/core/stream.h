@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What all streams can do; one that cannot fails.
+// What can be written.
 #pragma once
 
 #include "core/object.h"
@@ -8,9 +8,8 @@ namespace sdk {
 
 class Stream : public SharedObject {
  public:
-  virtual zStatus Read(void* /*destination*/, zSize /*size*/) noexcept { return zERROR_STREAM; }
-  virtual zStatus Write(const void* /*source*/, zSize /*size*/) noexcept { return zERROR_STREAM; }
-  virtual zStatus Seek(z64s /*position*/) noexcept { return zERROR_PARAMETER; }
+  virtual zStatus Write(const void* source, zSize size) noexcept = 0;
+  virtual zStatus Seek(z64u position) noexcept = 0;
 };
 
 }  // namespace sdk

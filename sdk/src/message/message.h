@@ -77,7 +77,7 @@ const Value* ValueOf(MxMsg message, Value Scan::*field) noexcept {
 template <class Kind>
 zObject ArrayOf(MxMsg message, Owned<Array> Scan::*field) noexcept {
   const Kind* scan = As<Kind>(message);
-  if (scan == nullptr || scan->*field == nullptr || !(scan->*field)->Load()) return nullptr;
+  if (scan == nullptr || scan->*field == nullptr) return nullptr;
   return ToHandle((scan->*field).get());
 }
 
@@ -88,7 +88,6 @@ zStatus CopyArray(MxMsg message, Owned<Array> Scan::*field, zObject source) noex
   const Array* items = As<Array>(source);
   if (scan == nullptr || items == nullptr || scan->*field == nullptr) return zERROR_PARAMETER;
   if (!(scan->*field)->SameShape(*items)) return zERROR_PARAMETER;
-  if (!items->Load()) return zERROR_MEMORY;
   (scan->*field)->ShareItemsOf(*items);
   return zOK;
 }

@@ -49,7 +49,7 @@ zArray2 MxSurfaceMsg_PointsArray(MxMsg message, z64u /*index*/) noexcept {
 
 const void* MxSurfaceMsg_Points(MxMsg message, zSize row) noexcept {
   const Surface* surface = As<Surface>(message);
-  if (surface == nullptr || row >= surface->Length() || !surface->points->Load()) return nullptr;
+  if (surface == nullptr || row >= surface->Length()) return nullptr;
   return surface->points->Items() +
          row * surface->Width() * zType_Size(surface->points->ItemType());
 }
@@ -83,7 +83,6 @@ zArray2 MxSurfaceMsg_Intensities(MxMsg message, z64u /*index*/) noexcept {
 const z8u* MxSurfaceMsg_IntensityAt(MxMsg message, zSize row, zSize column) noexcept {
   const Surface* surface = As<Surface>(message);
   if (surface == nullptr || surface->intensities == nullptr) return nullptr;
-  if (!surface->intensities->Load()) return nullptr;
   if (row >= surface->Length() || column >= surface->Width()) return nullptr;
   return reinterpret_cast<const z8u*>(surface->intensities->Items()) + row * surface->Width() +
          column;

@@ -57,42 +57,57 @@ struct Zstd {
 };
 
 template <class Codec>
-zBytes Inflate(Bytes input, z64u declaredSize, const Place& place) {
+void Inflate(const CompressedChunk& chunk, PieceReader& reader, z64u budget, zBytes& output) {
   constexpr z64u kFirstSize = z64u{1} << 20;
+  const Place place{chunk.offset, std::nullopt};
+  const z64u most = std::min(chunk.unpackedSize, budget);
   Codec codec;
-  zBytes output(static_cast<zSize>(std::min(declaredSize, kFirstSize)));
+  // What a chunk before has taken is there.
+  if (output.size() > most || output.size() < std::min(most, kFirstSize)) {
+    output.resize(static_cast<zSize>(std::min(most, kFirstSize)));
+  }
   zSize done = 0;
   bool complete = false;
+  z64u left = chunk.packedSize;
+  Bytes input;
   for (;;) {
+    if (input.empty() && left > 0) {
+      input = reader.Take(static_cast<zSize>(std::min<z64u>(left, zSize{64} << 10)));
+      left -= input.size();
+    }
     zSize inputSize = input.size();
     zSize outputSize = output.size() - done;
     complete = codec.Step(input.data(), inputSize, output.data() + done, outputSize);
     input = input.subspan(inputSize);
     done += outputSize;
-    if (complete && input.empty()) break;
+    if (complete && input.empty() && left == 0) break;
     if (inputSize != 0 || outputSize != 0) continue;
     // No progress: the input ended inside a frame, or the output is full.
     if (done < output.size()) break;
-    if (done == declaredSize) {
+    if (done == chunk.unpackedSize) {
       ThrowDamage(place, "the chunk's records are longer than the %llu bytes it declares",
-                  declaredSize);
+                  chunk.unpackedSize);
     }
-    output.resize(static_cast<zSize>(std::min<z64u>(declaredSize, z64u{2} * done)));
+    if (done == most) {
+      ThrowDamage(place,
+                  "the compressed chunks hold more than a recording of this size may unpack to");
+    }
+    output.resize(static_cast<zSize>(std::min<z64u>(most, z64u{2} * done)));
   }
-  if (!complete || done != declaredSize) {
-    ThrowDamage(place, "the chunk declares %llu bytes of records, %zu came out%s", declaredSize,
-                done, complete ? "" : " before its data ended");
+  if (!complete || done != chunk.unpackedSize) {
+    ThrowDamage(place, "the chunk declares %llu bytes of records, %zu came out%s",
+                chunk.unpackedSize, done, complete ? "" : " before its data ended");
   }
-  return output;
+  output.resize(done);
 }
 
 }  // namespace
 
-zBytes Decompress(const Chunk& chunk, const Place& place) {
-  const Bytes records = chunk.records.bytes;
+void Decompress(const CompressedChunk& chunk, PieceReader& reader, z64u budget, zBytes& records) {
+  const Place place{chunk.offset, std::nullopt};
   try {
-    if (chunk.compression == "lz4") return Inflate<Lz4>(records, chunk.uncompressedSize, place);
-    if (chunk.compression == "zstd") return Inflate<Zstd>(records, chunk.uncompressedSize, place);
+    if (chunk.compression == "lz4") return Inflate<Lz4>(chunk, reader, budget, records);
+    if (chunk.compression == "zstd") return Inflate<Zstd>(chunk, reader, budget, records);
   } catch (const std::string_view& complaint) {
     ThrowDamage(place, "the chunk cannot be decompressed: %s", complaint);
   }

@@ -21,12 +21,8 @@ class FieldWriter {
   void operator()(const char*, const Bytes32& data) {
     PutCounted(static_cast<z32u>(data.bytes.size()), data.bytes.data());
   }
-  void operator()(const char*, const Bytes64& data) {
-    PutCounted(z64u{data.bytes.size()}, data.bytes.data());
-  }
-  void operator()(const char*, const RestBytes& data) {
-    PutBytes(data.bytes.data(), data.bytes.size());
-  }
+  void operator()(const char* name, const Bulk64& data) { (*this)(name, data.size); }
+  void operator()(const char*, const RestBulk&) {}
   template <class Key, class Value>
   void operator()(const char*, const std::vector<std::pair<Key, Value>>& entries) {
     const zSize lengthAt = out_.size();

@@ -22,7 +22,6 @@ class PayloadBuilder {
   explicit PayloadBuilder(const sdk::Message& message);
 
   zSize Size() const { return builder_.GetSize(); }
-  // The arrays are not copied here either.
   void AppendTo(StreamWriter& writer) const;
 
  private:
@@ -40,21 +39,13 @@ class PayloadBuilder {
 };
 
 // Reads payloads, one after the other. Each is copied into aligned memory and verified there: in a
-// stream nothing is aligned, and what is verified must not change any more. Who owns the points of
-// the message then:
-// - Without an owner of the payload (a look into a file, a compressed chunk), the copy. Its memory
-//   serves the next payload as soon as nobody holds it.
-// - With an owner (an import), the payload: the arrays share the owner and copy their items out
-// when
-//   these are first needed. So of a thousand frames only those take memory that are exported.
-// - With an owner, and points that keep the copy (a recording of one message), the copy; this
-// spares
-//   a second one. Intensities share the payload all the same.
+// stream nothing is aligned, and what is verified must not change any more. The arrays of the
+// message lie in the copy, whose memory serves the next payload as soon as nobody holds it.
 class PayloadReader {
  public:
-  // The message in a payload that stands at `place`. Throws Orv::Exception for damage.
-  Orv::Object<void*> Read(Bytes payload, const std::shared_ptr<const void>& owner,
-                          bool pointsKeepCopy, const Place& place);
+  // The message in a payload of `size` bytes, before which the reader stands at `place`. Throws
+  // Orv::Exception for damage.
+  Orv::Object<void*> Read(PieceReader& reader, z64u size, const Place& place);
 
  private:
   Block copy_;

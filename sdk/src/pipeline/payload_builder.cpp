@@ -69,9 +69,6 @@ PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSi
 
 template <class Item>
 flatbuffers::Offset<flatbuffers::Vector<Item>> PayloadBuilder::LeaveHole(const Array& array) {
-  if (!array.Load()) {
-    kOperation.Fail(zERROR_MEMORY, "There is not enough memory for a message of the recording");
-  }
   // Points are runs of 16-bit coordinates.
   Item* items = nullptr;
   const flatbuffers::Offset<flatbuffers::Vector<Item>> vector =
@@ -110,7 +107,7 @@ void PayloadBuilder::AppendTo(StreamWriter& writer) const {
   for (auto hole = holes_.rbegin(); hole != holes_.rend(); ++hole) {
     const zSize start = Size() - hole->fromEnd;
     writer.Append(buffer + done, start - done);
-    writer.AppendInPlace(hole->array->Items(), hole->array->Size());
+    writer.Append(hole->array->Items(), hole->array->Size());
     done = start + hole->array->Size();
   }
   writer.Append(buffer + done, Size() - done);

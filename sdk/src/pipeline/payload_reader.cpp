@@ -32,18 +32,11 @@ MxStamp ToStamp(const fb::Stamp* stamp) {
           stamp->inputs(),  {stamp->reserved0(), stamp->reserved1(), stamp->reserved2()}};
 }
 
-// Turns one verified payload into messages. Their arrays look into its aligned copy or, where the
-// payload has an owner, into the payload.
+// Turns the aligned copy of one verified payload into messages, whose arrays lie in it.
 class MessageReader {
  public:
-  MessageReader(Block copy, Bytes payload, std::shared_ptr<const void> owner, bool pointsKeepCopy,
-                const Place& place)
-      : copy_(std::move(copy)),
-        payload_(payload),
-        owner_(std::move(owner)),
-        pointsKeepCopy_(pointsKeepCopy),
-        bytesLeft_(payload.size()),
-        place_(place) {}
+  MessageReader(Block copy, zSize size, const Place& place)
+      : copy_(std::move(copy)), bytesLeft_(size), place_(place) {}
 
   Owned<sdk::Message> Read(const fb::ScanMessage& message) {
     if (message.data_type() == fb::ScanData::Array && message.data() != nullptr) {
@@ -122,14 +115,8 @@ class MessageReader {
     if (vector != nullptr) {
       start = static_cast<zSize>(reinterpret_cast<const std::byte*>(vector->data()) - copy_.get());
     }
-    zAlloc alloc = &zAllocator::Default();
-    // Were intensities to share the copy too, an edit of the points would copy them again.
-    const bool inCopy = owner_ == nullptr || (pointsKeepCopy_ && type != zType::z8u);
-    if (inCopy) {
-      return Checked(Make<Array>(type, length0, length1, Block(copy_, copy_.get() + start), alloc));
-    }
-    return Checked(Make<Array>(type, length0, length1,
-                               std::shared_ptr<const z8u>(owner_, payload_.data() + start), alloc));
+    return Checked(Make<Array>(type, length0, length1, Block(copy_, copy_.get() + start),
+                               &zAllocator::Default()));
   }
 
   // A FlatBuffer may refer to the same table or vector many times. What the messages hold together
@@ -154,39 +141,34 @@ class MessageReader {
   }
 
   Block copy_;
-  Bytes payload_;
-  std::shared_ptr<const void> owner_;  // of the payload; null: it may go
-  bool pointsKeepCopy_;
   z64u bytesLeft_;
   Place place_;
 };
 
 }  // namespace
 
-Orv::Object<void*> PayloadReader::Read(Bytes payload, const std::shared_ptr<const void>& owner,
-                                       bool pointsKeepCopy, const Place& place) {
-  if (payload.size() >= FLATBUFFERS_MAX_BUFFER_SIZE) {
-    ThrowDamage(place, "a message of %zu bytes is larger than a FlatBuffer can be", payload.size());
+Orv::Object<void*> PayloadReader::Read(PieceReader& reader, z64u payloadSize, const Place& place) {
+  if (payloadSize >= FLATBUFFERS_MAX_BUFFER_SIZE) {
+    ThrowDamage(place, "a message of %llu bytes is larger than a FlatBuffer can be", payloadSize);
   }
-  if (copy_ == nullptr || copy_.use_count() > 1 || payload.size() > capacity_) {
+  const auto size = static_cast<zSize>(payloadSize);
+  if (copy_ == nullptr || copy_.use_count() > 1 || size > capacity_) {
     copy_.reset();
-    copy_ = AllocateBlock(&zAllocator::Default(), payload.size(), Fill::none);
+    copy_ = AllocateBlock(&zAllocator::Default(), size, Fill::none);
     if (copy_ == nullptr) FailOfMemory();
-    capacity_ = payload.size();
+    capacity_ = size;
   }
-  std::ranges::copy(payload, reinterpret_cast<z8u*>(copy_.get()));
+  reader.ReadInto(copy_.get(), size);
 
   constexpr flatbuffers::uoffset_t kMaxDepth = 8;  // message, array, item, scan
-  const auto maxTables = static_cast<flatbuffers::uoffset_t>(payload.size() / 4 + 1);
-  flatbuffers::Verifier verifier(reinterpret_cast<const z8u*>(copy_.get()), payload.size(),
-                                 kMaxDepth, maxTables);
+  const auto maxTables = static_cast<flatbuffers::uoffset_t>(size / 4 + 1);
+  flatbuffers::Verifier verifier(reinterpret_cast<const z8u*>(copy_.get()), size, kMaxDepth,
+                                 maxTables);
   if (!fb::VerifyScanMessageBuffer(verifier)) {
-    ThrowDamage(place, "the message of %zu bytes is no intact FlatBuffer of a scan",
-                payload.size());
+    ThrowDamage(place, "the message of %zu bytes is no intact FlatBuffer of a scan", size);
   }
   const fb::ScanMessage& message = *fb::GetScanMessage(copy_.get());
-  MessageReader reader(copy_, payload, owner, pointsKeepCopy, place);
-  return Orv::Object<void*>(ToHandle(reader.Read(message).release()));
+  return Orv::Object<void*>(ToHandle(MessageReader(copy_, size, place).Read(message).release()));
 }
 
 }  // namespace sdk::replay

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The records of an MCAP file (https://mcap.dev/spec), each described once: Fields walks a
-// record's fields in file order, for the reader as for the writer. Texts and bytes are views.
+// record's fields in file order, for the reader as for the writer. Texts and bytes are views; of
+// what may be larger than memory, a record tells only the size.
 #pragma once
 
 #include <span>
@@ -39,15 +40,17 @@ using TextMap = std::vector<std::pair<std::string_view, std::string_view>>;
 using OffsetMap = std::vector<std::pair<z16u, z64u>>;     // channel id to number
 using IndexEntries = std::vector<std::pair<z64u, z64u>>;  // log time, offset
 
-// Bytes behind a length field of that many bits, and bytes up to the end of the record.
+// Bytes behind a length field of 32 bits.
 struct Bytes32 {
   Bytes bytes;
 };
-struct Bytes64 {
-  Bytes bytes;
+// Bytes behind a length field of 64 bits, and bytes up to the end of the record: where they begin
+// in its content, and how many they are. They are written by themselves.
+struct Bulk64 {
+  z64u start = 0, size = 0;
 };
-struct RestBytes {
-  Bytes bytes;
+struct RestBulk {
+  z64u start = 0, size = 0;
 };
 
 struct Header {
@@ -110,7 +113,7 @@ struct Message {
   z32u sequence = 0;
   z64u logTime = 0;      // nanoseconds
   z64u publishTime = 0;  // nanoseconds
-  RestBytes data;
+  RestBulk data;
 
   static void Fields(auto& message, auto& field) {
     field("channel_id", message.channelId);
@@ -128,7 +131,7 @@ struct Chunk {
   z64u uncompressedSize = 0;
   z32u uncompressedCrc = 0;
   std::string_view compression;
-  Bytes64 records;
+  Bulk64 records;
 
   static void Fields(auto& chunk, auto& field) {
     field("message_start_time", chunk.messageStartTime);

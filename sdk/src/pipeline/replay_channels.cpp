@@ -40,11 +40,11 @@ void ReplayChannels::AddChannel(const RawRecord& record) {
   }
   const auto known = channels_.find(channel.id);
   if (known != channels_.end()) {
-    if (std::ranges::equal(known->second.content, record.content)) return;
+    if (std::ranges::equal(known->second.content, record.head)) return;
     ThrowDamage(record.place, "channel %u is told twice, with different contents", channel.id);
   }
 
-  const zBytes content(record.content.begin(), record.content.end());
+  const zBytes content(record.head.begin(), record.head.end());
   Known added{Kind::other, content, record.place, 0, {}};
   const TextMap& metadata = channel.metadata;
   if (channel.topic == kFrameIndexTopic) {

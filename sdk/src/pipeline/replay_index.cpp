@@ -5,18 +5,19 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "pipeline/decompress.h"
 #include "pipeline/replay_channels.h"
 #include "pipeline/replay_names.h"
+#include "pipeline/replay_summary.h"
 #include "pipeline/summary_check.h"
 
 namespace sdk::replay {
 
 namespace {
 
-z32u ParseFrameIndex(Bytes data, const Place& place) {
+z32u ParseFrameIndex(PieceReader& reader, z64u size, const Place& place) {
   constexpr zSize kLongest = 256;  // one small number, and room for white space
-  if (data.size() <= kLongest) {
+  const Bytes data = reader.Look(static_cast<zSize>(std::min<z64u>(size, kLongest)));
+  if (size <= kLongest) {
     const auto document = nlohmann::json::parse(data.begin(), data.end(), nullptr, false);
     if (document.is_object() && document.size() == 1 && document.contains("index") &&
         document["index"].is_number_unsigned()) {
@@ -29,9 +30,18 @@ z32u ParseFrameIndex(Bytes data, const Place& place) {
               std::string_view(reinterpret_cast<const char*>(data.data()), shown));
 }
 
+// Ends a walk that goes no further than the first frame.
+struct FirstFrameIsRead {};
+
 class Indexer {
  public:
-  Indexer(Bytes stream, DamageLog* log) : stream_(stream), log_(log) {
+  Indexer(const zSource& stream, PayloadReader& payloads, DamageLog* log,
+          const Plovia::MessageVisitor& visit)
+      : stream_(stream),
+        payloads_(payloads),
+        log_(log),
+        visit_(visit),
+        budget_(UnpackingBudget(stream.Size())) {
     if (log != nullptr) summary_.emplace(stream);
   }
 
@@ -40,45 +50,82 @@ class Indexer {
     return std::move(index_);
   }
 
+  ReplayIndex RunToFirstFrame() {
+    firstFrameOnly_ = true;
+    WalkStream();
+    if (!index_.frames.empty()) index_.segments = {{0, 1}};
+    return std::move(index_);
+  }
+
  private:
   void WalkStream() {
-    const Bytes records = CheckMagic();
-    RecordCursor cursor(records, Place{sizeof kMagic});
-    if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "there is no record");
-    const RawRecord first = cursor.Next();
+    PieceReader reader(stream_, 0, CheckMagic());
+    std::optional<PieceReader::Sum> section;
+    if (!firstFrameOnly_ && IsSectionSummed()) section.emplace(reader);
+    reader.SkipTo(sizeof kMagic);
+    if (reader.Left() == 0) ThrowDamage(PlaceOf(reader), "there is no record");
+    const RawRecord first = NextRecord(reader, reader.End(), PlaceOf(reader));
     if (first.opcode != Opcode::header) ThrowDamage(first.place, "the first record is no header");
     static_cast<void>(Parse<Header>(first));
-    WalkDataSection(cursor);
-    RunStep(log_, [&] { WalkSummary(cursor); });
+    try {
+      WalkDataSection(reader, section);
+      section.reset();
+      if (!firstFrameOnly_) RunStep(log_, [&] { WalkSummary(reader); });
+    } catch (const FirstFrameIsRead&) {
+      // What stands behind it is not looked at.
+    }
     if (!described_) {
-      ThrowDamage(cursor.Position(), "there is no metadata \"%s\"", kRecordingMetadata);
+      ThrowDamage(PlaceOf(reader), "there is no metadata \"%s\"", kRecordingMetadata);
     }
     index_.scanners = channels_.Scanners();
   }
 
-  // The records between the magic bytes.
-  Bytes CheckMagic() const {
-    const Bytes magic(kMagic);
-    if (stream_.size() < magic.size() || !std::ranges::equal(stream_.first(magic.size()), magic)) {
-      ThrowDamage(Place{}, "the stream does not begin as a recording does");
-    }
-    const Bytes rest = stream_.subspan(magic.size());
-    if (rest.size() < magic.size() || !std::ranges::equal(rest.last(magic.size()), magic)) {
-      RunStep(log_, [&] {
-        ThrowDamage(Place{stream_.size()}, "the stream does not end as a recording does");
-      });
-      return rest;
-    }
-    return rest.first(rest.size() - magic.size());
+  static Place PlaceOf(const PieceReader& reader) { return {reader.Position(), std::nullopt}; }
+
+  // Where the records end that stand between the magic bytes.
+  z64u CheckMagic() const {
+    if (!HasMagicAt(0)) ThrowDamage(Place{}, "the stream does not begin as a recording does");
+    const z64u size = stream_.Size();
+    if (size >= 2 * sizeof kMagic && HasMagicAt(size - sizeof kMagic)) return size - sizeof kMagic;
+    RunStep(log_, [&] { ThrowDamage(Place{size}, "the stream does not end as a recording does"); });
+    return size;
   }
 
-  void WalkDataSection(RecordCursor& cursor) {
+  bool HasMagicAt(z64u offset) const {
+    if (stream_.Size() - offset < sizeof kMagic) return false;
+    z8u bytes[sizeof kMagic];
+    stream_.Read(offset, bytes, sizeof bytes);
+    return std::ranges::equal(bytes, kMagic);
+  }
+
+  // Whether the end of the data section, where the footer says that it is, has a checksum. If that
+  // is wrong, the section is read again for it.
+  bool IsSectionSummed() const {
+    const std::optional<z64u> summary = FindSummary(stream_);
+    if (!summary || *summary < sizeof(z32u)) return false;
+    z32u stored = 0;
+    stream_.Read(*summary - sizeof stored, &stored, sizeof stored);
+    return stored != 0;
+  }
+
+  void WalkDataSection(PieceReader& reader, const std::optional<PieceReader::Sum>& section) {
     for (bool atEnd = false; !atEnd;) {
-      if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "the data section has no end");
-      const RawRecord record = cursor.Next();
+      if (reader.Left() == 0) ThrowDamage(PlaceOf(reader), "the data section has no end");
+      const z32u sum = section ? section->Value() : 0;
+      const RawRecord record = NextRecord(reader, reader.End(), PlaceOf(reader));
       atEnd = record.opcode == Opcode::dataEnd;
-      CheckSummary([&] { summary_->TakeData(record); });
-      RunStep(log_, [&] { TakeRecord(record); });
+      CheckSummary([&] { summary_->TakeData(record, reader); });
+      RunStep(log_, [&] {
+        if (atEnd && !firstFrameOnly_) {
+          const z32u stored = Parse<DataEnd>(record).dataSectionCrc;
+          const bool summed = section.has_value() || stored == 0;
+          CheckSum(summed ? sum : SumOf(stream_, 0, record.place.offset), stored, record.place,
+                   "data section");
+        } else if (!atEnd) {
+          TakeRecord(record, reader);
+        }
+      });
+      reader.SkipTo(record.End().offset);
     }
   }
 
@@ -88,84 +135,120 @@ class Indexer {
     if (summary_) RunStep(log_, step, true);
   }
 
-  void TakeRecord(const RawRecord& record) {
+  void TakeRecord(const RawRecord& record, PieceReader& reader) {
     switch (record.opcode) {
       case Opcode::metadata:
         return TakeMetadata(record);
       case Opcode::chunk:
-        return TakeChunk(record);
-      case Opcode::dataEnd: {
-        const Bytes section = stream_.first(static_cast<zSize>(record.place.offset));
-        return CheckCrc(section, Parse<DataEnd>(record).dataSectionCrc, record.place,
-                        "data section");
-      }
+        return TakeChunk(record, reader);
       case Opcode::header:
       case Opcode::footer:
         ThrowMisplaced(record);
       default:
-        TakeContent(record, kNoChunk);
+        TakeContent(record, reader, kNoChunk);
     }
   }
 
   // Records that may stand in a chunk as well as outside. What is not known is skipped.
-  void TakeContent(const RawRecord& record, z32u compressedChunk) {
+  void TakeContent(const RawRecord& record, PieceReader& reader, z32u compressedChunk) {
     if (record.opcode == Opcode::schema) channels_.AddSchema(record);
     if (record.opcode == Opcode::channel) channels_.AddChannel(record);
-    if (record.opcode == Opcode::message) TakeMessage(record, compressedChunk);
+    if (record.opcode == Opcode::message) TakeMessage(record, reader, compressedChunk);
   }
 
-  void TakeMessage(const RawRecord& record, z32u compressedChunk) {
+  void TakeMessage(const RawRecord& record, PieceReader& reader, z32u compressedChunk) {
     const auto message = Parse<Message>(record);
-    const Bytes data = message.data.bytes;
-    const Place place = record.place + kRecordPrefix + (record.content.size() - data.size());
+    const z64u size = message.data.size;
+    const Place place = record.place + kRecordPrefix + message.data.start;
     const ReplayChannels::Kind kind = channels_.KindOf(message, record.place);
     if (kind == ReplayChannels::Kind::frameIndex) {
-      index_.frames.push_back({ParseFrameIndex(data, place), index_.messages.size()});
+      if (firstFrameOnly_ && !index_.frames.empty()) throw FirstFrameIsRead();
+      index_.frames.push_back({ParseFrameIndex(reader, size, place), index_.messages.size()});
     } else if (kind == ReplayChannels::Kind::source) {
       if (index_.frames.empty()) {
         ThrowDamage(record.place, "a scan message stands before the first frame index");
       }
-      index_.messages.push_back({place.offset, data.size(), compressedChunk});
+      index_.messages.push_back({place.offset, size, compressedChunk});
+      CheckPayload(index_.messages.back(), reader, place);
     }
   }
 
-  void TakeChunk(const RawRecord& record) {
+  void CheckPayload(MessagePlace& message, PieceReader& reader, const Place& place) {
+    Orv::Object<void*>& scan = index_.lastMessage;
+    scan.Reset();  // its memory serves this one
+    try {
+      scan = payloads_.Read(reader, message.size, place);
+      message.items = static_cast<z32u>(MxArrayMsg_Count(scan.Get()));
+      if (visit_) visit_(index_.messages.size() - 1, scan.Get());
+    } catch (const Damage&) {
+      message.damaged = true;  // whoever asks for it is told
+    }
+  }
+
+  void TakeChunk(const RawRecord& record, PieceReader& reader) {
     if (summary_) summary_->BeginChunk();
     const auto chunk = Parse<Chunk>(record);
     const zSize firstFrame = index_.frames.size();
+    const z64u start = record.place.offset + kRecordPrefix + chunk.records.start;
+    const z64u size = chunk.records.size;
     if (chunk.compression.empty()) {
-      const Bytes records = chunk.records.bytes;
-      const auto before = static_cast<z64u>(records.data() - stream_.data());
-      if (chunk.uncompressedSize != records.size()) {
+      if (chunk.uncompressedSize != size) {
         RunStep(log_, [&] {
-          ThrowDamage(record.place, "the chunk declares %llu bytes of records and holds %zu",
-                      chunk.uncompressedSize, records.size());
+          ThrowDamage(record.place, "the chunk declares %llu bytes of records and holds %llu",
+                      chunk.uncompressedSize, size);
         });
       }
-      WalkChunk(chunk, records, Place{before}, record.place, kNoChunk);
+      WalkChunk(chunk.uncompressedCrc, reader, {start, std::nullopt}, size, record.place, kNoChunk);
     } else {
       const auto number = static_cast<z32u>(index_.compressedChunks.size());
-      index_.compressedChunks.push_back({chunk, record.place.offset});
+      index_.compressedChunks.push_back({std::string(chunk.compression), chunk.uncompressedSize,
+                                         start, size, record.place.offset});
       // Only places are kept; the records are decompressed again when a frame is read.
-      const zBytes records = Decompress(chunk, record.place);
-      WalkChunk(chunk, records, Place{0, record.place.offset}, record.place, number);
+      Decompress(index_.compressedChunks.back(), reader, budget_, records_);
+      budget_ -= records_.size();
+      const zMemorySource records(records_);
+      PieceReader unpacked(records, 0, records_.size());
+      WalkChunk(chunk.uncompressedCrc, unpacked, {0, record.place.offset}, records_.size(),
+                record.place, number);
     }
     const zSize frameCount = index_.frames.size() - firstFrame;
     if (frameCount > 0) index_.segments.push_back({firstFrame, frameCount});
   }
 
-  void WalkChunk(const Chunk& chunk, Bytes records, const Place& first, const Place& chunkPlace,
-                 z32u compressedChunk) {
-    RunStep(log_, [&] { CheckCrc(records, chunk.uncompressedCrc, chunkPlace, "chunk's records"); });
-    for (RecordCursor cursor(records, first); !cursor.AtEnd();) {
-      const RawRecord record = cursor.Next();
-      RunStep(log_, [&] { TakeChunkRecord(record, compressedChunk); });
-      CheckSummary([&] { summary_->TakeChunkRecord(record, record.place.offset - first.offset); });
+  // The records of a chunk, before which the reader stands at `first`. A wrong checksum explains
+  // all other damage in it.
+  void WalkChunk(z32u storedSum, PieceReader& reader, const Place& first, z64u size,
+                 const Place& chunkPlace, z32u compressedChunk) {
+    const z64u end = first.offset + size;
+    if (firstFrameOnly_) return WalkChunkRecords(reader, first, end, compressedChunk);
+    std::exception_ptr failure;
+    z32u computed = 0;
+    {
+      const PieceReader::Sum sum(reader);
+      try {
+        WalkChunkRecords(reader, first, end, compressedChunk);
+      } catch (const Damage&) {
+        failure = std::current_exception();
+      }
+      reader.SkipTo(end);
+      computed = sum.Value();
     }
+    RunStep(log_, [&] { CheckSum(computed, storedSum, chunkPlace, "chunk's records"); });
+    if (failure != nullptr) std::rethrow_exception(failure);
     if (summary_) summary_->EndChunk();
   }
 
-  void TakeChunkRecord(const RawRecord& record, z32u compressedChunk) {
+  void WalkChunkRecords(PieceReader& reader, const Place& first, z64u end, z32u compressedChunk) {
+    for (Place place = first; place.offset < end;) {
+      const RawRecord record = NextRecord(reader, end, place);
+      CheckSummary([&] { summary_->TakeChunkRecord(record, place.offset - first.offset); });
+      RunStep(log_, [&] { TakeChunkRecord(record, reader, compressedChunk); });
+      place = record.End();
+      reader.SkipTo(place.offset);
+    }
+  }
+
+  void TakeChunkRecord(const RawRecord& record, PieceReader& reader, z32u compressedChunk) {
     switch (record.opcode) {
       case Opcode::header:
       case Opcode::footer:
@@ -173,7 +256,7 @@ class Indexer {
       case Opcode::dataEnd:
         ThrowMisplaced(record);
       default:
-        TakeContent(record, compressedChunk);
+        TakeContent(record, reader, compressedChunk);
     }
   }
 
@@ -199,40 +282,53 @@ class Indexer {
   }
 
   // The summary repeats what the data section holds.
-  void WalkSummary(RecordCursor& cursor) {
-    const Place start = cursor.Position();
+  void WalkSummary(PieceReader& reader) {
+    const z64u start = reader.Position();
     for (;;) {
-      if (cursor.AtEnd()) ThrowDamage(cursor.Position(), "there is no footer");
-      const RawRecord record = cursor.Next();
+      if (reader.Left() == 0) ThrowDamage(PlaceOf(reader), "there is no footer");
+      const RawRecord record = NextRecord(reader, reader.End(), PlaceOf(reader));
       if (record.opcode != Opcode::footer) {
         CheckSummary([&] { summary_->TakeSummary(record); });
+        reader.SkipTo(record.End().offset);
         continue;
       }
-      if (!cursor.AtEnd()) ThrowDamage(cursor.Position(), "records stand after the footer");
+      if (reader.Left() > 0) ThrowDamage(PlaceOf(reader), "records stand after the footer");
       const auto footer = Parse<Footer>(record);
       const z64u end = record.place.offset + kRecordPrefix + sizeof footer.summaryStart +
                        sizeof footer.summaryOffsetStart;
       const z64u summary = footer.summaryStart == 0 ? record.place.offset : footer.summaryStart;
-      if (summary < start.offset || summary > record.place.offset) {
+      if (summary < start || summary > record.place.offset) {
         ThrowDamage(record.place, "the summary is said to start at %llu", summary);
       }
-      const Bytes checked =
-          stream_.subspan(static_cast<zSize>(summary), static_cast<zSize>(end - summary));
-      CheckCrc(checked, footer.summaryCrc, record.place, "summary");
+      const z32u stored = footer.summaryCrc;
+      CheckSum(stored == 0 ? 0 : SumOf(stream_, summary, end), stored, record.place, "summary");
       return;
     }
   }
 
-  Bytes stream_;
-  DamageLog* log_;                       // null: damage is thrown
+  const zSource& stream_;
+  PayloadReader& payloads_;
+  DamageLog* log_;  // null: damage is thrown
+  const Plovia::MessageVisitor& visit_;
+  z64u budget_;                          // for what compressed chunks still hold
   std::optional<SummaryCheck> summary_;  // with a log
   ReplayIndex index_;
   ReplayChannels channels_;
+  zBytes records_;  // of the last compressed chunk
   bool described_ = false;
+  bool firstFrameOnly_ = false;
 };
 
 }  // namespace
 
-ReplayIndex IndexReplay(Bytes stream, DamageLog* log) { return Indexer(stream, log).Run(); }
+ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLog* log,
+                        const Plovia::MessageVisitor& visit) {
+  return Indexer(stream, payloads, log, visit).Run();
+}
+
+ReplayIndex IndexFirstFrame(const zSource& stream, PayloadReader& payloads) {
+  const Plovia::MessageVisitor nobody;
+  return Indexer(stream, payloads, nullptr, nobody).RunToFirstFrame();
+}
 
 }  // namespace sdk::replay

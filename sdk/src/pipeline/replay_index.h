@@ -2,7 +2,10 @@
 // What stands where in a recording stream.
 #pragma once
 
-#include "pipeline/field_reader.h"
+#include <functional>
+
+#include "pipeline/decompress.h"
+#include "pipeline/payload.h"
 #include "sdk/pipeline.h"
 
 namespace sdk::replay {
@@ -14,6 +17,8 @@ struct MessagePlace {
   z64u offset;  // in the stream, or in the records of the compressed chunk
   z64u size;
   z32u compressedChunk;  // number in ReplayIndex::compressedChunks, or kNoChunk
+  z32u items = 0;        // of an array message
+  bool damaged = false;
 };
 
 struct FramePlace {
@@ -27,11 +32,6 @@ struct Segment {
   zSize frameCount;
 };
 
-struct CompressedChunk {
-  Chunk chunk;
-  z64u offset;  // of its record in the stream
-};
-
 struct ReplayIndex {
   bool classic = false;
   std::vector<Plovia::ReplayScannerInfo> scanners;
@@ -39,12 +39,23 @@ struct ReplayIndex {
   std::vector<FramePlace> frames;
   std::vector<Segment> segments;
   std::vector<CompressedChunk> compressedChunks;
+  // The last of the messages, which may well be the only one; nothing where it is damaged.
+  Orv::Object<void*> lastMessage;
+
+  // The position behind a frame's last message.
+  zSize EndOf(zSize frame) const {
+    return frame + 1 < frames.size() ? frames[frame + 1].firstMessage : messages.size();
+  }
 };
 
-// Walks a whole stream, checks its structure and its checksums and tells what stands where. Scan
-// messages are found, not read. The index looks into the stream. Throws Orv::Exception for damage.
-// With a log, tells there what is damaged and leaves it out, and compares what the indexes and the
-// summary say.
-ReplayIndex IndexReplay(Bytes stream, DamageLog* log = nullptr);
+// Walks a whole stream once, checks its structure, its checksums and its scan messages and tells
+// what stands where. Throws Orv::Exception for damage; a message that is damaged is noted in the
+// index. With a log, tells there what is damaged and leaves it out, and compares what the indexes
+// and the summary say. `visit`, where there is one, is given each message that is whole.
+ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLog* log = nullptr,
+                        const Plovia::MessageVisitor& visit = {});
+
+// The same up to the end of the first frame; checksums are not verified.
+ReplayIndex IndexFirstFrame(const zSource& stream, PayloadReader& payloads);
 
 }  // namespace sdk::replay

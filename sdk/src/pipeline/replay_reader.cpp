@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "pipeline/replay_reader.h"
 
-#include "pipeline/decompress.h"
-
 namespace sdk::replay {
 
 namespace {
@@ -12,19 +10,29 @@ constexpr Orv::Operation kReadData{"pipeline", "Plovia::ReplaySerializer::ReadDa
 
 }  // namespace
 
-ReplayReader::ReplayReader(Bytes stream, DamageLog& log)
-    : stream_(stream), log_(&log), index_(IndexReplay(stream, log_)) {
-  if (index_.classic) return;
+ReplayReader::ReplayReader(zSourcePtr stream, DamageLog& log, const Plovia::MessageVisitor& visit)
+    : stream_(std::move(stream)),
+      log_(&log),
+      index_(IndexReplay(*stream_, payloads_, log_, visit)) {
   // Nobody asks for frames outside of segments. Damage in them is told all the same.
   zSize frame = 0;
-  const auto readUpTo = [&](zSize end) {
-    for (; frame < end; ++frame) static_cast<void>(ReadFrame(frame, true));
+  const auto tell = [&](zSize end, bool harmless) {
+    for (; frame < end; ++frame) {
+      for (zSize i = index_.frames[frame].firstMessage; i < index_.EndOf(frame); ++i) {
+        if (!index_.messages[i].damaged || log.size() >= Plovia::kMostReplayProblems) continue;
+        RunStep(
+            log_, [&] { static_cast<void>(ReadMessage(i)); }, harmless);
+        log.back().message = i;
+      }
+    }
   };
-  for (const Segment& segment : index_.segments) {
-    readUpTo(segment.firstFrame);
-    frame += segment.frameCount;
+  if (!index_.classic) {
+    for (const Segment& segment : index_.segments) {
+      tell(segment.firstFrame, true);
+      tell(segment.firstFrame + segment.frameCount, false);
+    }
   }
-  readUpTo(index_.frames.size());
+  tell(index_.frames.size(), !index_.classic);
 }
 
 void ReplayReader::NextSegment() {
@@ -54,7 +62,7 @@ Plovia::ReplayFrame ReplayReader::Frame(z64u position) {
   if (position >= index_.frames.size()) {
     kReadData.Fail(zERROR_PARAMETER, "The recording has no such frame");
   }
-  return ReadFrame(static_cast<zSize>(position));
+  return TakeFrame(static_cast<zSize>(position));
 }
 
 Plovia::ReplayFrame ReplayReader::NextFrame() {
@@ -62,38 +70,48 @@ Plovia::ReplayFrame ReplayReader::NextFrame() {
   if (framesRead_ == current.frameCount) {
     kReadData.Fail(zERROR_PARAMETER, "The segment has no further frame");
   }
-  return ReadFrame(current.firstFrame + framesRead_++);
+  return TakeFrame(current.firstFrame + framesRead_++);
 }
 
-Plovia::ReplayFrame ReplayReader::ReadFrame(zSize frame, bool harmless) {
-  const zSize end = frame + 1 < index_.frames.size() ? index_.frames[frame + 1].firstMessage
-                                                     : index_.messages.size();
-  Plovia::ReplayFrame messages;
-  for (zSize i = index_.frames[frame].firstMessage; i < end; ++i) {
-    Orv::Object<void*>& message = messages.emplace_back();
-    RunStep(
-        log_, [&] { message = ReadMessage(i); }, harmless);
+Plovia::ReplayFrame ReplayReader::TakeFrame(zSize frame) {
+  const FramePlace& place = index_.frames[frame];
+  const zSize end = index_.EndOf(frame);
+  for (zSize i = place.firstMessage; i < end && log_ == nullptr; ++i) {
+    if (index_.messages[i].damaged) static_cast<void>(ReadMessage(i));
   }
-  return messages;
+  return {place.index, place.firstMessage, end - place.firstMessage};
 }
 
-Orv::Object<void*> ReplayReader::ReadMessage(zSize position) {
-  const MessagePlace& message = index_.messages[position];
-  const bool compressed = message.compressedChunk != kNoChunk;
-  const Bytes records = compressed ? CompressedRecords(message.compressedChunk) : stream_;
-  Place place{message.offset};
-  if (compressed) place.chunkOffset = index_.compressedChunks[message.compressedChunk].offset;
-  return payloads_.Read(
-      records.subspan(static_cast<zSize>(message.offset), static_cast<zSize>(message.size)),
-      compressed ? nullptr : owner_, index_.messages.size() == 1, place);
+const MessagePlace& ReplayReader::PlaceOf(z64u message) const {
+  if (message >= index_.messages.size()) {
+    kReadData.Fail(zERROR_PARAMETER, "The recording has no such message");
+  }
+  return index_.messages[static_cast<zSize>(message)];
 }
 
-Bytes ReplayReader::CompressedRecords(z32u chunk) {
+Orv::Object<void*> ReplayReader::ReadMessage(z64u message) {
+  const MessagePlace& place = PlaceOf(message);
+  Orv::Object<void*> last = std::exchange(index_.lastMessage, {});
+  if (last && message + 1 == index_.messages.size()) return last;
+  last.Reset();  // its memory serves this one
+  const z64u end = place.offset + place.size;
+  if (place.compressedChunk == kNoChunk) {
+    PieceReader reader(*stream_, place.offset, end);
+    return payloads_.Read(reader, place.size, {place.offset, std::nullopt});
+  }
+  const zMemorySource records(CompressedRecords(place.compressedChunk));
+  PieceReader reader(records, place.offset, end);
+  return payloads_.Read(reader, place.size,
+                        {place.offset, index_.compressedChunks[place.compressedChunk].offset});
+}
+
+const zBytes& ReplayReader::CompressedRecords(z32u chunk) {
   if (cachedChunk_ != chunk) {
     const CompressedChunk& compressed = index_.compressedChunks[chunk];
     cachedChunk_ = kNoChunk;
-    cachedRecords_ = {};  // before the next ones take their memory
-    cachedRecords_ = Decompress(compressed.chunk, Place{compressed.offset});
+    PieceReader reader(*stream_, compressed.packedStart,
+                       compressed.packedStart + compressed.packedSize);
+    Decompress(compressed, reader, compressed.unpackedSize, cachedRecords_);
     cachedChunk_ = chunk;
   }
   return cachedRecords_;

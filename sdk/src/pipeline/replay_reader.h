@@ -9,11 +9,15 @@ namespace sdk::replay {
 
 class ReplayReader {
  public:
-  // The stream must outlive the reader. Messages share its owner, where there is one.
-  ReplayReader(Bytes stream, std::shared_ptr<const void> owner)
-      : stream_(stream), owner_(std::move(owner)), index_(IndexReplay(stream)) {}
-  // With a log, see IndexReplay; a message that is damaged becomes an empty handle.
-  ReplayReader(Bytes stream, DamageLog& log);
+  enum class Extent { whole, firstFrame };
+
+  // Of the first frame, see IndexFirstFrame.
+  explicit ReplayReader(zSourcePtr stream, Extent extent = Extent::whole)
+      : stream_(std::move(stream)),
+        index_(extent == Extent::whole ? IndexReplay(*stream_, payloads_)
+                                       : IndexFirstFrame(*stream_, payloads_)) {}
+  // With a log, see IndexReplay; messages that are damaged are told there too.
+  ReplayReader(zSourcePtr stream, DamageLog& log, const Plovia::MessageVisitor& visit);
 
   const ReplayIndex& Index() const { return index_; }
 
@@ -27,22 +31,23 @@ class ReplayReader {
   // The next frame of the current segment.
   Plovia::ReplayFrame NextFrame();
 
+  const MessagePlace& PlaceOf(z64u message) const;
+  Orv::Object<void*> ReadMessage(z64u message);
+
  private:
   Segment CurrentFrames() const;
-  Plovia::ReplayFrame ReadFrame(zSize frame, bool harmless = false);
-  // A message by its position in the index.
-  Orv::Object<void*> ReadMessage(zSize position);
-  Bytes CompressedRecords(z32u chunk);
+  // Throws where a message of the frame is damaged, unless that is told in the log.
+  Plovia::ReplayFrame TakeFrame(zSize frame);
+  const zBytes& CompressedRecords(z32u chunk);
 
-  Bytes stream_;
-  std::shared_ptr<const void> owner_;
+  zSourcePtr stream_;
+  PayloadReader payloads_;
   DamageLog* log_ = nullptr;
   ReplayIndex index_;
   zSize segmentsBegun_ = 0;
   zSize framesRead_ = 0;  // of the current segment
   z32u cachedChunk_ = kNoChunk;
   zBytes cachedRecords_;  // of that chunk: frames come in order, so one is enough
-  PayloadReader payloads_;
 };
 
 }  // namespace sdk::replay

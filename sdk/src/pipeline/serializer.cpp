@@ -4,10 +4,12 @@
 
 #include "message/message.h"
 #include "pipeline/replay_reader.h"
+#include "pipeline/replay_summary.h"
 #include "pipeline/replay_writer.h"
 #include "sdk/pipeline.h"
 
 using sdk::replay::ReplayReader;
+using sdk::replay::ReplayWriter;
 
 zStatus PloviaLib_Construct(PloviaLib* library) noexcept { return sdk::StartLibrary(library); }
 
@@ -45,15 +47,31 @@ ReplayReader& ReplaySerializer::Loaded(const char* function) const {
   return *reader_;
 }
 
-void ReplaySerializer::LoadBuffer(std::span<const z8u> replay, std::shared_ptr<const void> owner) {
-  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadBuffer"},
-                    [&] { return std::make_unique<ReplayReader>(replay, std::move(owner)); });
+ReplayWriter& ReplaySerializer::Begun(const char* function) const {
+  if (writer_ == nullptr) {
+    Orv::Operation{kUnit, function}.Fail(zERROR_PARAMETER, "No recording stream has been begun");
+  }
+  return *writer_;
 }
 
-void ReplaySerializer::LoadDamaged(std::span<const z8u> replay,
-                                   std::vector<ReplayProblem>& problems) {
-  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadDamaged"},
-                    [&] { return std::make_unique<ReplayReader>(replay, problems); });
+void ReplaySerializer::LoadBuffer(zSourcePtr replay) {
+  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadBuffer"},
+                    [&] { return std::make_unique<ReplayReader>(std::move(replay)); });
+}
+
+void ReplaySerializer::LoadDamaged(zSourcePtr replay, std::vector<ReplayProblem>& problems,
+                                   const MessageVisitor& visit) {
+  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadDamaged"}, [&] {
+    return std::make_unique<ReplayReader>(std::move(replay), problems, visit);
+  });
+}
+
+ReplaySummary ReplaySerializer::LoadFirstFrame(zSourcePtr replay) {
+  return Guarded({kUnit, "Plovia::ReplaySerializer::LoadFirstFrame"}, [&] {
+    const ReplaySummary summary = sdk::replay::ReadSummary(*replay);
+    reader_ = std::make_unique<ReplayReader>(std::move(replay), ReplayReader::Extent::firstFrame);
+    return summary;
+  });
 }
 
 ReplayInfo ReplaySerializer::GetReplayInfo() const {
@@ -84,31 +102,39 @@ ReplayFrame ReplaySerializer::ReadData(z64u which) {
                  [&] { return reader.Index().classic ? reader.Frame(which) : reader.NextFrame(); });
 }
 
+Orv::Object<void*> ReplaySerializer::ReadMessage(z64u number) const {
+  constexpr const char* kFunction = "Plovia::ReplaySerializer::ReadMessage";
+  ReplayReader& reader = Loaded(kFunction);
+  return Guarded({kUnit, kFunction}, [&] { return reader.ReadMessage(number); });
+}
+
+zSize ReplaySerializer::ItemCount(z64u number) const {
+  return Loaded("Plovia::ReplaySerializer::ItemCount").PlaceOf(number).items;
+}
+
+void ReplaySerializer::BeginReplay(zStream stream, bool classic) {
+  writer_ = std::make_unique<ReplayWriter>(stream, classic);
+}
+
 void ReplaySerializer::WriteScannerInfo(const std::vector<ReplayScannerInfo>& scanners) {
-  scanners_ = scanners;
+  Begun("Plovia::ReplaySerializer::WriteScannerInfo").PutScanners(scanners);
 }
 
-void ReplaySerializer::WriteIndexInfo(z32u index) { frames_.push_back({index, {}}); }
+void ReplaySerializer::WriteIndexInfo(z32u index) {
+  Begun("Plovia::ReplaySerializer::WriteIndexInfo").BeginFrame(index);
+}
 
-void ReplaySerializer::WriteData(Orv::Object<void*> message) {
+void ReplaySerializer::WriteData(const Orv::Object<void*>& message) {
   constexpr Orv::Operation kOperation{kUnit, "Plovia::ReplaySerializer::WriteData"};
-  if (MxMsg_Kind(message.Get()) == MxKind::none) {
-    kOperation.Fail(zERROR_PARAMETER, "There is no message");
-  }
-  if (frames_.empty()) {
-    kOperation.Fail(zERROR_PARAMETER, "A message needs a frame to belong to");
-  }
-  frames_.back().messages.push_back(std::move(message));
+  const auto* written = sdk::As<sdk::Message>(message.Get());
+  if (written == nullptr) kOperation.Fail(zERROR_PARAMETER, "There is no message");
+  Guarded(kOperation, [&] { Begun(kOperation.function).PutMessage(*written); });
 }
 
-zBytes ReplaySerializer::GetReplayFile(bool classic) const {
-  return Guarded({kUnit, "Plovia::ReplaySerializer::GetReplayFile"},
-                 [&] { return GetReplayStream(classic).ToBytes(); });
-}
-
-ReplayStream ReplaySerializer::GetReplayStream(bool classic) const {
-  return Guarded({kUnit, "Plovia::ReplaySerializer::GetReplayFile"},
-                 [&] { return sdk::replay::WriteReplay(scanners_, frames_, classic); });
+void ReplaySerializer::EndReplay() {
+  constexpr const char* kFunction = "Plovia::ReplaySerializer::EndReplay";
+  Guarded({kUnit, kFunction}, [&] { Begun(kFunction).Finish(); });
+  writer_.reset();
 }
 
 }  // namespace Plovia

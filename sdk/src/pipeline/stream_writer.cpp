@@ -3,16 +3,33 @@
 
 #include <libdeflate.h>
 
+#include <algorithm>
+
+#include "sdk/object.h"
+
 namespace sdk::replay {
 
+namespace {
+
+constexpr Orv::Operation kOperation{"pipeline", "Plovia::ReplaySerializer"};
+constexpr const char* kFailed = "The recording stream cannot be written";
+
+}  // namespace
+
 void StreamWriter::Append(const void* bytes, zSize size) {
-  out_.Append(Bytes(static_cast<const z8u*>(bytes), size));
-  crc_ = libdeflate_crc32(crc_, bytes, size);
+  constexpr zSize kPiece = zSize{256} << 10;  // which is still at hand when it is written
+  const auto* from = static_cast<const z8u*>(bytes);
+  for (zSize part = 0; size > 0; from += part, size -= part) {
+    part = std::min(size, kPiece);
+    crc_ = libdeflate_crc32(crc_, from, part);
+    kOperation.Require(zStream_Write(stream_, from, part), kFailed);
+    position_ += part;
+  }
 }
 
-void StreamWriter::AppendInPlace(const void* bytes, zSize size) {
-  out_.AppendInPlace(Bytes(static_cast<const z8u*>(bytes), size));
-  crc_ = libdeflate_crc32(crc_, bytes, size);
+void StreamWriter::MoveTo(z64u position) {
+  kOperation.Require(zStream_Seek(stream_, position), kFailed);
+  position_ = position;
 }
 
 void StreamWriter::BeginRecord(Opcode opcode, z64u contentLength) {

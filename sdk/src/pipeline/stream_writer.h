@@ -1,35 +1,35 @@
 // SPDX-License-Identifier: MIT
-// Appends records to a growing stream and keeps a checksum of what it appends.
+// Appends records to a stream and keeps a checksum of what it appends.
 #pragma once
 
 #include "pipeline/field_writer.h"
-#include "sdk/pipeline.h"
 
 namespace sdk::replay {
 
+// What cannot be written is an Orv::Exception with the stream's status.
 class StreamWriter {
  public:
-  z64u Position() const { return out_.Size(); }
-  Plovia::ReplayStream Take() { return std::move(out_); }
+  // The stream stands at its start.
+  explicit StreamWriter(zStream stream) : stream_(stream) {}
 
+  z64u Position() const { return position_; }
   void Append(const void* bytes, zSize size);
-  // The same for bytes that stay where they are until the stream has been written.
-  void AppendInPlace(const void* bytes, zSize size);
-  // What another writer has appended; the checksum does not see it.
-  void Append(const StreamWriter& other) { out_.Append(other.out_); }
+  // Appends at an earlier position, before what is there, or at the end again.
+  void MoveTo(z64u position);
   // Opcode and length of a record whose content is appended next.
   void BeginRecord(Opcode opcode, z64u contentLength);
 
-  // A whole record; returns its length with opcode and length field.
+  // A whole record, or, of one with a bulk, what stands in front of it; returns the length of the
+  // record with opcode and length field.
   template <class Record>
-  z64u Put(const Record& record) {
+  z64u Put(const Record& record, z64u bulk = 0) {
     const Bytes content = Encode(record);
-    BeginRecord(Record::kOpcode, content.size());
+    BeginRecord(Record::kOpcode, content.size() + bulk);
     Append(content.data(), content.size());
-    return kRecordPrefix + content.size();
+    return kRecordPrefix + content.size() + bulk;
   }
 
-  // The content of a record, valid until the next call.
+  // The content of a record without its bulk, valid until the next call.
   template <class Record>
   Bytes Encode(const Record& record) {
     content_.clear();
@@ -43,7 +43,8 @@ class StreamWriter {
   z32u Checksum() const { return crc_; }
 
  private:
-  Plovia::ReplayStream out_;
+  zStream stream_;
+  z64u position_ = 0;
   zBytes content_;
   z32u crc_ = 0;
 };

@@ -5,15 +5,32 @@
 
 namespace sdk::replay {
 
-void SummaryCheck::TakeData(const RawRecord& record) {
-  const bool isChunk = record.opcode == Opcode::chunk;
-  const bool isMetadata = record.opcode == Opcode::metadata;
-  if (isChunk) ++counted_.chunks;
-  if (isMetadata) ++counted_.metadata;
-  if (isChunk || isMetadata) indexed_.emplace(record.place.offset, record);
+void SummaryCheck::TakeData(const RawRecord& record, PieceReader& reader) {
+  if (record.opcode == Opcode::chunk) ++counted_.chunks;
+  if (record.opcode == Opcode::metadata) ++counted_.metadata;
+  NoteIndexed(record);
   if (record.opcode == Opcode::messageIndex) CheckMessageIndex(record);
-  if (record.opcode == Opcode::attachment) CheckAttachment(record);
+  if (record.opcode == Opcode::attachment) CheckAttachment(record, reader);
   Count(record);
+}
+
+void SummaryCheck::NoteIndexed(const RawRecord& record) {
+  Indexed indexed{record.opcode, record.size, {}};
+  try {
+    if (record.opcode == Opcode::chunk) {
+      const auto chunk = Parse<Chunk>(record);
+      indexed.name = chunk.compression;
+      indexed.compressedSize = chunk.records.size;
+      indexed.uncompressedSize = chunk.uncompressedSize;
+    } else if (record.opcode == Opcode::metadata) {
+      indexed.name = Parse<Metadata>(record).name;
+    } else {
+      return;
+    }
+  } catch (const Damage&) {
+    indexed.known = false;
+  }
+  indexed_.emplace(record.place.offset, std::move(indexed));
 }
 
 void SummaryCheck::Count(const RawRecord& record) {
@@ -52,15 +69,18 @@ void SummaryCheck::CheckMessageIndex(const RawRecord& record) const {
   }
 }
 
-void SummaryCheck::CheckAttachment(const RawRecord& record) {
+void SummaryCheck::CheckAttachment(const RawRecord& record, PieceReader& reader) {
   ++counted_.attachments;
   z32u stored = 0;
-  if (record.content.size() < sizeof stored) {
-    ThrowDamage(record.place, "the attachment has no checksum");
+  if (record.size < sizeof stored) ThrowDamage(record.place, "the attachment has no checksum");
+  z32u computed = 0;
+  {
+    const PieceReader::Sum sum(reader);
+    reader.SkipTo(record.End().offset - sizeof stored);
+    computed = sum.Value();
   }
-  const Bytes checked = record.content.first(record.content.size() - sizeof stored);
-  std::memcpy(&stored, checked.data() + checked.size(), sizeof stored);
-  CheckCrc(checked, stored, record.place, "attachment");
+  reader.ReadInto(&stored, sizeof stored);
+  CheckSum(computed, stored, record.place, "attachment");
 }
 
 void SummaryCheck::TakeSummary(const RawRecord& record) const {
@@ -92,11 +112,11 @@ void SummaryCheck::CheckStatistics(const RawRecord& record) const {
 }
 
 // The record that an index entry tells of.
-const RawRecord& SummaryCheck::Find(const RawRecord& entry, Opcode opcode, z64u offset,
-                                    z64u length) const {
+const SummaryCheck::Indexed& SummaryCheck::Find(const RawRecord& entry, Opcode opcode, z64u offset,
+                                                z64u length) const {
   const auto found = indexed_.find(offset);
   if (found == indexed_.end() || found->second.opcode != opcode ||
-      kRecordPrefix + found->second.content.size() != length) {
+      kRecordPrefix + found->second.size != length) {
     ThrowDamage(entry.place, "%s of %llu bytes is said to stand at byte offset %llu, and does not",
                 opcode == Opcode::chunk ? "a chunk" : "a metadata record", length, offset);
   }
@@ -105,9 +125,9 @@ const RawRecord& SummaryCheck::Find(const RawRecord& entry, Opcode opcode, z64u 
 
 void SummaryCheck::CheckChunkIndex(const RawRecord& record) const {
   const auto told = Parse<ChunkIndex>(record);
-  const auto chunk =
-      Parse<Chunk>(Find(record, Opcode::chunk, told.chunkStartOffset, told.chunkLength));
-  if (told.compression != chunk.compression || told.compressedSize != chunk.records.bytes.size() ||
+  const Indexed& chunk = Find(record, Opcode::chunk, told.chunkStartOffset, told.chunkLength);
+  if (!chunk.known) return;
+  if (told.compression != chunk.name || told.compressedSize != chunk.compressedSize ||
       told.uncompressedSize != chunk.uncompressedSize) {
     ThrowDamage(record.place, "the index of the chunk at byte offset %llu tells other sizes",
                 told.chunkStartOffset);
@@ -116,17 +136,19 @@ void SummaryCheck::CheckChunkIndex(const RawRecord& record) const {
 
 void SummaryCheck::CheckMetadataIndex(const RawRecord& record) const {
   const auto told = Parse<MetadataIndex>(record);
-  const auto metadata = Parse<Metadata>(Find(record, Opcode::metadata, told.offset, told.length));
-  if (told.name != metadata.name) {
+  const Indexed& metadata = Find(record, Opcode::metadata, told.offset, told.length);
+  if (metadata.known && told.name != metadata.name) {
     ThrowDamage(record.place, "the metadata at byte offset %llu has another name", told.offset);
   }
 }
 
 void SummaryCheck::CheckSummaryOffset(const RawRecord& record) const {
   const auto told = Parse<SummaryOffset>(record);
+  z8u opcode = 0;
   const bool inside =
-      told.groupStart < stream_.size() && told.groupLength <= stream_.size() - told.groupStart;
-  if (!inside || stream_[static_cast<zSize>(told.groupStart)] != told.groupOpcode) {
+      told.groupStart < stream_.Size() && told.groupLength <= stream_.Size() - told.groupStart;
+  if (inside) stream_.Read(told.groupStart, &opcode, sizeof opcode);
+  if (!inside || opcode != told.groupOpcode) {
     ThrowDamage(record.place, "records of type 0x%02x are said to stand at byte offset %llu",
                 told.groupOpcode, told.groupStart);
   }

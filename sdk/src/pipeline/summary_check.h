@@ -5,6 +5,7 @@
 
 #include <map>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "pipeline/field_reader.h"
@@ -15,10 +16,11 @@ namespace sdk::replay {
 // Orv::Exception for what is wrong; the checksums of attachments are verified too.
 class SummaryCheck {
  public:
-  explicit SummaryCheck(Bytes stream) : stream_(stream) {}
+  explicit SummaryCheck(const zSource& stream) : stream_(stream) {}
 
-  // A record of the data section, outside of chunks.
-  void TakeData(const RawRecord& record);
+  // A record of the data section, outside of chunks; the reader stands behind its head. It passes
+  // attachments.
+  void TakeData(const RawRecord& record, PieceReader& reader);
   // A chunk's records, between these two, with their offset in the chunk. Of a chunk that does not
   // reach its end, nothing is known.
   void BeginChunk();
@@ -35,6 +37,15 @@ class SummaryCheck {
     z64u time;
   };
 
+  // A chunk or metadata, of which the summary has an index.
+  struct Indexed {
+    Opcode opcode;
+    z64u size;         // of the content
+    std::string name;  // of metadata; of a chunk, its compression
+    z64u compressedSize = 0, uncompressedSize = 0;
+    bool known = true;  // its fields; otherwise it is damaged, which is told elsewhere
+  };
+
   // What a data section holds.
   struct Counted {
     z64u messages = 0, attachments = 0, metadata = 0, chunks = 0;
@@ -42,18 +53,19 @@ class SummaryCheck {
     std::map<z16u, z64u> channels;  // messages of each
   };
 
+  void NoteIndexed(const RawRecord& record);
   void Count(const RawRecord& record);
   void CheckMessageIndex(const RawRecord& record) const;
-  void CheckAttachment(const RawRecord& record);
+  void CheckAttachment(const RawRecord& record, PieceReader& reader);
   void CheckStatistics(const RawRecord& record) const;
-  const RawRecord& Find(const RawRecord& entry, Opcode opcode, z64u offset, z64u length) const;
+  const Indexed& Find(const RawRecord& entry, Opcode opcode, z64u offset, z64u length) const;
   void CheckChunkIndex(const RawRecord& record) const;
   void CheckMetadataIndex(const RawRecord& record) const;
   void CheckSummaryOffset(const RawRecord& record) const;
 
-  Bytes stream_;
+  const zSource& stream_;
   Counted counted_;
-  std::map<z64u, RawRecord> indexed_;        // chunks and metadata, by offset
+  std::map<z64u, Indexed> indexed_;          // by offset
   std::vector<ChunkMessage> chunkMessages_;  // of the last chunk, in order
   bool chunkRead_ = true;
 };

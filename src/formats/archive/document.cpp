@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "formats/archive/document.h"
 
+#include "filesource.h"
 #include "statuses.h"
 
 using nlohmann::json;
@@ -15,8 +16,8 @@ constexpr const char* kTooLarge = "The scanner configuration is too large";
 
 }  // namespace
 
-json ParseBounded(std::span<const z8u> document, const Orv::Operation& operation) {
-  if (document.size() > kMostBytes) operation.Fail(kBadInput, kTooLarge);
+json ParseBounded(const zSource& document, const Orv::Operation& operation) {
+  if (document.Size() > kMostBytes) operation.Fail(kBadInput, kTooLarge);
   zSize values = 0;
   const auto check = [&](int depth, json::parse_event_t event, const json& /*parsed*/) {
     using Event = json::parse_event_t;
@@ -27,5 +28,6 @@ json ParseBounded(std::span<const z8u> document, const Orv::Operation& operation
     if (++values > kMostValues) operation.Fail(kBadInput, kTooLarge);
     return true;
   };
-  return json::parse(document.begin(), document.end(), check);
+  const zBytes text = ReadAll(document);
+  return json::parse(text.begin(), text.end(), check);
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
-#include <span>
 
 #include "sdk/object.h"
 
@@ -11,4 +10,4 @@
 // times its size, one nested as deeply as it is long also takes the stack of whoever copies it, and
 // each message that is exported asks it again. So one of more than 1 MiB, 65 536 values, keys,
 // objects and arrays, or 100 levels is an error of the operation.
-nlohmann::json ParseBounded(std::span<const z8u> document, const Orv::Operation& operation);
+nlohmann::json ParseBounded(const zSource& document, const Orv::Operation& operation);

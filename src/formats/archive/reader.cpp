@@ -15,45 +15,39 @@ constexpr Orv::Operation kGetReplayData{kUnit, "GetReplayData"};
 constexpr Orv::Operation kGetResourceData{kUnit, "GetResourceData"};
 constexpr Orv::Operation kGetScannerConfig{kUnit, "GetScannerConfig"};
 
-constexpr zSize kNameCapacity = 512;
+// What is longer names no member of ours.
+constexpr zSize kLongestName = 511;
 
 }  // namespace
 
-ArchiveWalk::ArchiveWalk(std::span<const z8u> archive, const Orv::Operation& operation) {
-  zAlloc alloc = &zAllocator::Default();
-  operation.Require(zMemory_Construct(stream_.Out(), alloc), "Failed to construct zMemory");
-  operation.Require(
-      zMemory_Attach(stream_.Get(), archive.data(), 0, archive.size(), archive.size()),
-      "Failed to attach a buffer to a stream");
-  operation.Require(zTar_Construct(tar_.Out(), stream_.Get(), zTAR_READ, alloc),
+ArchiveWalk::ArchiveWalk(zSourcePtr archive, const Orv::Operation& operation)
+    : archive_(std::move(archive)) {
+  operation.Require(zTar_Open(tar_.Out(), archive_, &zAllocator::Default()),
                     "Failed to construct zTar");
 }
 
 std::optional<ArchiveMember> ArchiveWalk::Next() {
   for (;;) {
-    char name[kNameCapacity];
-    z32s type = zTAR_OTHER;
-    ArchiveMember member;
-    end_ = zTar_BeginRead(tar_.Get(), name, sizeof name, &type, &member.size);
+    zTarMember found;
+    end_ = zTar_Next(tar_.Get(), &found);
     if (end_ != zOK) return std::nullopt;
-    if (type != zTAR_FILE) continue;
-    member.name = name;
-    const void* content = nullptr;
-    member.status = zTar_View(tar_.Get(), &content, static_cast<zSize>(member.size));
-    if (member.status == zOK) {
-      member.content = {static_cast<const z8u*>(content), static_cast<zSize>(member.size)};
+    if (found.type != zTAR_FILE || found.name.size() > kLongestName) continue;
+    ArchiveMember member{std::move(found.name), found.offset, found.size, zOK, nullptr};
+    if (found.offset > archive_->Size() || found.size > archive_->Size() - found.offset) {
+      member.status = zERROR_STREAM;
+    } else {
+      member.content = std::make_shared<zSourceWindow>(archive_, found.offset, found.size);
     }
     return member;
   }
 }
 
-std::vector<ArchiveMember> FindMembers(std::span<const z8u> archive,
-                                       std::span<const std::string> names,
+std::vector<ArchiveMember> FindMembers(zSourcePtr archive, std::span<const std::string> names,
                                        const Orv::Operation& operation) {
   std::vector<ArchiveMember> found;
-  for (const std::string& name : names) found.push_back({name, 0, zOK, {}});
-  if (archive.empty()) return found;
-  ArchiveWalk walk(archive, operation);
+  for (const std::string& name : names) found.push_back({name, 0, 0, zOK, nullptr});
+  if (archive == nullptr || archive->Size() == 0) return found;
+  ArchiveWalk walk(std::move(archive), operation);
   while (const std::optional<ArchiveMember> member = walk.Next()) {
     const auto wanted = std::ranges::find(found, member->name, &ArchiveMember::name);
     if (wanted != found.end() && wanted->status == zOK) *wanted = *member;
@@ -61,29 +55,29 @@ std::vector<ArchiveMember> FindMembers(std::span<const z8u> archive,
   return found;
 }
 
-RecordingArchive OpenRecordingArchive(std::span<const z8u> archive) {
+RecordingArchive OpenRecordingArchive(zSourcePtr archive) {
   const std::string names[] = {kReplayMember, kJobMember};
-  std::vector<ArchiveMember> members = FindMembers(archive, names, kGetReplayData);
+  std::vector<ArchiveMember> members = FindMembers(std::move(archive), names, kGetReplayData);
   const ArchiveMember& replay = members.front();
   kGetReplayData.Require(replay.status, "Failed to read the replay buffer");
-  if (replay.content.empty()) kGetReplayData.Fail(kBadInput, "The replay buffer is empty");
+  if (replay.IsEmpty()) kGetReplayData.Fail(kBadInput, "The replay buffer is empty");
   return {replay.content, std::move(members.back())};
 }
 
-std::span<const z8u> GetResourceData(const ArchiveMember& member) {
+zSourcePtr GetResourceData(const ArchiveMember& member) {
   kGetResourceData.Require(member.status, "Failed to read the resource buffer (%s)", member.name);
   return member.content;
 }
 
-nlohmann::json GetScannerConfig(std::span<const z8u> job, std::span<const char* const> scannerIds) {
+nlohmann::json GetScannerConfig(zSourcePtr job, std::span<const char* const> scannerIds) {
   std::vector<std::string> names;
   for (const char* id : scannerIds) {
     names.push_back(std::string(kScannerFolder) + id + kScannerConfig);
   }
-  for (const ArchiveMember& member : FindMembers(job, names, kGetResourceData)) {
-    const std::span<const z8u> content = GetResourceData(member);
-    if (content.empty()) continue;
-    nlohmann::json document = ParseBounded(content, kGetScannerConfig);
+  for (const ArchiveMember& member : FindMembers(std::move(job), names, kGetResourceData)) {
+    const zSourcePtr content = GetResourceData(member);
+    if (member.IsEmpty()) continue;
+    nlohmann::json document = ParseBounded(*content, kGetScannerConfig);
     nlohmann::json& scanner = document["orv:scanner"];
     if (!scanner.empty()) return std::move(scanner);
   }

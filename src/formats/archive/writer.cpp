@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "formats/archive/writer.h"
 
+#include <algorithm>
+
 #include "formats/archive/layout.h"
 #include "outputfile/outputfile.h"
 #include "sdk/archive.h"
@@ -10,66 +12,96 @@ namespace {
 
 constexpr Orv::Operation kOperation{"surfacefileconverter", "WriteReplayData"};
 
-constexpr zSize kWriteBufferSize = 0x10000;
-
 using Handle = Orv::Object<void*>;
 
+// Copies a file from disk into the member that was begun.
+zStatus CopyFile(const std::string& path, zTar tar, zAlloc alloc) {
+  Handle source;
+  const zStatus opened = zFile_Construct(source.Out(), path.c_str(), zFILE_READ, alloc);
+  if (opened != zOK) return opened;
+  const z64s told = zFile_Size(source.Get());
+  if (told < 0) return zERROR_STREAM;
+  const auto size = static_cast<z64u>(told);
+  std::vector<z8u> piece(zSize{64} << 10);
+  zSize part = 0;
+  for (z64u done = 0; done < size; done += part) {
+    part = static_cast<zSize>(std::min<z64u>(size - done, piece.size()));
+    zStatus status = zFile_Read(source.Get(), done, piece.data(), part);
+    if (status == zOK) status = zStream_Write(tar, piece.data(), part);
+    if (status != zOK) return status;
+  }
+  // One whose size could not be told would be cut.
+  return zFile_Read(source.Get(), size, piece.data(), 1) == zOK ? zERROR_STREAM : zOK;
+}
+
+// The archive up to the recording.
 class ArchiveWriter {
  public:
-  ArchiveWriter(zTar tar, zAlloc alloc) : tar_(tar), alloc_(alloc) {}
-
-  // Copies a file from disk into a member.
-  void CopyFile(const char* member, const std::string& sourcePath) {
-    const z64u size = zFile_Size(sourcePath.c_str());
-    Handle source;
-    zStatus status = zFile_Construct(source.Out(), sourcePath.c_str(), zFILE_READ, alloc_);
-    if (status == zOK) status = zTar_WriteFile(tar_, member, source.Get(), size);
-    // One that has grown, or whose size could not be told, would be cut.
-    z8u more = 0;
-    if (status == zOK && zStream_Read(source.Get(), &more, 1) == zOK) status = zERROR_STREAM;
-    const zStatus released = source.Release();
-    kOperation.Require(status == zOK ? released : status, "Failed to write the %s file", member);
+  ArchiveWriter(const std::string& path, zAlloc alloc) : path_(path), alloc_(alloc) {
+    kOperation.Require(output_.Open(path), "Failed to construct " + path);
+    kOperation.Require(zTar_Construct(tar_.Out(), output_.Stream(), alloc),
+                       "Failed to construct a zTar variable");
   }
 
+  zStream Stream() const { return tar_.Get(); }
+  bool HasFailed() const { return output_.HasFailed(); }
+
+  void CopyFileInto(const char* member, const std::string& sourcePath) {
+    Begin(member, zTAR_FILE, "Failed to write the %s file");
+    kOperation.Require(CopyFile(sourcePath, tar_.Get(), alloc_), "Failed to write the %s file",
+                       member);
+  }
   void BeginFolder(const char* member) {
-    kOperation.Require(zTar_BeginWrite(tar_, member, zTAR_DIRECTORY, 0),
-                       "Failed to create the %s directory", member);
+    Begin(member, zTAR_DIRECTORY, "Failed to create the %s directory");
   }
+  void BeginFile(const char* member) { Begin(member, zTAR_FILE, "Failed to create the %s file"); }
 
-  void WriteReplay(const Plovia::ReplayStream& replay) {
-    kOperation.Require(zTar_BeginWrite(tar_, kReplayMember, zTAR_FILE, replay.Size()),
-                       "Failed to create the %s file", kReplayMember);
-    kOperation.Require(replay.WriteTo(tar_), "Failed to write the %s file", kReplayMember);
+  // The last blocks of the archive and of the file are written only now.
+  void Finish() {
+    if (tar_.Release() != zOK || output_.Finish() != zOK) FailToWrite();
   }
 
  private:
-  zTar tar_;
+  // It ends the member before, which may be what fails.
+  void Begin(const char* member, z32s type, const char* failure) {
+    const zStatus begun = zTar_BeginWrite(tar_.Get(), member, type);
+    if (begun != zOK && HasFailed()) FailToWrite();
+    kOperation.Require(begun, failure, member);
+  }
+
+  [[noreturn]] void FailToWrite() const { kOperation.Fail(kBadInput, "Failed to write " + path_); }
+
+  const std::string& path_;
   zAlloc alloc_;
+  OutputFile output_;
+  Handle tar_;  // over the output; ends before it
 };
 
 }  // namespace
 
-void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& configPath,
+void WriteReplayData(const FillStream& fill, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc) {
-  RequireSeparateFiles(kOperation, {outputPath}, {configPath, jobsConfigPath, jobPath});
-  OutputFile output;
-  Handle tar;
-  kOperation.Require(output.Open(outputPath), "Failed to construct " + outputPath);
-  kOperation.Require(zFile_SetWriteBuffer(output.Stream(), kWriteBufferSize),
-                     "Failed to allocate memory");
-  kOperation.Require(zTar_Construct(tar.Out(), output.Stream(), zTAR_WRITE, alloc),
-                     "Failed to construct a zTar variable");
-  ArchiveWriter writer(tar.Get(), alloc);
-  writer.CopyFile(kConfigMember, configPath);
-  writer.BeginFolder(kJobsFolder);
-  writer.CopyFile(kJobsConfigMember, jobsConfigPath);
-  writer.BeginFolder(kLiveFolder);
-  writer.CopyFile(kJobMember, jobPath);
-  writer.BeginFolder(kReplayFolder);
-  writer.WriteReplay(replay);
-  // The last blocks of the archive and of the file are written only now.
-  if (tar.Release() != zOK || output.Finish() != zOK) {
-    kOperation.Fail(kBadInput, "Failed to write " + outputPath);
+  std::optional<ArchiveWriter> archive;
+  try {
+    RequireSeparateFiles(kOperation, {outputPath}, {configPath, jobsConfigPath, jobPath});
+    archive.emplace(outputPath, alloc);
+    archive->CopyFileInto(kConfigMember, configPath);
+    archive->BeginFolder(kJobsFolder);
+    archive->CopyFileInto(kJobsConfigMember, jobsConfigPath);
+    archive->BeginFolder(kLiveFolder);
+    archive->CopyFileInto(kJobMember, jobPath);
+    archive->BeginFolder(kReplayFolder);
+    archive->BeginFile(kReplayMember);
+  } catch (const Orv::Exception&) {
+    TryContent(fill);
+    throw;
   }
+  try {
+    fill(archive->Stream());
+  } catch (const Orv::Exception& failure) {
+    if (!archive->HasFailed()) throw;
+    kOperation.Fail(failure.Status(), "Failed to write the %s file", kReplayMember);
+  }
+  archive->Finish();
 }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <string>
-
-#include "sdk/pipeline.h"
+#include "outputfile/writefile.h"
 
 // Writes a recording archive: copies of three configuration files (their paths on disk are given)
-// and the replay stream. Throws Orv::Exception with the status of the step that failed; the file
-// then stays as far as it was written.
-void WriteReplayData(const Plovia::ReplayStream& replay, const std::string& configPath,
+// and the replay stream, which `fill` writes. What is wrong with the stream itself is told first.
+// Throws Orv::Exception with the status of the step that failed; nothing is left then.
+void WriteReplayData(const FillStream& fill, const std::string& configPath,
                      const std::string& jobsConfigPath, const std::string& jobPath,
                      const std::string& outputPath, zAlloc alloc);

@@ -127,9 +127,9 @@ CsvDeviceInfoFields ReadDevice(json& sensor) {
 
 }  // namespace
 
-CsvJob::CsvJob(std::span<const z8u> job, const Listener& listener) {
-  if (job.empty()) kInfo.Fail(kMissing, "Fail to find the job buffer");
-  scanners_ = GetScannerConfig(job, kFamilies);
+CsvJob::CsvJob(zSourcePtr job, const Listener& listener) {
+  if (job == nullptr || job->Size() == 0) kInfo.Fail(kMissing, "Fail to find the job buffer");
+  scanners_ = GetScannerConfig(std::move(job), kFamilies);
   if (scanners_.empty()) kInfo.Fail(kNotFound, "Failed to find any scanner");
   info_ = ReadInfo(FirstOf(scanners_), listener);
 }

@@ -5,7 +5,6 @@
 #include <array>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <span>
 #include <string>
 
 #include "notices.h"
@@ -44,7 +43,7 @@ struct CsvDeviceInfoFields {
 class CsvJob {
  public:
   // Reads the scanner's settings; an empty job is an error.
-  CsvJob(std::span<const z8u> job, const Listener& listener);
+  CsvJob(zSourcePtr job, const Listener& listener);
 
   const CsvInfoFields& Info() const { return info_; }
   // The sensor's settings, which are read when they are first asked for.

@@ -5,14 +5,15 @@
 #include <charconv>
 
 #include "formats/csv/sections.h"
+#include "outputfile/writefile.h"
 #include "scan/points.h"
 #include "statuses.h"
-#include "wholefile.h"
 
 namespace {
 
 constexpr Orv::Operation kOperation{"surfacefileconverter",
                                     "SurfaceFileConverter::writeProfileMsgsToCsv"};
+constexpr Orv::Operation kWriteBuffer{"surfacefileconverter", "WriteBuffer"};
 
 // A short recording whose first profile is long can ask for any number of empty cells.
 constexpr z64u kMostMissingPoints = z64u{1} << 24;
@@ -49,20 +50,6 @@ class ProfileSection {
         x_(first.X()),
         z_(first.Z()),
         exposure_(exposure) {}
-
-  // Makes room for the lines of some profiles, so that the text is not moved while it grows.
-  void Reserve(const std::vector<Scan>& profiles) {
-    constexpr zSize kLongestStamp = 160;
-    const zSize lines = IsUniform() ? 2 : 3;
-    zSize points = 0;
-    for (const Scan& profile : profiles) points += std::min<zSize>(profile.width, columns_);
-    const zSize missing = profiles.size() * columns_ - points;
-    if (missing > kMostMissingPoints) {
-      kOperation.Fail(kBadInput, "The first profile has too many points more than the others");
-    }
-    text_.Reserve((profiles.size() * kLongestStamp + points * kLongestCell + missing) * lines +
-                  (columns_ + 1) * kLongestCell);
-  }
 
   void WriteHead(zSize frameCount) {
     text_ << (IsUniform() ? "Profile\n" : "RawProfile\n");
@@ -131,22 +118,28 @@ class ProfileSection {
 
 }  // namespace
 
-void WriteProfilesCsv(const std::vector<Orv::Object<void*>>& messages, bool inArrays, CsvJob& job,
+void WriteProfilesCsv(const ProfileMessages& messages, bool inArrays, CsvJob& job,
                       const std::string& path) {
-  if (messages.empty()) kOperation.Fail(kBadInput, "The input msg is empty");
-  std::vector<Scan> profiles{FindProfile(messages.front(), inArrays)};
-  const Scan first = profiles.front();
+  if (messages.count == 0) kOperation.Fail(kBadInput, "The input msg is empty");
+  const auto profile = [&](zSize frame) { return FindProfile(messages.read(frame), inArrays); };
+  const Scan first = profile(0);
   const CsvDeviceInfoFields& device = job.Device();
-  CsvText text;
-  WriteSections(text, job.Info(), device, first.scale);
-  for (zSize i = 1; i < messages.size(); ++i) {
-    profiles.push_back(FindProfile(messages[i], inArrays));
+  zSize missing = 0;
+  for (zSize i = 1; i < messages.count; ++i) {
+    missing += first.width - std::min(first.width, profile(i).width);
   }
-  ProfileSection section(text, first, device.exposures[0]);
-  section.Reserve(profiles);
-  section.WriteHead(profiles.size());
-  for (const Scan& profile : profiles) section.WriteProfile(profile);
-  text << "End\n\n\n";
-  WriteBuffer(text.Bytes(), path,
-              kOperation.Error(kRefused, "Failed to create the file - %s", path));
+  if (missing > kMostMissingPoints) {
+    kOperation.Fail(kBadInput, "The first profile has too many points more than the others");
+  }
+  const auto write = [&](zStream stream) {
+    CsvText text(stream);
+    WriteSections(text, job.Info(), device, first.scale);
+    ProfileSection section(text, first, device.exposures[0]);
+    section.WriteHead(messages.count);
+    for (zSize i = 0; i < messages.count; ++i) section.WriteProfile(profile(i));
+    text << "End\n\n\n";
+    text.Finish();
+  };
+  WriteFile(kWriteBuffer, path, write,
+            kOperation.Error(kRefused, "Failed to create the file - %s", path));
 }

@@ -2,13 +2,14 @@
 #include "formats/csv/writer.h"
 
 #include "formats/csv/sections.h"
+#include "outputfile/writefile.h"
 #include "scan/points.h"
 #include "statuses.h"
-#include "wholefile.h"
 
 namespace {
 
 constexpr Orv::Operation kOperation{"surfacefileconverter", "SurfaceFileConverter::writeMsgToCsv"};
+constexpr Orv::Operation kWriteBuffer{"surfacefileconverter", "WriteBuffer"};
 
 // Without points a few bytes can claim four thousand million columns, or rows, to be written.
 constexpr z64u kMostLinesWithoutPoints = z64u{1} << 16;
@@ -29,22 +30,21 @@ void WriteHeights(CsvText& text, const Scan& scan, std::span<const z16s> heights
           "X Offset,Y Offset,Z Offset\n";
   WriteRow(text, scan, scan.offset.x, scan.offset.y, scan.offset.z);
   text << "Y\\X,";
-  const zSize cells = scan.width + heights.size() + scan.length;
-  char* to = text.OpenCells(cells * kLongestCell + scan.length + 1);
+  const zSize room = (zSize{scan.width} + 1) * kLongestCell + 1;
+  char* to = text.OpenCells(room);
   const char* line = to;
   for (zSize column = 0; column < scan.width; ++column)
     to = WriteCell(to, Real(static_cast<z64f>(column), scan.X()));
-  to = EndCells(line, to);
+  text.CloseCells(EndCells(line, to));
   AxisCells z(scan.Z());
   for (zSize row = 0; row < scan.length; ++row) {
-    to = WriteCell(to, Real(static_cast<z64f>(row), scan.Y()));
+    to = WriteCell(text.OpenCells(room), Real(static_cast<z64f>(row), scan.Y()));
     line = to;
     for (const z16s height : heights.subspan(row * scan.width, scan.width)) {
       to = z.Write(to, height);
     }
-    to = EndCells(line, to);
+    text.CloseCells(EndCells(line, to));
   }
-  text.CloseCells(to);
 }
 
 // A line for each row, with three cells for each of its points.
@@ -58,8 +58,8 @@ void WritePoints(CsvText& text, const Scan& scan, std::span<const zPoint3d16s> p
   AxisCells x(scan.X());
   AxisCells y(scan.Y());
   AxisCells z(scan.Z());
-  char* to = text.OpenCells(points.size() * 3 * kLongestCell + scan.length);
   for (zSize row = 0; row < scan.length; ++row) {
+    char* to = text.OpenCells(zSize{scan.width} * 3 * kLongestCell + 1);
     const char* const line = to;
     for (const zPoint3d16s& point : points.subspan(row * scan.width, scan.width)) {
       if (IsValid(point)) {
@@ -68,9 +68,8 @@ void WritePoints(CsvText& text, const Scan& scan, std::span<const zPoint3d16s> p
         to = WriteEmptyCells(to, 3);
       }
     }
-    to = EndCells(line, to);
+    text.CloseCells(EndCells(line, to));
   }
-  text.CloseCells(to);
 }
 
 }  // namespace
@@ -87,15 +86,18 @@ void WriteSurfaceCsv(MxMsg message, DataSourceType dataType, CsvJob& job, const 
     kOperation.Fail(kBadInput, "The surface has too many rows or columns without points");
   }
 
-  CsvText text;
-  WriteSections(text, job.Info(), device, scan.scale);
-  // The recording's data type is that of its last source; the others may differ.
-  if (scan.kind == ScanKind::surface) {
-    WriteHeights(text, scan, zArray_Items<z16s>(scan.points.Get()));
-  } else {
-    WritePoints(text, scan, zArray_Items<zPoint3d16s>(scan.points.Get()));
-  }
-  text << "End\n";
-  WriteBuffer(text.Bytes(), path,
-              kOperation.Error(kRefused, "Failed to create the file - %s", path));
+  const auto write = [&](zStream stream) {
+    CsvText text(stream);
+    WriteSections(text, job.Info(), device, scan.scale);
+    // The recording's data type is that of its last source; the others may differ.
+    if (scan.kind == ScanKind::surface) {
+      WriteHeights(text, scan, zArray_Items<z16s>(scan.points.Get()));
+    } else {
+      WritePoints(text, scan, zArray_Items<zPoint3d16s>(scan.points.Get()));
+    }
+    text << "End\n";
+    text.Finish();
+  };
+  WriteFile(kWriteBuffer, path, write,
+            kOperation.Error(kRefused, "Failed to create the file - %s", path));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "formats/csv/text.h"
 
+#include <algorithm>
+
 #include "scan/points.h"
 
 CsvText& CsvText::operator<<(std::string_view text) {
@@ -23,19 +25,27 @@ CsvText& CsvText::operator<<(double number) {
 }
 
 void CsvText::Append(std::string_view text) {
-  const zSize start = bytes_.size();
-  bytes_.resize(start + text.size());
-  std::memcpy(bytes_.data() + start, text.data(), text.size());
+  char* to = OpenCells(text.size());
+  std::memcpy(to, text.data(), text.size());
+  used_ += text.size();
 }
 
 char* CsvText::OpenCells(zSize size) {
-  const zSize start = bytes_.size();
-  bytes_.resize(start + size + kCellRoom);
-  return reinterpret_cast<char*>(bytes_.data()) + start;
+  const zSize needed = used_ + size + kCellRoom;
+  if (room_.size() < needed) room_.resize(std::max(needed, 2 * room_.size()));
+  return reinterpret_cast<char*>(room_.data()) + used_;
 }
 
 void CsvText::CloseCells(const char* end) {
-  bytes_.resize(static_cast<zSize>(end - reinterpret_cast<const char*>(bytes_.data())));
+  constexpr zSize kLongText = zSize{128} << 10;
+  used_ = static_cast<zSize>(end - reinterpret_cast<const char*>(room_.data()));
+  if (used_ >= kLongText) Finish();
+}
+
+void CsvText::Finish() {
+  constexpr Orv::Operation kOperation{"surfacefileconverter", "CsvText::Finish"};
+  kOperation.Require(zStream_Write(stream_, room_.data(), used_), "");
+  used_ = 0;
 }
 
 AxisCells::AxisCells(const Axis& axis) : axis_(axis) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The text of a CSV file while it is built, and a quick way from raw values to cells.
+// The text of a CSV file on its way into a stream, and a quick way from raw values to cells.
 #pragma once
 
 #include <cmath>
@@ -21,6 +21,8 @@ inline constexpr zSize kCellRoom = 16;
 // Lines end with CR LF on every platform, and numbers look the same under every locale.
 class CsvText {
  public:
+  explicit CsvText(zStream stream) : stream_(stream) {}
+
   // Appends a text, in which each "\n" becomes a line end.
   CsvText& operator<<(std::string_view text);
   // Appends a number; a real one has six significant digits.
@@ -39,21 +41,21 @@ class CsvText {
     *this << "\n";
   }
 
-  // Makes room for `size` more bytes in all.
-  void Reserve(zSize size) { bytes_.reserve(bytes_.size() + size + kCellRoom); }
-
   // Makes room for cells of at most `size` bytes past the text, and tells where they start. Memory
   // that they do not need stays untouched.
   char* OpenCells(zSize size);
-  // Cells were written up to here.
+  // Cells were written up to here. Long texts go into the stream; throws Orv::Exception when they
+  // cannot.
   void CloseCells(const char* end);
-
-  const zBytes& Bytes() const { return bytes_; }
+  // The text is complete.
+  void Finish();
 
  private:
   void Append(std::string_view text);
 
-  zBytes bytes_;
+  zStream stream_;
+  zBytes room_;
+  zSize used_ = 0;  // of the room, by text that is not in the stream yet
 };
 
 // The sign of a not-a-number that arithmetic gives differs between processors; it is not shown.

@@ -2,7 +2,7 @@
 // Messages of a recording as CSV files.
 #pragma once
 
-#include <vector>
+#include <functional>
 
 #include "formats/csv/job.h"
 #include "formats/filetypes.h"
@@ -13,9 +13,15 @@
 // what CsvJob::Device throws.
 void WriteSurfaceCsv(MxMsg message, DataSourceType dataType, CsvJob& job, const std::string& path);
 
+// One message for each frame, read when it is needed.
+struct ProfileMessages {
+  zSize count;
+  std::function<Orv::Object<void*>(zSize frame)> read;
+};
+
 // Writes one source's profiles as CSV: one for each frame, as the first item of an array when
 // `inArrays`. Throws Orv::Exception for an empty list, an empty handle or array, a message that is
 // no profile or of another kind than the first one, and a file that cannot be written, and what
 // CsvJob::Device throws.
-void WriteProfilesCsv(const std::vector<Orv::Object<void*>>& messages, bool inArrays, CsvJob& job,
+void WriteProfilesCsv(const ProfileMessages& messages, bool inArrays, CsvJob& job,
                       const std::string& path);

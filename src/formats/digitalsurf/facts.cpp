@@ -87,11 +87,11 @@ void NoteIgnored(const DigitalSurfFacts& facts, const SurHeader& header, bool pr
 }
 
 // Only 32-bit heights can be too large for 16 bits.
-void WarnOfWrapping(const zBytes& bytes, bool profile, const DigitalSurfFacts& facts,
+void WarnOfWrapping(const zSource& source, bool profile, const DigitalSurfFacts& facts,
                     const Scan& scan, ScanFileDescription& description) {
   UnfoldedHeights told;
-  if (facts.bitsPerPoint != 32 ||
-      FindUnfoldedHeights(bytes, profile, told, &zAllocator::Default()) != zOK || told.lost == 0) {
+  if (facts.bitsPerPoint != 32 || FindUnfoldedHeights(source, profile, told) != zOK ||
+      told.lost == 0) {
     return;
   }
   const HeightRange range = FindHeightRange(zArray_Items<z16s>(scan.points.Get()));
@@ -106,11 +106,11 @@ void WarnOfWrapping(const zBytes& bytes, bool profile, const DigitalSurfFacts& f
       RealText(highest), unit);
 }
 
-std::string CommentOf(const zBytes& bytes, const SurHeader& header) {
-  const auto size = static_cast<zSize>(std::max<z16s>(header.commentSize, 0));
-  const auto text =
-      std::span(bytes).subspan(kSurHeaderSize).first(std::min(size, bytes.size() - kSurHeaderSize));
-  return ToUtf8({reinterpret_cast<const char*>(text.data()), text.size()});
+std::string CommentOf(const zSource& source, const SurHeader& header) {
+  const auto told = static_cast<z64u>(std::max<z16s>(header.commentSize, 0));
+  std::string text(static_cast<zSize>(std::min(told, source.Size() - kSurHeaderSize)), '\0');
+  source.Read(kSurHeaderSize, text.data(), text.size());
+  return ToUtf8(text);
 }
 
 z64u SampleBytes(const SurHeader& header) {
@@ -120,29 +120,29 @@ z64u SampleBytes(const SurHeader& header) {
 
 }  // namespace
 
-std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zBytes& bytes, bool profile,
+std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zSource& source, bool profile,
                                                     ScanFileDescription& description) {
   zAlloc alloc = &zAllocator::Default();
-  FileReader file;
+  FileReader file(source);
   SurHeader header;
-  if (OpenDigitalSurf(bytes, file, header, alloc) != zOK) {
-    description.complaints.push_back(ComplainOfHeader(bytes));
+  if (OpenDigitalSurf(file, header) != zOK) {
+    description.complaints.push_back(ComplainOfHeader(source));
     return std::nullopt;
   }
   DigitalSurfFacts facts = FactsOf(header);
-  facts.comment = CommentOf(bytes, header);
-  description.complaints = ValidateSamples(header, profile, file.Left(), bytes.size());
+  facts.comment = CommentOf(source, header);
+  description.complaints = ValidateSamples(header, profile, file.Left(), source.Size());
   if (!description.complaints.empty()) return facts;
   facts.bytesAfterSamples = file.Left() - SampleBytes(header);
   NoteIgnored(facts, header, profile, description);
 
   Scan scan;
   const zStatus status =
-      profile ? LoadProFileBuffer(bytes, scan, alloc) : LoadSurFileBuffer(bytes, scan, alloc);
+      profile ? LoadProFileBuffer(source, scan, alloc) : LoadSurFileBuffer(source, scan, alloc);
   if (status == zOK) {
     std::ranges::transform(facts.stepUnits, scan.units.begin(), UnitOf);
     if (profile) scan.units[1] = {};  // it has no y
-    WarnOfWrapping(bytes, profile, facts, scan, description);
+    WarnOfWrapping(source, profile, facts, scan, description);
     description.scan = std::move(scan);
   } else {
     description.complaints.push_back(

@@ -19,5 +19,5 @@ struct DigitalSurfFacts {
 };
 
 // Looks at a whole file; no facts where its header cannot be read.
-std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zBytes& bytes, bool profile,
+std::optional<DigitalSurfFacts> DescribeDigitalSurf(const zSource& source, bool profile,
                                                     ScanFileDescription& description);

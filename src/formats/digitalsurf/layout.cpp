@@ -152,17 +152,16 @@ void InitSurHeader(SurHeader& header) {
   });
 }
 
-zStatus ReadSurHeader(zSerializer serializer, SurHeader& header) {
+zStatus ReadSurHeader(FileReader& file, SurHeader& header) {
   return ForEachField([&](const auto& field) {
-    const zStatus status =
-        zSerializer_Read(serializer, field.type, &(header.*field.member), field.count);
+    const zStatus status = file.Read(field.type, &(header.*field.member), field.count);
     if (status != zOK || field.offset != 0) return status;
     return std::ranges::equal(header.signature, kSurSignature) ? zOK : kRefused;
   });
 }
 
-zStatus WriteSurHeader(zSerializer serializer, const SurHeader& header) {
+zStatus WriteSurHeader(zStream stream, const SurHeader& header) {
   return ForEachField([&](const auto& field) {
-    return zSerializer_Write(serializer, field.type, &(header.*field.member), field.count);
+    return zStream_WritePrimitives(stream, field.type, &(header.*field.member), field.count);
   });
 }

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-#include "sdk/core.h"
+#include "formats/filereader.h"
 
 inline constexpr zSize kSurHeaderSize = 512;
 inline constexpr std::string_view kSurSignature = "DIGITAL SURF";
@@ -56,5 +56,5 @@ void InitSurHeader(SurHeader& header);
 
 // Reads the header up to the first failing read, whose status is returned. Another signature is
 // refused (status 0) before anything after it is read.
-zStatus ReadSurHeader(zSerializer serializer, SurHeader& header);
-zStatus WriteSurHeader(zSerializer serializer, const SurHeader& header);
+zStatus ReadSurHeader(FileReader& file, SurHeader& header);
+zStatus WriteSurHeader(zStream stream, const SurHeader& header);

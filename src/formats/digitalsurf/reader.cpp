@@ -8,6 +8,7 @@
 
 #include "formats/digitalsurf/fold.h"
 #include "formats/digitalsurf/validation.h"
+#include "statuses.h"
 
 namespace {
 
@@ -52,17 +53,23 @@ class SampleReader {
   }
 
  private:
+  static constexpr zSize kBlock = zSize{64} << 10;  // samples
+
   struct Folding {
     DigitalSurfFold fold;
     z32s threshold;  // samples below it are invalid points
   };
 
   zStatus Read16(zObject points) {
-    const zStatus status = file_.ReadArray(points);
-    if (status != zOK || header_.specialPoints != 1) return status;
     const auto threshold = static_cast<z16s>(header_.zMin);
-    for (z16s& height : zArray_EditableItems<z16s>(points)) {
-      height = height < threshold ? kInvalidRaw : height;
+    std::span<z16s> left = zArray_EditableItems<z16s>(points);
+    while (!left.empty()) {
+      const std::span<z16s> block = left.first(std::min(left.size(), kBlock));
+      left = left.subspan(block.size());
+      const zStatus status = file_.Read(zType::z16s, block.data(), block.size());
+      if (status != zOK) return status;
+      if (header_.specialPoints != 1) continue;
+      for (z16s& height : block) height = height < threshold ? kInvalidRaw : height;
     }
     return zOK;
   }
@@ -118,7 +125,7 @@ class SampleReader {
   // Gives the next `count` 32-bit samples to `use`, a block at a time.
   template <class Use>
   zStatus ForEachBlock(zSize count, Use use) {
-    std::array<z32s, 4096> block;
+    std::vector<z32s> block(std::min(count, kBlock));
     for (zSize size = 0; count > 0; count -= size) {
       size = std::min(count, block.size());
       const zStatus status = file_.Read(zType::z32s, block.data(), size);
@@ -140,12 +147,13 @@ zStatus MakeHeights(const SurHeader& header, bool profile, Orv::Object<void*>& p
                                      header.pointsPerLine, alloc);
 }
 
-zStatus Load(const zBytes& bytes, bool profile, Scan& record, zAlloc alloc) {
-  FileReader file;
+zStatus Load(const zSource& source, bool profile, Scan& record, zAlloc alloc) {
+  if (source.Size() == 0) return kMissing;
+  FileReader file(source);
   SurHeader header;
-  zStatus status = OpenDigitalSurf(bytes, file, header, alloc);
+  zStatus status = OpenDigitalSurf(file, header);
   if (status != zOK) return status;
-  const Complaints complaints = ValidateSamples(header, profile, file.Left(), bytes.size());
+  const Complaints complaints = ValidateSamples(header, profile, file.Left(), source.Size());
   if (!complaints.empty()) return complaints.front().status;
   status = MakeHeights(header, profile, record.points, alloc);
   if (status != zOK) return status;
@@ -162,33 +170,30 @@ zStatus Load(const zBytes& bytes, bool profile, Scan& record, zAlloc alloc) {
 
 }  // namespace
 
-zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header, zAlloc alloc) {
-  zStatus status = file.Open(bytes, alloc);
-  if (status != zOK) return status;
+zStatus OpenDigitalSurf(FileReader& file, SurHeader& header) {
   InitSurHeader(header);
-  status = ReadSurHeader(file.Serializer(), header);
+  const zStatus status = ReadSurHeader(file, header);
   if (status != zOK || (header.commentSize <= 0 && header.privateSize <= 0)) return status;
   return file.Seek(static_cast<z64s>(file.Position()) + header.commentSize + header.privateSize);
 }
 
-zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
-  return Load(bytes, false, record, alloc);
+zStatus LoadSurFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
+  return Load(source, false, record, alloc);
 }
 
-zStatus FindUnfoldedHeights(const zBytes& bytes, bool profile, UnfoldedHeights& heights,
-                            zAlloc alloc) {
-  FileReader file;
+zStatus FindUnfoldedHeights(const zSource& source, bool profile, UnfoldedHeights& heights) {
+  FileReader file(source);
   SurHeader header;
-  const zStatus status = OpenDigitalSurf(bytes, file, header, alloc);
+  const zStatus status = OpenDigitalSurf(file, header);
   if (status != zOK) return status;
   const auto points =
       static_cast<zSize>(header.pointsPerLine) * static_cast<zSize>(header.lineCount);
   return SampleReader(file, header, profile).Measure(points, heights);
 }
 
-zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
+zStatus LoadProFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
   constexpr Orv::Operation kOperation{"loadfilestream", "LoadProFileBuffer"};
-  const zStatus status = Load(bytes, true, record, alloc);
+  const zStatus status = Load(source, true, record, alloc);
   if (status == kBadInput) kOperation.Fail(status, "The pro file contains multiples profiles.");
   return status;
 }

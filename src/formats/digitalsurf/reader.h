@@ -10,11 +10,11 @@
 // and the z scale and offset adjusted. Returns 1, or -999 for no bytes at all, 0 for a file of
 // another kind or sample size, or the status of the step that failed. A surface of no points
 // (either side 0) is read. After a failure the record may hold an unfilled array of points.
-zStatus LoadSurFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
+zStatus LoadSurFileBuffer(const zSource& source, Scan& record, zAlloc alloc);
 
 // Decodes a Digital Surf profile into z16s heights, folded like those of a surface. Returns what
 // LoadSurFileBuffer returns; throws Orv::Exception for a file of more or less than one line.
-zStatus LoadProFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
+zStatus LoadProFileBuffer(const zSource& source, Scan& record, zAlloc alloc);
 
 // The heights of a file of 32-bit samples, as it tells them: spacing and offset of its header,
 // valid points only. 0 for both where there is none.
@@ -24,9 +24,8 @@ struct UnfoldedHeights {
   zSize lost = 0;  // of them, whose folded heights are others: they do not fit into 16 bits
 };
 // Of a file that the loaders above read; returns what they return.
-zStatus FindUnfoldedHeights(const zBytes& bytes, bool profile, UnfoldedHeights& heights,
-                            zAlloc alloc);
+zStatus FindUnfoldedHeights(const zSource& source, bool profile, UnfoldedHeights& heights);
 
-// Opens the file and reads its header, then moves past the comment and private zones. The bytes
-// must outlive the file. No bytes at all are -999, another signature is 0.
-zStatus OpenDigitalSurf(const zBytes& bytes, FileReader& file, SurHeader& header, zAlloc alloc);
+// Reads the header of a file, then moves past the comment and private zones. Another signature is
+// 0.
+zStatus OpenDigitalSurf(FileReader& file, SurHeader& header);

@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "formats/digitalsurf/validation.h"
 
+#include <algorithm>
+
 #include "statuses.h"
 
-Complaint ComplainOfHeader(std::span<const z8u> file) {
-  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
-  const zStatus mismatch = file.size() < kSurSignature.size() ? zERROR_STREAM : kRefused;
+Complaint ComplainOfHeader(const zSource& file) {
+  std::string text(static_cast<zSize>(std::min<z64u>(file.Size(), kSurSignature.size())), '\0');
+  file.Read(0, text.data(), text.size());
+  const zStatus mismatch = text.size() < kSurSignature.size() ? zERROR_STREAM : kRefused;
   if (text.starts_with("DSCOMPRESSED")) {
     return {0, mismatch, "the file is in the compressed form, which is not read"};
   }
   if (!text.starts_with(kSurSignature.substr(0, text.size()))) {
     return {0, mismatch, "the file does not begin as a Digital Surf file does"};
   }
-  if (file.size() < kSurHeaderSize) {
-    return MakeComplaint(file.size(), zERROR_STREAM, "the file ends in its header of %zu bytes",
+  if (file.Size() < kSurHeaderSize) {
+    return MakeComplaint(file.Size(), zERROR_STREAM, "the file ends in its header of %zu bytes",
                          kSurHeaderSize);
   }
   return {SurFieldOffset(&SurHeader::commentSize), zERROR_STREAM,

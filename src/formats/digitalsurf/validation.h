@@ -2,14 +2,12 @@
 // What the readers of Digital Surf files, and whoever looks into them, call wrong.
 #pragma once
 
-#include <span>
-
 #include "formats/description.h"
 #include "formats/digitalsurf/layout.h"
 
 // Why the header of a file, or the zones behind it, cannot be read. -4 where the file ends too
 // early and 0 for another signature.
-Complaint ComplainOfHeader(std::span<const z8u> file);
+Complaint ComplainOfHeader(const zSource& file);
 
 // Whether the samples that a header tells of can be there: `left` bytes of the file of `fileSize`
 // bytes stand behind header and zones. -997 for a profile of more or less than one line, -2 for a

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "formats/digitalsurf/writer.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "formats/digitalsurf/layout.h"
 #include "scan/scan.h"
 #include "statuses.h"
@@ -25,48 +28,40 @@ SurHeader MakeHeader(const Scan& scan, const HeightRange& range) {
   return header;
 }
 
-zStatus MarkInvalidPoints(zObject points, z16s mark) {
-  const std::span<z16s> heights = zArray_EditableItems<z16s>(points);
-  if (heights.empty()) return zERROR_MEMORY;
-  // Storing each of them is what compilers put into vector instructions.
-  for (z16s& height : heights) height = height == kInvalidRaw ? mark : height;
-  return zOK;
+// With invalid points marked, which takes a copy.
+zStatus WriteMarked(std::span<const z16s> heights, z16s mark, zStream stream) {
+  std::vector<z16s> block(std::min(heights.size(), zSize{128} << 10));
+  zStatus status = zOK;
+  for (zSize count = 0; status == zOK && !heights.empty(); heights = heights.subspan(count)) {
+    count = std::min(heights.size(), block.size());
+    std::ranges::transform(heights.first(count), block.begin(),
+                           [mark](z16s height) { return height == kInvalidRaw ? mark : height; });
+    status = zStream_WritePrimitives(stream, zType::z16s, block.data(), count);
+  }
+  return status;
 }
 
-zStatus WriteFile(const SurHeader& header, std::span<const z16s> heights, zMemory stream) {
-  zStatus status =
-      zMemory_Reserve(stream, zMemory_Position(stream) + kSurHeaderSize + heights.size_bytes());
-  if (status != zOK) return status;
-  Orv::Object<void*> serializer;
-  status = zDat6Serializer_Construct(serializer.Out(), stream, &zAllocator::Default());
-  if (status != zOK) return status;
-  status = WriteSurHeader(serializer.Get(), header);
-  if (status != zOK) return status;
-  return zSerializer_Write(serializer.Get(), zType::z16s, heights.data(), heights.size());
-}
-
-zStatus Write(MxMsg message, ScanKind kind, zMemory stream) {
+zStatus Write(MxMsg message, ScanKind kind, zStream stream) {
   Scan scan;
   const zStatus status = GetScan(message, scan);
   if (status == zERROR_PARAMETER || stream == nullptr) return kRefused;
   if (status != zOK) return status;
   if (scan.kind != kind) return kRefused;
-  zObject points = scan.points.Get();
-  const HeightRange range = FindHeightRange(zArray_Items<z16s>(points));
+  const auto heights = zArray_Items<z16s>(scan.points.Get());
+  const HeightRange range = FindHeightRange(heights);
   if (!IsWritableAsDigitalSurf(range)) return kRefused;
-  if (range.hasInvalid) {
-    const zStatus marked = MarkInvalidPoints(points, static_cast<z16s>(range.lowest - 2));
-    if (marked != zOK) return marked;
-  }
-  return WriteFile(MakeHeader(scan, range), zArray_Items<z16s>(points), stream);
+  const zStatus written = WriteSurHeader(stream, MakeHeader(scan, range));
+  if (written != zOK) return written;
+  if (range.hasInvalid) return WriteMarked(heights, static_cast<z16s>(range.lowest - 2), stream);
+  return zStream_WritePrimitives(stream, zType::z16s, heights.data(), heights.size());
 }
 
 }  // namespace
 
-zStatus GetSurFileStream(MxMsg message, zMemory stream) {
+zStatus GetSurFileStream(MxMsg message, zStream stream) {
   return Write(message, ScanKind::surface, stream);
 }
 
-zStatus GetProFileStream(MxMsg message, zMemory stream) {
+zStatus GetProFileStream(MxMsg message, zStream stream) {
   return Write(message, ScanKind::profile, stream);
 }

@@ -12,9 +12,9 @@ constexpr bool IsWritableAsDigitalSurf(const HeightRange& range) {
   return range.lowest >= kLowestWritable && range.highest <= kHighestWritable;
 }
 
-// Append a uniform surface or profile message, header and samples, to a memory stream. Return 1; 0
+// Append a uniform surface or profile message, header and samples, to a stream. Return 1; 0
 // for a null message or stream, another kind of message, or heights outside of the range above; or
-// the status of the step that failed, when the stream holds a part. Invalid points of the message
-// itself become the smallest height - 2, as they stand in the file.
-zStatus GetSurFileStream(MxMsg message, zMemory stream);
-zStatus GetProFileStream(MxMsg message, zMemory stream);
+// the status of the step that failed, when the stream holds a part. Invalid points stand in the
+// file as the smallest height - 2.
+zStatus GetSurFileStream(MxMsg message, zStream stream);
+zStatus GetProFileStream(MxMsg message, zStream stream);

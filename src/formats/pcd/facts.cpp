@@ -51,14 +51,16 @@ void WarnOfTypes(std::string_view header, std::string_view fields,
   }
 }
 
-void WarnOfIntensities(const PcdCloud& cloud, std::string_view data,
-                       ScanFileDescription& description) {
-  const auto* field = reinterpret_cast<const z8u*>(data.data()) + *cloud.intensity;
+void WarnOfIntensities(const zSource& file, const PcdFile& pcd, ScanFileDescription& description) {
+  const PcdCloud& cloud = pcd.cloud;
+  const auto points = static_cast<zSize>(cloud.PointCount());
+  PcdRecords records(file, pcd.dataStart, cloud);
   z64u cut = 0;
   z64s lowest = 0;
   z64s highest = 0;
-  for (z64u i = 0; i < cloud.PointCount(); ++i, field += cloud.stride) {
-    const z64s intensity = WholeIntensity(field);
+  for (zSize i = 0; i < points; ++i) {
+    static_cast<void>(records.Load(i, 1));
+    const z64s intensity = WholeIntensity(records.AtHand() + *cloud.intensity);
     if (intensity != static_cast<z8u>(intensity)) ++cut;
     lowest = std::min(lowest, intensity);
     highest = std::max(highest, intensity);
@@ -100,24 +102,23 @@ void NoteIgnored(const CloudFacts& facts, const PcdCloud& cloud, z64u bytesLeft,
 
 }  // namespace
 
-std::optional<CloudFacts> DescribePcd(const zBytes& bytes, ScanFileDescription& description) {
+std::optional<CloudFacts> DescribePcd(const zSource& file, ScanFileDescription& description) {
   PcdFile pcd;
-  description.complaints =
-      ValidatePcd({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, pcd);
+  description.complaints = ValidatePcd(file, pcd);
   if (pcd.header.empty()) return std::nullopt;
   const PcdCloud& cloud = pcd.cloud;
   const CloudFacts facts{PcdValueOf(pcd.header, "FIELDS "), PcdValueOf(pcd.header, "VIEWPOINT "),
                          cloud.binary};
   if (!description.complaints.empty()) return facts;
-  NoteIgnored(facts, cloud, pcd.data.size() - cloud.PointCount() * cloud.stride, description);
+  NoteIgnored(facts, cloud, pcd.dataSize - cloud.PointCount() * cloud.stride, description);
   WarnOfTypes(pcd.header, facts.fields, description);
-  if (cloud.intensity) WarnOfIntensities(cloud, pcd.data, description);
+  if (cloud.intensity) WarnOfIntensities(file, pcd, description);
 
   PcdOptions asInTheFile;
   asInTheFile.width = cloud.width;
   asInTheFile.height = cloud.height;
   Scan scan;
-  const zStatus status = LoadPcdFileBuffer(bytes, scan, asInTheFile, &zAllocator::Default());
+  const zStatus status = LoadPcdFileBuffer(file, scan, asInTheFile, &zAllocator::Default());
   if (status == zOK) {
     description.scan = std::move(scan);
   } else {

@@ -11,4 +11,4 @@ struct CloudFacts {
 };
 
 // Looks at a whole file; no facts where its header cannot be read.
-std::optional<CloudFacts> DescribePcd(const zBytes& bytes, ScanFileDescription& description);
+std::optional<CloudFacts> DescribePcd(const zSource& file, ScanFileDescription& description);

@@ -30,16 +30,33 @@ struct PointBlock {
   Raws rawX, rawY, rawZ;
 };
 
-// Points from `start` on; past the last one there are points that are not finite.
-void Gather(const PcdRecords& records, zSize start, zSize count, PointBlock& block) {
-  for (zSize i = 0; i < count; ++i) {
-    const zPoint3d32f point = records.Point(start + i);
-    block.x[i] = point.x;
-    block.y[i] = point.y;
-    block.z[i] = point.z;
+// Where the coordinates stand in a record, after the swap of x and z.
+struct Places {
+  zSize x, y, z;
+};
+
+// The points of a file, a block at a time.
+struct Points {
+  PcdRecords& records;
+  Places places;
+
+  // Points from `start` on; past the last one there are points that are not finite.
+  void Gather(zSize start, zSize count, PointBlock& block, const RecordVisitor& visit = {}) {
+    zSize i = 0;
+    while (i < count) {
+      const zSize run = records.Load(start + i, count - i);
+      const z8u* record = records.AtHand();
+      if (visit) visit(record, run);
+      const zSize stride = records.Stride();
+      for (const zSize end = i + run; i < end; ++i, record += stride) {
+        block.x[i] = PcdRecords::Float(record + places.x);
+        block.y[i] = PcdRecords::Float(record + places.y);
+        block.z[i] = PcdRecords::Float(record + places.z);
+      }
+    }
+    for (; i < kBlock; ++i) block.x[i] = block.y[i] = block.z[i] = kNaN;
   }
-  for (zSize i = count; i < kBlock; ++i) block.x[i] = block.y[i] = block.z[i] = kNaN;
-}
+};
 
 z32s FiniteMask(z32f value) {
   return -z32s{(std::bit_cast<z32s>(value) & 0x7FFFFFFF) < 0x7F800000};
@@ -141,17 +158,20 @@ void Store(const PointBlock& block, std::span<zPoint3d16s> cells) {
 }
 
 // Of two zeros that differ in sign, the one that comes first in the file counts.
-Range RangeOf(const Extremes& extremes, const PcdRecords& records, zSize count,
-              z32f zPoint3d32f::*axis) {
+Range RangeOf(const Extremes& extremes, Points& points, zSize count, Values PointBlock::*axis,
+              PointBlock& block) {
   Range range{FromOrdered(extremes.lowest), FromOrdered(extremes.highest)};
   if (range.lowest != 0 && range.highest != 0) return range;
-  for (zSize i = 0; i < count; ++i) {
-    const zPoint3d32f point = records.Point(i);
-    if (point.*axis != 0) continue;
-    if ((FiniteMask(point.x) & FiniteMask(point.y) & FiniteMask(point.z)) == 0) continue;
-    if (range.lowest == 0) range.lowest = point.*axis;
-    if (range.highest == 0) range.highest = point.*axis;
-    break;
+  for (zSize start = 0; start < count; start += kBlock) {
+    points.Gather(start, std::min(kBlock, count - start), block);
+    MarkFinite(block);
+    for (zSize i = 0; i < kBlock; ++i) {
+      const z32f value = (block.*axis)[i];
+      if (block.valid[i] == 0 || value != 0) continue;
+      if (range.lowest == 0) range.lowest = value;
+      if (range.highest == 0) range.highest = value;
+      return range;
+    }
   }
   return range;
 }
@@ -161,18 +181,19 @@ struct Ranges {
 };
 
 // Of the finite points.
-Ranges FindRanges(const PcdRecords& records, zSize count, PointBlock& block) {
+Ranges FindRanges(Points& points, zSize count, PointBlock& block) {
   Extremes x, y, z;
   for (zSize start = 0; start < count; start += kBlock) {
-    Gather(records, start, std::min(kBlock, count - start), block);
+    points.Gather(start, std::min(kBlock, count - start), block);
     MarkFinite(block);
     x.Include(block.x, block.valid);
     y.Include(block.y, block.valid);
     z.Include(block.z, block.valid);
   }
   if (x.lowest > x.highest) return {};  // no point is finite
-  return {RangeOf(x, records, count, &zPoint3d32f::x), RangeOf(y, records, count, &zPoint3d32f::y),
-          RangeOf(z, records, count, &zPoint3d32f::z)};
+  return {RangeOf(x, points, count, &PointBlock::x, block),
+          RangeOf(y, points, count, &PointBlock::y, block),
+          RangeOf(z, points, count, &PointBlock::z, block)};
 }
 
 // A coordinate that is no 32-bit float matches none.
@@ -181,15 +202,16 @@ z32f Narrow(z64f value) {
   return static_cast<z64f>(narrow) == value ? narrow : kNaN;
 }
 
-void FillCells(std::span<zPoint3d16s> cells, const PcdRecords& records, const Ranges& ranges,
-               const PcdOptions& options, Scan& scan, PointBlock& block) {
+void FillCells(std::span<zPoint3d16s> cells, Points& points, const Ranges& ranges,
+               const PcdOptions& options, Scan& scan, const RecordVisitor& visit,
+               PointBlock& block) {
   const z32f zoom = options.zoom ? static_cast<z32f>(*options.zoom) : 1;
   const QuantizedAxis x(ranges.x, zoom), y(ranges.y, zoom), z(ranges.z, zoom);
   scan.scale = {x.Scale(), y.Scale(), z.Scale()};
   scan.offset = {x.Offset(), y.Offset(), z.Offset()};
   for (zSize start = 0; start < cells.size(); start += kBlock) {
     const zSize count = std::min(kBlock, cells.size() - start);
-    Gather(records, start, count, block);
+    points.Gather(start, count, block, visit);
     MarkFinite(block);
     if (options.invalidPoint) {
       UnmarkMatching(block, block.x, Narrow(options.invalidPoint->x));
@@ -209,10 +231,34 @@ void FillCells(std::span<zPoint3d16s> cells, const PcdRecords& records, const Ra
 
 }  // namespace
 
-void QuantizePoints(std::span<zPoint3d16s> cells, const PcdRecords& records,
-                    const PcdOptions& options, Scan& scan, zVectors vectors) {
+PcdRecords::PcdRecords(const zSource& file, z64u dataStart, const PcdCloud& cloud)
+    : file_(file),
+      dataStart_(dataStart),
+      stride_(cloud.stride),
+      count_(static_cast<zSize>(cloud.PointCount())) {}
+
+zSize PcdRecords::Load(zSize start, zSize most) {
+  if (const z8u* bytes = file_.Bytes()) {
+    atHand_ = bytes + dataStart_ + start * stride_;
+    return std::min(most, count_ - start);
+  }
+  if (start < blockStart_ || start >= blockStart_ + blockCount_) {
+    blockStart_ = start;
+    blockCount_ = std::clamp<zSize>(file_.Piece() / stride_, 1, count_ - start);
+    block_.resize(std::max(block_.size(), blockCount_ * stride_));
+    file_.Read(dataStart_ + z64u{start} * stride_, block_.data(), blockCount_ * stride_);
+  }
+  atHand_ = block_.data() + (start - blockStart_) * stride_;
+  return std::min(most, blockStart_ + blockCount_ - start);
+}
+
+void QuantizePoints(std::span<zPoint3d16s> cells, PcdRecords& records, const PcdCloud& cloud,
+                    const PcdOptions& options, Scan& scan, const RecordVisitor& visit,
+                    zVectors vectors) {
   const auto block = std::make_unique<PointBlock>();
+  Points points{records, {cloud.x, cloud.y, cloud.z}};
+  if (options.swapXZ) std::swap(points.places.x, points.places.z);
   Ranges ranges;
-  zVectors_Run(vectors, [&] { ranges = FindRanges(records, cells.size(), *block); });
-  zVectors_Run(vectors, [&] { FillCells(cells, records, ranges, options, scan, *block); });
+  zVectors_Run(vectors, [&] { ranges = FindRanges(points, cells.size(), *block); });
+  zVectors_Run(vectors, [&] { FillCells(cells, points, ranges, options, scan, visit, *block); });
 }

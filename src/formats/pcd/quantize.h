@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstring>
+#include <functional>
 #include <span>
 
 #include "formats/pcd/layout.h"
@@ -10,22 +11,18 @@
 #include "scan/rounding.h"
 #include "sdk/vectors.h"
 
-// The point records as the file has them, after the swap of x and z.
+// The point records of a file, of which some are at hand.
 class PcdRecords {
  public:
-  PcdRecords(const z8u* data, const PcdCloud& cloud, bool swapXZ)
-      : data_(data),
-        stride_(cloud.stride),
-        x_(swapXZ ? cloud.z : cloud.x),
-        y_(cloud.y),
-        z_(swapXZ ? cloud.x : cloud.z) {}
+  // The file must outlive this.
+  PcdRecords(const zSource& file, z64u dataStart, const PcdCloud& cloud);
 
-  const z8u* operator[](zSize point) const { return data_ + point * stride_; }
-
-  zPoint3d32f Point(zSize point) const {
-    const z8u* record = (*this)[point];
-    return {Float(record + x_), Float(record + y_), Float(record + z_)};
-  }
+  // Sees to it that the record `start`, and as many as possible behind it, are at hand; tells how
+  // many, up to `most`. What was at hand before may be gone.
+  zSize Load(zSize start, zSize most);
+  // The first of them.
+  const z8u* AtHand() const { return atHand_; }
+  zSize Stride() const { return stride_; }
 
   static z32f Float(const z8u* bytes) {
     z32f value = 0;
@@ -34,9 +31,16 @@ class PcdRecords {
   }
 
  private:
-  const z8u* data_;
-  zSize stride_, x_, y_, z_;
+  const zSource& file_;
+  z64u dataStart_;
+  zSize stride_, count_;
+  zBytes block_;
+  zSize blockStart_ = 0, blockCount_ = 0;  // records
+  const z8u* atHand_ = nullptr;
 };
+
+// Takes records of a cloud that stand one behind the other.
+using RecordVisitor = std::function<void(const z8u* first, zSize count)>;
 
 // An intensity in 255ths; a conversion keeps its low byte.
 inline z64s WholeIntensity(const z8u* bytes) {
@@ -45,6 +49,8 @@ inline z64s WholeIntensity(const z8u* bytes) {
 
 // Quantises the first points of a cloud into as many cells, each axis to -32767..32767 between its
 // extremes, and tells the scan's scale and offset. A point that is not valid becomes kInvalidPoint;
-// a coordinate on a flat axis 0. Of the options, invalid point and zoom count here.
-void QuantizePoints(std::span<zPoint3d16s> cells, const PcdRecords& records,
-                    const PcdOptions& options, Scan& scan, zVectors vectors = zVectors_Widest());
+// a coordinate on a flat axis 0. Of the options, swap, invalid point and zoom count here. `visit`,
+// where there is one, is given each of the records once, in their order.
+void QuantizePoints(std::span<zPoint3d16s> cells, PcdRecords& records, const PcdCloud& cloud,
+                    const PcdOptions& options, Scan& scan, const RecordVisitor& visit = {},
+                    zVectors vectors = zVectors_Widest());

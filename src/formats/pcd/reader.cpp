@@ -54,7 +54,8 @@ void ChooseSize(const PcdCloud& cloud, const PcdOptions& options, Scan& record) 
   }
 }
 
-zStatus FillSurface(const PcdFile& pcd, const PcdOptions& options, Scan& record, zAlloc alloc) {
+zStatus FillSurface(const zSource& file, const PcdFile& pcd, const PcdOptions& options,
+                    Scan& record, zAlloc alloc) {
   const PcdCloud& cloud = pcd.cloud;
   const bool hasIntensities = cloud.intensity || cloud.color;
   const z64u cellCount = z64u{record.width} * record.length;
@@ -64,31 +65,36 @@ zStatus FillSurface(const PcdFile& pcd, const PcdOptions& options, Scan& record,
                                      record.width, alloc);
   if (status != zOK) return status;
 
-  const PcdRecords records(reinterpret_cast<const z8u*>(pcd.data.data()), cloud, options.swapXZ);
+  record.intensities.Reset();
+  if (hasIntensities) {
+    status =
+        zArray2_Construct(record.intensities.Out(), zType::z8u, record.length, record.width, alloc);
+    if (status != zOK) return status;
+  }
+  IntensityWriter intensities(zArray_EditableItems<z8u>(record.intensities.Get()));
+  RecordVisitor visit;
+  if (hasIntensities) {
+    visit = [&](const z8u* bytes, zSize count) {
+      for (zSize i = 0; i < count; ++i) intensities.AppendRecord(bytes + i * cloud.stride, cloud);
+    };
+  }
+
+  PcdRecords records(file, pcd.dataStart, cloud);
   const std::span<zPoint3d16s> cells = zArray_EditableItems<zPoint3d16s>(record.points.Get());
   const auto pointCount = static_cast<zSize>(std::min(cellCount, cloud.PointCount()));
-  QuantizePoints(cells.first(pointCount), records, options, record);
+  QuantizePoints(cells.first(pointCount), records, cloud, options, record, visit);
   std::ranges::fill(cells.subspan(pointCount), kInvalidPoint);
-  record.intensities.Reset();
-  if (!hasIntensities) return zOK;
-
-  status =
-      zArray2_Construct(record.intensities.Out(), zType::z8u, record.length, record.width, alloc);
-  if (status != zOK) return status;
-  IntensityWriter intensities(zArray_EditableItems<z8u>(record.intensities.Get()));
-  for (zSize i = 0; i < pointCount; ++i) intensities.AppendRecord(records[i], cloud);
   intensities.FillUp();
   return zOK;
 }
 
 }  // namespace
 
-zStatus LoadPcdFileBuffer(const zBytes& bytes, Scan& record, const PcdOptions& options,
+zStatus LoadPcdFileBuffer(const zSource& file, Scan& record, const PcdOptions& options,
                           zAlloc alloc, const Listener& listener) {
-  if (bytes.empty()) return kRefused;
+  if (file.Size() == 0) return kRefused;
   PcdFile pcd;
-  const Complaints complaints =
-      ValidatePcd({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, pcd);
+  const Complaints complaints = ValidatePcd(file, pcd);
   if (!complaints.empty() && complaints.front().status == kMalformed) return kMalformed;
   record.kind = ScanKind::cloud;
   ChooseSize(pcd.cloud, options, record);
@@ -98,5 +104,5 @@ zStatus LoadPcdFileBuffer(const zBytes& bytes, Scan& record, const PcdOptions& o
          record.width, record.length, pcd.cloud.width, pcd.cloud.height);
   }
   if (!complaints.empty()) return complaints.front().status;
-  return FillSurface(pcd, options, record, alloc);
+  return FillSurface(file, pcd, options, record, alloc);
 }

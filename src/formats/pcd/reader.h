@@ -24,5 +24,5 @@ struct PcdOptions {
 //
 // Returns 1, 0 for no bytes at all, -984 for a header or data block that breaks the format's rules,
 // -996 for a cloud in text form, or the status of an array that cannot be had.
-zStatus LoadPcdFileBuffer(const zBytes& bytes, Scan& record, const PcdOptions& options,
+zStatus LoadPcdFileBuffer(const zSource& file, Scan& record, const PcdOptions& options,
                           zAlloc alloc, const Listener& listener = {});

@@ -26,7 +26,7 @@ std::string KindOf(std::string_view line) {
   return {};
 }
 
-// The parser has stopped behind the line that is wrong, with `left` bytes of the file behind it.
+// The parser has stopped behind the line that is wrong, with `left` bytes of the text behind it.
 Complaint ComplainOfHeader(std::string_view file, std::size_t left) {
   const std::string_view read = file.substr(0, file.size() - left);
   const std::string_view withoutItsEnd = read.substr(0, read.empty() ? 0 : read.size() - 1);
@@ -54,19 +54,33 @@ Complaint ComplainOfHeader(std::string_view file, std::size_t left) {
 
 }  // namespace
 
-Complaints ValidatePcd(std::string_view file, PcdFile& pcd) {
-  pcd.data = file;
-  const std::optional<PcdCloud> cloud = ParsePcdHeader(pcd.data);
-  if (!cloud) return {ComplainOfHeader(file, pcd.data.size())};
+Complaints ValidatePcd(const zSource& file, PcdFile& pcd) {
+  constexpr z64u kFirst = 4096;
+  constexpr z64u kLongest = z64u{16} << 20;
+  std::string text;
+  std::string_view left;
+  std::optional<PcdCloud> cloud;
+  // Nothing tells how long a header is; only one that goes on where the text ends may be whole.
+  do {
+    const z64u start = text.size();
+    const z64u size = std::min(file.Size(), std::max(kFirst, 2 * start));
+    text.resize(static_cast<zSize>(size));
+    file.Read(start, text.data() + start, static_cast<zSize>(size - start));
+    left = text;
+    cloud = ParsePcdHeader(left);
+  } while (!cloud && text.size() < std::min(file.Size(), kLongest) && left.find('\n') == left.npos);
+  if (!cloud) return {ComplainOfHeader(text, left.size())};
   pcd.cloud = *cloud;
-  pcd.header = file.substr(0, file.size() - pcd.data.size());
+  pcd.dataStart = text.size() - left.size();
+  pcd.dataSize = file.Size() - pcd.dataStart;
+  pcd.header = text.substr(0, static_cast<zSize>(pcd.dataStart));
   if (!cloud->binary) {
-    return {{pcd.header.size(), kNotImplemented,
+    return {{pcd.dataStart, kNotImplemented,
              "the points are in text form (DATA ascii), which is not read"}};
   }
-  const z64u fitting = pcd.data.size() / cloud->stride;
+  const z64u fitting = pcd.dataSize / cloud->stride;
   if (cloud->PointCount() <= fitting) return {};
-  return {MakeComplaint(file.size(), kMalformed, "the header tells of %llu points, %llu are there",
+  return {MakeComplaint(file.Size(), kMalformed, "the header tells of %llu points, %llu are there",
                         cloud->PointCount(), fitting)};
 }
 

@@ -30,7 +30,7 @@ void ForEachCell(const Scan& scan, Use use) {
 template <class Record>
 class RecordWriter {
  public:
-  explicit RecordWriter(zMemory stream) : stream_(stream) {}
+  explicit RecordWriter(zStream stream) : stream_(stream) {}
 
   void Append(const Record& record) {
     block_[count_++] = record;
@@ -48,8 +48,8 @@ class RecordWriter {
     count_ = 0;
   }
 
-  zMemory stream_;
-  std::array<Record, 1024> block_;
+  zStream stream_;
+  std::array<Record, 8192> block_;
   zSize count_ = 0;
   zStatus status_ = zOK;
 };
@@ -59,13 +59,13 @@ struct IntensePoint {
   z32f intensity;  // 0..1
 };
 
-zStatus WritePoints(const Scan& scan, zMemory stream) {
+zStatus WritePoints(const Scan& scan, zStream stream) {
   RecordWriter<zPoint3d32f> writer(stream);
   ForEachCell(scan, [&](const zPoint3d32f& point) { writer.Append(point); });
   return writer.Finish();
 }
 
-zStatus WriteIntensePoints(const Scan& scan, zMemory stream) {
+zStatus WriteIntensePoints(const Scan& scan, zStream stream) {
   std::array<z32f, 256> intensities;
   for (zSize i = 0; i < intensities.size(); ++i) intensities[i] = static_cast<z32f>(i) / 255;
   const z8u* cell = zArray_Items<z8u>(scan.intensities.Get()).data();
@@ -78,16 +78,14 @@ zStatus WriteIntensePoints(const Scan& scan, zMemory stream) {
 
 }  // namespace
 
-zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc) {
+zStatus GetPcdFileStream(MxMsg message, zStream stream, zAlloc) {
   if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
   Scan scan;
   zStatus status = GetScan(message, scan);
   if (status != zOK) return status;
   const bool hasIntensities = static_cast<bool>(scan.intensities);
   const std::string header = FormatPcdHeader(scan.width, scan.length, hasIntensities);
-  const zSize size = scan.Count() * (hasIntensities ? sizeof(IntensePoint) : sizeof(zPoint3d32f));
-  status = zMemory_Reserve(stream, zMemory_Position(stream) + header.size() + size);
-  if (status == zOK) status = zStream_Write(stream, header.data(), header.size());
+  status = zStream_Write(stream, header.data(), header.size());
   if (status != zOK) return status;
   return hasIntensities ? WriteIntensePoints(scan, stream) : WritePoints(scan, stream);
 }

@@ -9,7 +9,7 @@
 // stream: x, y and z of each cell in mm and, where there are some, intensities from 0 to 1. Invalid
 // points are three quiet NaN. Returns 1; 0 for a null stream or another kind of message; or the
 // status of the step that failed, when the stream holds a part.
-zStatus GetPcdFileStream(MxMsg message, zMemory stream, zAlloc alloc);
+zStatus GetPcdFileStream(MxMsg message, zStream stream, zAlloc alloc);
 
 // Appends the real coordinates of each cell of a surface message, row by row, to a list of
 // zPoint3d32f, which is made when the handle is empty. Throws Orv::Exception without a text: -996

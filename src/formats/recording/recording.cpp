@@ -2,6 +2,7 @@
 #include "formats/recording/recording.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "statuses.h"
 
@@ -9,26 +10,36 @@ namespace {
 
 constexpr Orv::Operation kOperation{"surfacefileconverter", "GetCloudsInfoFromRecordingData"};
 
-using SourceSelection = std::vector<bool>;
-
-void ReadSegments(Plovia::ReplaySerializer& serializer, z64u segmentCount,
-                  const SourceSelection& selection, std::vector<Plovia::ReplayFrame>& frames) {
-  for (z64u segment = 0; segment < segmentCount; ++segment) {
-    serializer.LoadDataIndexFiles();
-    const zSize frameCount = serializer.ReadIndexInfo().size();
+void ReadSegments(Recording& recording, zSize sourceCount) {
+  Plovia::ReplaySerializer& replay = recording.replay;
+  for (z64u segment = 0; segment < replay.SegmentCount(); ++segment) {
+    replay.LoadDataIndexFiles();
+    const zSize frameCount = replay.ReadIndexInfo().size();
     for (zSize i = 0; i < frameCount; ++i) {
-      const Plovia::ReplayFrame frame = serializer.ReadData(selection.size());
-      if (frame.size() != selection.size()) {
+      const Plovia::ReplayFrame frame = replay.ReadData(sourceCount);
+      if (frame.messageCount != sourceCount) {
         kOperation.Fail(kBadInput,
                         "The message count in the frame is not equal to the source count");
       }
-      Plovia::ReplayFrame& kept = frames.emplace_back();
-      for (zSize j = 0; j < frame.size(); ++j) {
-        if (selection[j]) kept.push_back(frame[j]);
-      }
+      recording.frames.push_back(frame);
     }
   }
-  if (frames.empty()) kOperation.Fail(kBadInput, "The imported recording data is empty");
+  if (recording.frames.empty()) {
+    kOperation.Fail(kBadInput, "The imported recording data is empty");
+  }
+}
+
+// All messages, in the order in which they stand in the frame.
+void ReadFrames(Recording& recording) {
+  const zSize frameCount = recording.replay.ReadIndexInfo().size();
+  if (frameCount == 0) kOperation.Fail(kBadInput, "There is no frame data in the recording data");
+  zSize most = 0;
+  for (zSize i = 0; i < frameCount; ++i) {
+    recording.frames.push_back(recording.replay.ReadData(i));
+    most = std::max(most, recording.frames.back().messageCount);
+  }
+  recording.places.resize(most);
+  std::iota(recording.places.begin(), recording.places.end(), zSize{0});
 }
 
 }  // namespace
@@ -49,53 +60,63 @@ bool IsExportable(const ReplaySourceInfo& source) {
   return knownType && source.name.find("multi-exp") == std::string::npos;
 }
 
-void GetCloudsInfoFromRecordingData(Plovia::ReplaySerializer& serializer,
-                                    std::vector<ReplaySourceInfo>& sources,
-                                    DataSourceType& dataType, z8u& arrayed,
-                                    std::vector<Plovia::ReplayFrame>& frames) {
-  frames.clear();
-  const std::vector<Plovia::ReplayScannerInfo> scanners = serializer.ReadScannerInfo();
+void GetCloudsInfoFromRecordingData(Recording& recording) {
+  const std::vector<Plovia::ReplayScannerInfo> scanners = recording.replay.ReadScannerInfo();
   if (scanners.size() != 1) {
     kOperation.Fail(kBadInput,
                     "The scanners' number is not equal to 1 in the inputted recording data");
   }
-  SourceSelection selection;
-  for (const ReplaySourceInfo& source : scanners.front().sources) {
-    selection.push_back(IsExportable(source));
-    if (!selection.back()) continue;
-    dataType = static_cast<DataSourceType>(source.dataType);
-    arrayed = source.arrayed;
-    sources.push_back(source);
+  const std::vector<ReplaySourceInfo>& all = scanners.front().sources;
+  for (zSize place = 0; place < all.size(); ++place) {
+    const ReplaySourceInfo& source = all[place];
+    if (!IsExportable(source)) continue;
+    recording.dataType = static_cast<DataSourceType>(source.dataType);
+    recording.arrayed = source.arrayed;
+    recording.sources.push_back(source);
+    recording.places.push_back(place);
   }
-  if (std::ranges::count(selection, true) == 0)
-    kOperation.Fail(kBadInput, "Unsupported data format");
+  if (recording.sources.empty()) kOperation.Fail(kBadInput, "Unsupported data format");
 
-  if (serializer.GetReplayInfo().IsClassic()) {
-    const zSize frameCount = serializer.ReadIndexInfo().size();
-    if (frameCount == 0) kOperation.Fail(kBadInput, "There is no frame data in the recording data");
-    for (zSize i = 0; i < frameCount; ++i) frames.push_back(serializer.ReadData(i));
+  if (recording.replay.GetReplayInfo().IsClassic()) {
+    ReadFrames(recording);
   } else {
-    const z64u segmentCount = serializer.SegmentCount();
-    if (segmentCount == 0)
+    if (recording.replay.SegmentCount() == 0)
       kOperation.Fail(kBadInput, "The current version doesn't support segments");
-    ReadSegments(serializer, segmentCount, selection, frames);
+    ReadSegments(recording, all.size());
   }
 }
 
-Recording ReadRecording(FileType fileType, std::shared_ptr<const zBytes> file) {
+zSize Recording::MessageCount(zSize frame) const {
+  return static_cast<zSize>(std::ranges::count_if(
+      places, [&](zSize place) { return place < frames[frame].messageCount; }));
+}
+
+std::optional<z64u> Recording::NumberOf(zSize frame, zSize source) const {
+  if (source >= places.size() || places[source] >= frames[frame].messageCount) return std::nullopt;
+  return frames[frame].firstMessage + places[source];
+}
+
+Orv::Object<void*> Recording::Message(zSize frame, zSize source) const {
+  const std::optional<z64u> number = NumberOf(frame, source);
+  return number ? replay.ReadMessage(*number) : Orv::Object<void*>();
+}
+
+zSize Recording::ItemCount(zSize frame, zSize source) const {
+  const std::optional<z64u> number = NumberOf(frame, source);
+  return number ? replay.ItemCount(*number) : 0;
+}
+
+Recording OpenRecording(FileType fileType, zSourcePtr file) {
   Recording recording;
   recording.fileType = fileType;
-  recording.file = std::move(file);
-  std::span<const z8u> replay = *recording.file;
+  zSourcePtr replay = std::move(file);
   if (fileType == OVREC) {
-    RecordingArchive archive = OpenRecordingArchive(replay);
-    replay = archive.replay;
+    RecordingArchive archive = OpenRecordingArchive(std::move(replay));
+    replay = std::move(archive.replay);
     recording.job = std::move(archive.job);
   }
-  Plovia::ReplaySerializer serializer;
-  serializer.LoadBuffer(replay, recording.file);
-  GetCloudsInfoFromRecordingData(serializer, recording.sources, recording.dataType,
-                                 recording.arrayed, recording.frames);
+  recording.replay.LoadBuffer(std::move(replay));
+  GetCloudsInfoFromRecordingData(recording);
   recording.tags = SanitizeScannerNames(recording.sources);
   return recording;
 }

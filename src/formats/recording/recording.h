@@ -3,24 +3,38 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "formats/archive/reader.h"
 #include "formats/filetypes.h"
 #include "sdk/pipeline.h"
 
 struct Recording {
-  FileType fileType = REP;             // REC, REP or OVREC
-  std::shared_ptr<const zBytes> file;  // whole; its messages share it
-  ArchiveMember job;                   // of an archive, where it lies there
+  FileType fileType = REP;          // REC, REP or OVREC
+  Plovia::ReplaySerializer replay;  // loaded
+  ArchiveMember job;                // of an archive, where it lies there
   std::vector<ReplaySourceInfo> sources;
   std::vector<std::string> tags;  // one for each source, fit for file names
   DataSourceType dataType = UNKNOWN_DATA_SOURCE;
   z8u arrayed = 0;
   std::vector<Plovia::ReplayFrame> frames;  // at least one
+  std::vector<zSize> places;                // of the messages in a frame that count, in order
+
+  // How many messages of a frame count.
+  zSize MessageCount(zSize frame) const;
+  // The message of a source, read when it is asked for. A frame may be shorter than others: what is
+  // missing is an empty handle.
+  Orv::Object<void*> Message(zSize frame, zSize source) const;
+  // Items of an array message; 0 for another one, and where it is missing.
+  zSize ItemCount(zSize frame, zSize source) const;
+
+ private:
+  std::optional<z64u> NumberOf(zSize frame, zSize source) const;
 };
 
-// Reads a whole recording. Throws Orv::Exception for damage, and for what cannot be exported.
-Recording ReadRecording(FileType fileType, std::shared_ptr<const zBytes> file);
+// Checks a whole recording and keeps where things are. Throws Orv::Exception for damage, and for
+// what cannot be exported.
+Recording OpenRecording(FileType fileType, zSourcePtr file);
 
 // Whether the messages of a source can be exported: of a known type, and not one of the exposures
 // that another source is made of.
@@ -29,11 +43,8 @@ bool IsExportable(const ReplaySourceInfo& source);
 // Names of sources as parts of file names: without what no file name may hold.
 std::vector<std::string> SanitizeScannerNames(const std::vector<ReplaySourceInfo>& sources);
 
-// Reads every frame of the loaded recording. Sources that cannot be exported are dropped: `sources`
-// gains the kept ones, and the last of them tells `dataType` and `arrayed`. In the classic layout
-// the frames keep the messages of dropped sources. Throws Orv::Exception when the recording has not
-// exactly one scanner, no exportable source, or no frame.
-void GetCloudsInfoFromRecordingData(Plovia::ReplaySerializer& serializer,
-                                    std::vector<ReplaySourceInfo>& sources,
-                                    DataSourceType& dataType, z8u& arrayed,
-                                    std::vector<Plovia::ReplayFrame>& frames);
+// Goes through every frame of the loaded recording. Sources that cannot be exported are dropped:
+// `sources` gains the kept ones, and the last of them tells `dataType` and `arrayed`. In the
+// classic layout the frames keep the messages of dropped sources. Throws Orv::Exception when the
+// recording has not exactly one scanner, no exportable source, or no frame.
+void GetCloudsInfoFromRecordingData(Recording& recording);

@@ -3,22 +3,20 @@
 
 #include "formats/srf/validation.h"
 
-void DescribeSrf(const zBytes& bytes, ScanFileDescription& description) {
-  zAlloc alloc = &zAllocator::Default();
-  FileReader file;
+void DescribeSrf(const zSource& source, ScanFileDescription& description) {
+  FileReader file(source);
   SrfFile srf;
-  zStatus status = file.Open(bytes, alloc);
-  if (status == zOK) description.complaints = ValidateSrf(file, bytes.size(), srf);
+  description.complaints = ValidateSrf(file, source.Size(), srf);
   if (!description.complaints.empty()) return;
   Scan scan;
-  if (status == zOK) status = LoadSrfFileBuffer(bytes, scan, alloc);
+  const zStatus status = LoadSrfFileBuffer(source, scan, &zAllocator::Default());
   if (status != zOK) {
     description.complaints.push_back(
         MakeComplaint({}, status, "the points cannot be read (status %d)", status));
     return;
   }
-  if (bytes.size() > srf.Size()) {
-    description.Note("%llu bytes after the points are ignored", bytes.size() - srf.Size());
+  if (source.Size() > srf.Size()) {
+    description.Note("%llu bytes after the points are ignored", source.Size() - srf.Size());
   }
   description.scan = std::move(scan);
 }

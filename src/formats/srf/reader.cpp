@@ -2,6 +2,7 @@
 #include "formats/srf/srf.h"
 
 #include "formats/srf/validation.h"
+#include "statuses.h"
 
 namespace {
 
@@ -13,12 +14,11 @@ zStatus ReadGrid(FileReader& file, const SrfHeader& header, zType type, Orv::Obj
 
 }  // namespace
 
-zStatus LoadSrfFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
-  FileReader file;
-  zStatus status = file.Open(bytes, alloc);
-  if (status != zOK) return status;
+zStatus LoadSrfFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
+  if (source.Size() == 0) return kMissing;
+  FileReader file(source);
   SrfFile srf;
-  const Complaints complaints = ValidateSrf(file, bytes.size(), srf);
+  const Complaints complaints = ValidateSrf(file, source.Size(), srf);
   if (!complaints.empty()) return complaints.front().status;
 
   const SrfHeader& header = srf.header;
@@ -28,7 +28,7 @@ zStatus LoadSrfFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc) {
   record.scale = header.scale;
   record.offset = header.offset;
   record.intensities.Reset();
-  status = file.Seek(kSrfHeaderSize);
+  zStatus status = file.Seek(kSrfHeaderSize);
   if (status == zOK) status = ReadGrid(file, header, zType::z16s, record.points, alloc);
   if (status != zOK || !srf.hasIntensities) return status;
   status = file.Seek(static_cast<z64s>(file.Position() + 1));  // the flag

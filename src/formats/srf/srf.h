@@ -8,13 +8,13 @@
 // them, intensities. Returns 1, -999 for no bytes at all, -989 for another version, -984 for a flag
 // that is neither 0 nor 1, or the status of the step that failed; the record may then be partly
 // filled.
-zStatus LoadSrfFileBuffer(const zBytes& bytes, Scan& record, zAlloc alloc);
+zStatus LoadSrfFileBuffer(const zSource& file, Scan& record, zAlloc alloc);
 
-// Appends a surface message as one of the tool's own compact surface files to a memory stream:
+// Appends a surface message as one of the tool's own compact surface files to a stream:
 // heights as they are, and intensities. Of a point cloud, the first two bytes for each point are
 // written. Returns 1; 0 for a null stream or another kind of message; or the status of the step
 // that failed, when the stream holds a part.
-zStatus GetSrfFileStream(MxMsg message, zMemory stream);
+zStatus GetSrfFileStream(MxMsg message, zStream stream);
 
 // Looks at a whole compact surface file.
-void DescribeSrf(const zBytes& bytes, ScanFileDescription& description);
+void DescribeSrf(const zSource& file, ScanFileDescription& description);

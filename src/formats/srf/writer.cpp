@@ -5,7 +5,7 @@
 #include "scan/scan.h"
 #include "statuses.h"
 
-zStatus GetSrfFileStream(MxMsg message, zMemory stream) {
+zStatus GetSrfFileStream(MxMsg message, zStream stream) {
   if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
   Scan scan;
   zStatus status = GetScan(message, scan);
@@ -14,15 +14,8 @@ zStatus GetSrfFileStream(MxMsg message, zMemory stream) {
   const zSize cells = scan.Count();
   const z8u hasIntensities = scan.intensities ? 1 : 0;
 
-  status =
-      zMemory_Reserve(stream, zMemory_Position(stream) + kSrfHeaderSize + cells * sizeof(z16s) +
-                                  sizeof hasIntensities + (hasIntensities != 0 ? cells : 0));
-  if (status != zOK) return status;
-  Orv::Object<void*> serializer;
-  status = zDat6Serializer_Construct(serializer.Out(), stream, &zAllocator::Default());
-  if (status != zOK) return status;
   const auto write = [&](zType type, const void* items, zSize count) {
-    return zSerializer_Write(serializer.Get(), type, items, count);
+    return zStream_WritePrimitives(stream, type, items, count);
   };
   status = ForEachSrfField(header, write);
   // Two bytes a point, whatever the points are.

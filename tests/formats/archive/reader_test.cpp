@@ -5,15 +5,19 @@
 
 #include <nlohmann/json.hpp>
 
+#include "filesource.h"
 #include "support/archives.h"
 
 namespace {
 
 // The replay stream of an archive, or the error.
 std::string Replay(const zBytes& archive) {
-  std::span<const z8u> replay;
-  const std::string error = Thrown([&] { replay = OpenRecordingArchive(archive).replay; });
-  return error.empty() ? std::string(replay.begin(), replay.end()) : error;
+  std::string replay;
+  const std::string error = Thrown([&] {
+    const zBytes bytes = ReadAll(*OpenRecordingArchive(SourceOf(archive)).replay);
+    replay.assign(bytes.begin(), bytes.end());
+  });
+  return error.empty() ? replay : error;
 }
 
 TEST(RecordingArchive, GivesTheLastReplayStream) {
@@ -59,12 +63,12 @@ TEST(ScannerConfig, IsThatOfTheFirstScannerThatHasOne) {
   for (const auto& row : rows) {
     const zBytes job = MakeArchive(
         {{"scan/r4xxx/config.json", row.second}, {"scan/r1xxx/config.json", row.first}});
-    EXPECT_EQ(GetScannerConfig(job, kIds).dump(), row.outcome) << row.first;
+    EXPECT_EQ(GetScannerConfig(SourceOf(job), kIds).dump(), row.outcome) << row.first;
   }
-  EXPECT_EQ(GetScannerConfig(zBytes(), kIds), nullptr);
+  EXPECT_EQ(GetScannerConfig(nullptr, kIds), nullptr);
   zBytes cut = MakeArchive({{"scan/r1xxx/config.json", std::string(600, ' ')}});
   cut.resize(1000);
-  EXPECT_EQ(Thrown([&] { GetScannerConfig(cut, kIds); }),
+  EXPECT_EQ(Thrown([&] { GetScannerConfig(SourceOf(cut), kIds); }),
             std::to_string(zERROR_STREAM) +
                 " GetResourceData: Failed to read the resource buffer (scan/r1xxx/config.json)");
 }

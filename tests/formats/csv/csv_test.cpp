@@ -128,11 +128,11 @@ TEST(CsvExport, FailsForMessagesThatAreMissingOrOfAnotherKind) {
   const Handle surface = MakeSurface(1, 1, {1});
   const Handle line = MakeProfileOf<z16s>({4});
   // Half a megabyte that asks for 600 million empty cells.
-  std::vector<Plovia::ReplayFrame> bomb(2401, {MakeProfileOf<z16s>({})});
+  std::vector<Frame> bomb(2401, {MakeProfileOf<z16s>({})});
   bomb[0] = {MakeProfileOf(std::vector<z16s>(1 << 18))};
   const struct {
     ReplaySourceInfo source;
-    std::vector<Plovia::ReplayFrame> frames;
+    std::vector<Frame> frames;
     std::string error;
   } rows[] = {
       {kTop, {{line}}, "-996 SurfaceFileConverter::writeMsgToCsv: Unimplemented conversion"},

@@ -27,7 +27,7 @@ struct Loaded {
 Loaded Load(const zBytes& bytes, bool profile = false) {
   Loaded loaded;
   const auto load = profile ? LoadProFileBuffer : LoadSurFileBuffer;
-  loaded.status = load(bytes, loaded.scan, DefaultAlloc());
+  loaded.status = load(*SourceOf(bytes), loaded.scan, DefaultAlloc());
   return loaded;
 }
 

@@ -6,6 +6,7 @@
 
 #include <sstream>
 
+#include "filesource.h"
 #include "support/recordings.h"
 #include "support/sur_file.h"
 #include "support/temp_directory.h"
@@ -28,9 +29,8 @@ std::string Import(const std::vector<std::string>& names) {
     EXPECT_NE(Thrown([&] { converter.isRecordingData(); }), "");  // nothing is imported
     return failure.what();
   }
-  const zBytes stream = ToBytes(ReadFile("out.rep"));
   Plovia::ReplaySerializer made;
-  made.LoadBuffer(stream);
+  made.LoadBuffer(OpenFile("out.rep"));
   std::string text;
   const std::vector<Plovia::ReplayScannerInfo> scanners = made.ReadScannerInfo();
   for (const ReplaySourceInfo& source : scanners.at(0).sources) {
@@ -41,7 +41,7 @@ std::string Import(const std::vector<std::string>& names) {
   for (const z32u index : made.ReadIndexInfo()) {
     EXPECT_EQ(index, 0U);
     text += "|";
-    for (const Handle& message : made.ReadData(0)) {
+    for (const Handle& message : MessagesOf(made, made.ReadData(0))) {
       text += " " + std::to_string(HeightsOf(message.Get())[0]);
     }
   }

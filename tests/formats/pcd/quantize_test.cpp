@@ -78,7 +78,12 @@ Quantized Vectorised(const std::vector<Floats>& points, const PcdOptions& option
   }
   Scan scan;
   std::vector<zPoint3d16s> cells(points.size());
-  QuantizePoints(cells, PcdRecords(bytes.data(), layout, false), options, scan, vectors);
+  layout.width = static_cast<z32u>(points.size());
+  layout.height = 1;
+  // Some of the pieces end within a block of points.
+  const PiecedSource source(zBytes(bytes.begin(), bytes.end()), 1000);
+  PcdRecords records(source, 0, layout);
+  QuantizePoints(cells, records, layout, options, scan, {}, vectors);
   Quantized result;
   for (const auto& [x, y, z] : cells) result.insert(result.end(), {x, y, z});
   Place(result, scan.scale.x, scan.offset.x);

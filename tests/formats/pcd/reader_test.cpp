@@ -57,7 +57,8 @@ Loaded Load(const zBytes& bytes, const PcdOptions& options = {}) {
   const auto listen = [&](NoticeKind kind, const std::string& text) {
     loaded.warning += (kind == NoticeKind::warning ? "" : "no warning: ") + text;
   };
-  loaded.status = LoadPcdFileBuffer(bytes, loaded.record, options, DefaultAlloc(), listen);
+  loaded.status =
+      LoadPcdFileBuffer(*SourceOf(bytes), loaded.record, options, DefaultAlloc(), listen);
   return loaded;
 }
 

@@ -10,21 +10,25 @@ namespace {
 // What an import takes out of a recording, or its error: "type arrayed [sources] messages per
 // frame".
 std::string Extract(const std::vector<Plovia::ReplayScannerInfo>& scanners,
-                    const std::vector<Plovia::ReplayFrame>& written, bool classic) {
+                    const std::vector<Frame>& written, bool classic) {
+  const Handle stream = MakeStream();
   Plovia::ReplaySerializer writer;
+  writer.BeginReplay(stream.Get(), classic);
   writer.WriteScannerInfo(scanners);
   for (const auto& frame : written) {
     writer.WriteIndexInfo(0);
     for (const Handle& message : frame) writer.WriteData(message);
   }
+  writer.EndReplay();
   Recording read;
-  const auto file = std::make_shared<zBytes>(writer.GetReplayFile(classic));
-  std::string text = Thrown([&] { read = ReadRecording(REP, file); });
+  std::string text = Thrown([&] { read = OpenRecording(REP, SourceOf(BytesOf(stream.Get()))); });
   if (!text.empty()) return text;
   text = std::to_string(read.dataType) + " " + std::to_string(read.arrayed) + " [";
   for (const auto& source : read.sources) text += source.name + " ";
   text += "]";
-  for (const auto& frame : read.frames) text += " " + std::to_string(frame.size());
+  for (zSize i = 0; i < read.frames.size(); ++i) {
+    text += " " + std::to_string(read.MessageCount(i));
+  }
   return text;
 }
 
@@ -39,7 +43,7 @@ TEST(RecordingFrames, AreThoseThatCanBeExported) {
   const ReplaySourceInfo raw{"Raw", "", 11, 0, 0};
   const ReplaySourceInfo cloud{"Cloud", "", 15, 0, 0};
   const ReplaySourceInfo next{"Next", "", 16, 0, 0};
-  const Plovia::ReplayFrame two = {MakeSurface(1, 1, {1}), MakeSurface(1, 1, {2})};
+  const Frame two = {MakeSurface(1, 1, {1}), MakeSurface(1, 1, {2})};
   const std::string error = "-997 GetCloudsInfoFromRecordingData: ";
   const std::string unsupported = error + "Unsupported data format";
   const std::string countDiffers =
@@ -50,7 +54,7 @@ TEST(RecordingFrames, AreThoseThatCanBeExported) {
   const std::string noFrames = error + "There is no frame data in the recording data";
   const struct {
     std::vector<Plovia::ReplayScannerInfo> scanners;
-    std::vector<Plovia::ReplayFrame> frames;
+    std::vector<Frame> frames;
     std::string segmented, classic;
   } rows[] = {
       {{Scanner({top, multi})}, {two, two}, "14 0 [Top ] 1 1", "14 0 [Top ] 2 2"},

@@ -10,7 +10,7 @@ namespace {
 
 zStatus Load(const zBytes& bytes) {
   Scan record;
-  return LoadSrfFileBuffer(bytes, record, DefaultAlloc());
+  return LoadSrfFileBuffer(*SourceOf(bytes), record, DefaultAlloc());
 }
 
 TEST(Srf, HoldsASurfaceExactly) {
@@ -59,7 +59,9 @@ TEST(Srf, IsRefusedWhenItIsDamaged) {
   Scan record;
   record.kind = ScanKind::cloud;
   record.intensities = MakeArray2<z8u>(1, 1, {7});
-  EXPECT_EQ(LoadSrfFileBuffer(WriteScan(MakeSurface(1, 1, {0}), SRF), record, DefaultAlloc()), zOK);
+  EXPECT_EQ(
+      LoadSrfFileBuffer(*SourceOf(WriteScan(MakeSurface(1, 1, {0}), SRF)), record, DefaultAlloc()),
+      zOK);
   EXPECT_EQ(record.kind, ScanKind::surface);
   EXPECT_FALSE(record.intensities);
 }
