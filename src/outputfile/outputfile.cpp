@@ -85,7 +85,10 @@ zStatus OutputFile::Open(const std::string& path) {
       inPlace_ = true;
   }
 
-  partial_.emplace(inPlace_ ? (fs::temp_directory_path() / "output").string() : target_);
+  std::error_code missing;
+  const fs::path beside = inPlace_ ? fs::temp_directory_path(missing) / "output" : target;
+  if (missing) return zERROR_NOT_FOUND;
+  partial_.emplace(beside.string());
   const zStatus created = partial_->Create(stream_.Out());
   if (created == zOK && !inPlace_ && !isNew) CopyOwnership(target_, partial_->Path());
   if (created == zOK) static_cast<void>(zFile_SetWriteBuffer(stream_.Get(), kWriteBufferSize));
