@@ -92,6 +92,8 @@ void ReportWithoutMemory(const char* message) {
   static_cast<void>(std::fflush(stdout));
   std::_Exit(1);
 }
+// Constants of other files, which are made later, take memory too.
+[[maybe_unused]] const std::terminate_handler kUsual = std::set_terminate(ReportTermination);
 
 int OpenLogAndRun(int argc, char** argv) {
   consoleWrite("Trelvane " TRELVANE_VERSION "\n");
@@ -117,7 +119,6 @@ int OpenLogAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   KeepFreedMemory();
-  std::set_terminate(ReportTermination);
   GuardPartialFiles();
   try {
     return OpenLogAndRun(argc, argv);
