@@ -102,7 +102,7 @@ class Indexer {
   // is wrong, the section is read again for it.
   bool IsSectionSummed() const {
     const std::optional<z64u> summary = FindSummary(stream_);
-    if (!summary || *summary < sizeof(z32u)) return false;
+    if (!summary) return false;
     z32u stored = 0;
     stream_.Read(*summary - sizeof stored, &stored, sizeof stored);
     return stored != 0;

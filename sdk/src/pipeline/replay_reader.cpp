@@ -20,9 +20,10 @@ ReplayReader::ReplayReader(zSourcePtr stream, DamageLog& log, const Plovia::Mess
     for (; frame < end; ++frame) {
       for (zSize i = index_.frames[frame].firstMessage; i < index_.EndOf(frame); ++i) {
         if (!index_.messages[i].damaged || log.size() >= Plovia::kMostReplayProblems) continue;
+        const zSize told = log.size();
         RunStep(
             log_, [&] { static_cast<void>(ReadMessage(i)); }, harmless);
-        log.back().message = i;
+        if (log.size() > told) log.back().message = i;
       }
     }
   };
