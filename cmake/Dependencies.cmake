@@ -24,6 +24,7 @@ trelvane_library(trelvane_libarchive libarchive archive.h archive libarchive)
 trelvane_library(trelvane_libdeflate libdeflate libdeflate.h deflate libdeflate)
 trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
 trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)
+find_package(ZLIB REQUIRED)
 
 find_program(TRELVANE_FLATC NAMES flatc REQUIRED)
 

@@ -1,28 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Surface files of the kind FUZZED_TYPE, through a message into every format.
 #include "fuzz.h"
-#include "getfilestream/getfilestream.h"
+#include "support/scan_files.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Attempt([&] {
-    Handle message;
-    GenerateSurfaceMsgFromBuffer(message, *SourceOf(zBytes(data, data + size)), FUZZED_TYPE,
-                                 DefaultAlloc());
-    const Handle cloud = MakeStream();
-    GetMsgDataFileStream(message.Get(), PCD, cloud.Get(), DefaultAlloc());
-    const Handle once = MakeStream();
-    GetMsgDataFileStream(message.Get(), SRF, once.Get(), DefaultAlloc());
+    const Handle message = ReadScan(zBytes(data, data + size), FUZZED_TYPE);
+    static_cast<void>(WriteScan(message, PCD));
     // The compact format is exact, so a surface that was read can be read again.
-    Handle again;
-    GenerateSurfaceMsgFromBuffer(again, *SourceOf(BytesOf(once.Get())), SRF, DefaultAlloc());
-    const Handle twice = MakeStream();
-    GetMsgDataFileStream(again.Get(), SRF, twice.Get(), DefaultAlloc());
-    Require(BytesOf(once.Get()) == BytesOf(twice.Get()));
+    const zBytes once = WriteScan(message, SRF);
+    Require(WriteScan(ReadScan(once, SRF), SRF) == once);
 
     const Handle digitalSurf = MakeStream();
     if (GetSurFileStream(message.Get(), digitalSurf.Get()) != zOK) return;
-    GenerateSurfaceMsgFromBuffer(message, *SourceOf(BytesOf(digitalSurf.Get())), SUR,
-                                 DefaultAlloc());
+    static_cast<void>(ReadScan(BytesOf(digitalSurf.Get()), SUR));
   });
   return 0;
 }

@@ -55,8 +55,10 @@ class RecordingDescriber {
 
   // Looks for damage to the end of a recording; tells of it up to the first damage.
   void Run(zSourcePtr replay) {
-    serializer_.LoadDamaged(std::move(replay), problems_,
-                            [&](z64u number, zObject message) { Measure(number, message); });
+    serializer_.LoadDamaged(
+        std::move(replay), problems_,
+        {[&](z64u number, zObject message) { Measure(number, message); },
+         [&](z64u number, const Plovia::SurfaceStream& surface) { Measure(number, surface); }});
     if (!IsWalkable()) return;
     PlaceFrames(TellOfSources());
     if (!IsReadable()) return;
@@ -187,6 +189,21 @@ class RecordingDescriber {
       measured_.push_back({number, item, MeasureScan(scan)});
       findings_.progress.AddBytes(scan.Count() * zType_Size(zArray_ItemType(scan.points.Get())));
     });
+  }
+
+  void Measure(z64u number, const Plovia::SurfaceStream& surface) {
+    Scan scan;
+    scan.width = surface.width;
+    scan.length = surface.length;
+    scan.scale = surface.scale;
+    scan.offset = surface.offset;
+    scan.stamp = surface.stamp;
+    MeasuredPoints points;
+    scan.box = surface.heights([&](std::span<const z16s> heights) {
+      points.Include(heights);
+      findings_.progress.AddBytes(heights.size_bytes());
+    });
+    measured_.push_back({number, std::nullopt, MeasureScan(scan, points)});
   }
 
   void PlaceFrames(const RecordingFacts& facts) {

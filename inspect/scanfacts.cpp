@@ -2,42 +2,25 @@
 #include "inspect/scanfacts.h"
 
 #include <algorithm>
-#include <span>
 
 #include "formats/digitalsurf/writer.h"
 #include "scan/box.h"
-#include "scan/heightrange.h"
 #include "scan/points.h"
 
 namespace {
 
-struct Measured {
-  zSize validPoints = 0;
-  HeightRange heights;  // raw
-};
-
-Measured Measure(std::span<const z16s> heights) {
-  constexpr zSize kBlock = 8192;  // stays in the cache, and its number of points in 16 bits
-  Measured measured;
-  for (std::span<const z16s> left = heights; !left.empty();) {
-    const auto block = left.first(std::min(left.size(), kBlock));
-    left = left.subspan(block.size());
-    z16u valid = 0;
-    for (const z16s height : block) valid = static_cast<z16u>(valid + IsValid(height));
-    measured.validPoints += valid;
-    const HeightRange range = FindHeightRange(block);
-    measured.heights.lowest = std::min(measured.heights.lowest, range.lowest);
-    measured.heights.highest = std::max(measured.heights.highest, range.highest);
-  }
+MeasuredPoints Measure(std::span<const z16s> heights) {
+  MeasuredPoints measured;
+  measured.Include(heights);
   return measured;
 }
 
 template <class Point>
-Measured Measure(std::span<const Point> points) {
-  Measured measured;
+MeasuredPoints Measure(std::span<const Point> points) {
+  MeasuredPoints measured;
   for (const Point& point : points) {
     if (!IsValid(point)) continue;
-    ++measured.validPoints;
+    ++measured.valid;
     measured.heights.lowest = std::min(measured.heights.lowest, point.z);
     measured.heights.highest = std::max(measured.heights.highest, point.z);
   }
@@ -58,12 +41,36 @@ void WarnOfHeights(const HeightRange& heights, ScanFacts& facts) {
 
 }  // namespace
 
+void MeasuredPoints::Include(std::span<const z16s> points) {
+  constexpr zSize kBlock = 8192;  // stays in the cache, and its number of points in 16 bits
+  while (!points.empty()) {
+    const auto block = points.first(std::min(points.size(), kBlock));
+    points = points.subspan(block.size());
+    z16u count = 0;
+    for (const z16s height : block) count = static_cast<z16u>(count + IsValid(height));
+    valid += count;
+    heights.Include(FindHeightRange(block));
+  }
+}
+
 ScanFacts MeasureScan(const Scan& scan) {
-  const Measured measured = WithPoints(scan, [](auto points) { return Measure(points); });
-  ScanFacts facts{scan.kind,  scan.width,   scan.length, scan.Count(), measured.validPoints,
-                  scan.scale, scan.offset,  {},          {},           {},
-                  scan.stamp, scan.cautions};
-  if (measured.validPoints > 0) {
+  return MeasureScan(scan, WithPoints(scan, [](auto points) { return Measure(points); }));
+}
+
+ScanFacts MeasureScan(const Scan& scan, const MeasuredPoints& measured) {
+  ScanFacts facts{scan.kind,
+                  scan.width,
+                  scan.length,
+                  zSize{scan.width} * scan.length,
+                  measured.valid,
+                  scan.scale,
+                  scan.offset,
+                  {},
+                  {},
+                  {},
+                  scan.stamp,
+                  scan.cautions};
+  if (measured.valid > 0) {
     const auto [lowest, highest] = std::minmax(
         {Real(measured.heights.lowest, scan.Z()), Real(measured.heights.highest, scan.Z())});
     facts.heights = {lowest, highest};

@@ -2,8 +2,10 @@
 // What can be said about a scan in numbers.
 #pragma once
 
+#include <span>
 #include <string>
 
+#include "scan/heightrange.h"
 #include "scan/scan.h"
 
 // A frame's scan of one source.
@@ -33,6 +35,16 @@ struct ScanFacts {
 // The key of the caution about heights that cannot be written as Digital Surf files.
 inline constexpr std::string_view kNotWritable = "heights-not-writable";
 
+// What the points tell, also where they come in parts.
+struct MeasuredPoints {
+  zSize valid = 0;
+  HeightRange heights;  // raw
+
+  void Include(std::span<const z16s> points);
+};
+
 // One pass over the points. The bounding box is the scan's own, or the one that a conversion gives
 // it, if any; neither heights nor box without a valid point.
 ScanFacts MeasureScan(const Scan& scan);
+// The same for a scan without its points, whose box is its own.
+ScanFacts MeasureScan(const Scan& scan, const MeasuredPoints& measured);

@@ -41,17 +41,6 @@ void SetStamp(const Orv::Operation& operation, MxMsg message) {
   operation.Require(MxDataMsg_SetEncoder(message, stamp.encoder), "Failed to set encoder");
 }
 
-// Fills a new message of the record's size.
-void SetSurface(const Orv::Operation& operation, MxMsg message, const SurfaceBuffer& record,
-                bool resampled) {
-  SetScan(operation, kSurface, message, record);
-  operation.Require(MxSurfaceMsg_SetIsResampled(message, resampled), "Failed to set resample");
-  SetStamp(operation, message);
-  const BoundingBox6 box = GetSurfaceBoundingBox(record);
-  operation.Require(MxSurfaceMsg_SetBoundingBox(message, &box),
-                    "Fail to set the bounding box for the exported surface");
-}
-
 }  // namespace
 
 void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc) {
@@ -71,24 +60,40 @@ void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAll
   }
 }
 
-void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
-                                  FileType fileType, zAlloc alloc) {
+Plovia::SurfaceStream GenerateSurfaceMsgFromBuffer(const zSource& source, FileType fileType,
+                                                   zAlloc alloc) {
   constexpr Orv::Operation kOperation{kUnit, "GenerateSurfaceMsgFromBuffer"};
-  SurfaceBuffer record;
+  HeightFile file;
+  const char* failed = "";
   switch (fileType) {
     case SRF:
-      kOperation.Require(LoadSrfFileBuffer(file, record, alloc), "Failed to load srf file buffer");
+      failed = "Failed to load srf file buffer";
+      kOperation.Require(OpenSrfFile(source, file, alloc), failed);
       break;
     case SUR:
-      kOperation.Require(LoadSurFileBuffer(file, record, alloc), "Failed to load sur file buffer");
+      failed = "Failed to load sur file buffer";
+      kOperation.Require(OpenSurFile(source, file), failed);
       break;
     default:
       kOperation.Fail(kNotImplemented, "Unimplemented file extension");
   }
-  kOperation.Require(
-      MxSurfaceMsg_ConstructSimple(message.Out(), record.width, record.length, alloc),
-      "Failed to construct sampled msg.");
-  SetSurface(kOperation, message.Get(), record, true);
+  const Scan& scan = file.scan;
+  Plovia::SurfaceStream surface{scan.width, scan.length,      scan.scale, scan.offset,
+                                {},         scan.intensities, {}};
+  surface.heights = [kOperation, file, failed](const Plovia::SurfaceStream::Put& put) mutable {
+    constexpr zSize kBlock = zSize{128} << 10;  // stays in the cache
+    const zSize count = zSize{file.scan.width} * file.scan.length;
+    std::vector<z16s> block(std::min(count, kBlock));
+    HeightRange range;
+    for (zSize done = 0; done < count; done += block.size()) {
+      block.resize(std::min(block.size(), count - done));
+      kOperation.Require(file.read(block), failed);
+      range.Include(FindHeightRange(block));
+      put(block);
+    }
+    return GetSurfaceBoundingBox(file.scan, range);
+  };
+  return surface;
 }
 
 void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
@@ -101,7 +106,12 @@ void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& fi
   kOperation.Require(
       MxSurfaceMsg_ConstructUnresampledSimple(message.Out(), record.width, record.length, alloc),
       "Failed to construct unsampled msg");
-  SetSurface(kOperation, message.Get(), record, false);
+  SetScan(kOperation, kSurface, message.Get(), record);
+  kOperation.Require(MxSurfaceMsg_SetIsResampled(message.Get(), false), "Failed to set resample");
+  SetStamp(kOperation, message.Get());
+  const BoundingBox6 box = GetSurfaceBoundingBox(record);
+  kOperation.Require(MxSurfaceMsg_SetBoundingBox(message.Get(), &box),
+                     "Fail to set the bounding box for the exported surface");
 }
 
 void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstring>
 
-#include "scan/heightrange.h"
 #include "scan/points.h"
 
 namespace {
@@ -92,13 +91,6 @@ BoundingBox6 MakeBox(const Extent& x, const Extent& y, const Extent& z) {
   return {{x.center, y.center, z.center}, {x.size, y.size, z.size}};
 }
 
-std::optional<BoundingBox6> SurfaceBox(const Scan& scan) {
-  const HeightRange range = FindHeightRange(zArray_Items<z16s>(scan.points.Get()));
-  if (range.lowest == 32767 || range.highest == kInvalidRaw) return std::nullopt;
-  return MakeBox(GridExtent(scan.width, scan.X()), GridExtent(scan.length, scan.Y()),
-                 RawExtent(range.lowest, range.highest, scan.Z()));
-}
-
 std::optional<BoundingBox6> CloudBox(const Scan& scan) {
   CloudRange cloud;
   std::span<const zPoint3d16s> points = zArray_Items<zPoint3d16s>(scan.points.Get());
@@ -137,7 +129,7 @@ std::optional<BoundingBox6> FindBox(const Scan& scan) {
   if (scan.width == 0 || scan.length == 0) return std::nullopt;
   switch (scan.kind) {
     case ScanKind::surface:
-      return SurfaceBox(scan);
+      return FindBox(scan, FindHeightRange(zArray_Items<z16s>(scan.points.Get())));
     case ScanKind::cloud:
       return CloudBox(scan);
     case ScanKind::profile:
@@ -146,4 +138,10 @@ std::optional<BoundingBox6> FindBox(const Scan& scan) {
       return PointProfileBox(scan);
   }
   return std::nullopt;
+}
+
+std::optional<BoundingBox6> FindBox(const Scan& scan, const HeightRange& range) {
+  if (range.lowest == 32767 || range.highest == kInvalidRaw) return std::nullopt;
+  return MakeBox(GridExtent(scan.width, scan.X()), GridExtent(scan.length, scan.Y()),
+                 RawExtent(range.lowest, range.highest, scan.Z()));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "scan/heightrange.h"
 #include "scan/scan.h"
 
 // Centre and size in mm of the valid points. A uniform scan counts whole cells along its rows and
@@ -9,3 +10,5 @@
 // 0. Nothing when no point is valid, and for a surface whose points are all at the largest raw
 // value.
 std::optional<BoundingBox6> FindBox(const Scan& scan);
+// The same of a uniform surface whose range of heights is known.
+std::optional<BoundingBox6> FindBox(const Scan& scan, const HeightRange& range);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <span>
 
 #include "sdk/message.h"
@@ -11,6 +12,13 @@ struct HeightRange {
   z16s lowest = 32767;
   z16s highest = -32768;
   bool hasInvalid = false;
+
+  // Of both together.
+  void Include(const HeightRange& other) {
+    lowest = std::min(lowest, other.lowest);
+    highest = std::max(highest, other.highest);
+    hasInvalid = hasInvalid || other.hasInvalid;
+  }
 };
 
 // The same for every `vectors`.

@@ -19,27 +19,14 @@ ReplaySourceInfo MakeSource(const std::string& name, DataSourceType dataType) {
   return {name, name, dataType, 0, 0};
 }
 
-DataSourceType MakeMessage(const ScanFile& file, const PcdOptions& options, Handle& message,
-                           zAlloc alloc, const Listener& listener) {
-  switch (file.fileType) {
-    case PRO:
-      GenerateProfileMsgFromBuffer(message, *file.bytes, PRO, alloc);
-      return UNIFORM_PROFILE;
-    case PCD:
-      GenerateSurfaceMsgFromBuffer(message, *file.bytes, options, alloc, listener);
-      return SURFACE_POINT_CLOUD;
-    default:
-      GenerateSurfaceMsgFromBuffer(message, *file.bytes, file.fileType, alloc);
-      return UNIFORM_SURFACE;
-  }
-}
-
-void WriteScan(const Handle& message, DataSourceType dataType, zStream stream) {
+// A recording of one frame and one source.
+template <class Scan>
+void WriteScan(const Scan& scan, DataSourceType dataType, zStream stream) {
   Plovia::ReplaySerializer serializer;
   serializer.BeginReplay(stream, false);
   serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
   serializer.WriteIndexInfo(0);
-  serializer.WriteData(message);
+  serializer.WriteData(scan);
   serializer.EndReplay();
 }
 
@@ -58,8 +45,17 @@ void Export(const FillStream& fill, const std::string& exportName, FileType expo
 void WriteRecording(const ScanFile& file, const PcdOptions& options, zAlloc alloc,
                     const Listener& listener, zStream stream) {
   Handle message;
-  const DataSourceType dataType = MakeMessage(file, options, message, alloc, listener);
-  WriteScan(message, dataType, stream);
+  switch (file.fileType) {
+    case PRO:
+      GenerateProfileMsgFromBuffer(message, *file.bytes, PRO, alloc);
+      return WriteScan(message, UNIFORM_PROFILE, stream);
+    case PCD:
+      GenerateSurfaceMsgFromBuffer(message, *file.bytes, options, alloc, listener);
+      return WriteScan(message, SURFACE_POINT_CLOUD, stream);
+    default:
+      return WriteScan(GenerateSurfaceMsgFromBuffer(*file.bytes, file.fileType, alloc),
+                       UNIFORM_SURFACE, stream);
+  }
 }
 
 void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream stream) {
@@ -73,9 +69,8 @@ void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream str
   for (const std::vector<std::string>& frame : FilesByFrame(directory)) {
     serializer.WriteIndexInfo(0);
     for (const std::string& path : frame) {
-      Handle message;
-      GenerateSurfaceMsgFromBuffer(message, *OpenFile(path), SUR, alloc);
-      serializer.WriteData(message);
+      const zSourcePtr file = OpenFile(path);
+      serializer.WriteData(GenerateSurfaceMsgFromBuffer(*file, SUR, alloc));
     }
   }
   serializer.EndReplay();
@@ -83,10 +78,8 @@ void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream str
 
 void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
                 FileType exportType, zAlloc alloc, const Listener& listener) {
-  Handle message;
-  const DataSourceType dataType = MakeMessage(file, options, message, alloc, listener);
-  Export([&](zStream stream) { WriteScan(message, dataType, stream); }, exportName, exportType,
-         alloc);
+  Export([&](zStream stream) { WriteRecording(file, options, alloc, listener, stream); },
+         exportName, exportType, alloc);
 }
 
 void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,

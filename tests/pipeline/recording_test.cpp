@@ -83,6 +83,72 @@ TEST_P(Recording, ItsMessagesOutliveItAndKeepTheirArraysApart) {
   EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
 }
 
+// A surface that is laid out as one before it is read without being held.
+TEST_P(Recording, TellsEveryMessageHoweverItIsRead) {
+  const auto surface = [](z32u width, z32u length, z16s first) {
+    return MakeSurface(width, length, {first, -32768, 3, 4, 5, 6}, {1, 2, first / 8.0}, {3, 4, 5});
+  };
+  const MxStamp stamp{1, 2, 3, 4, 5, {6, 7, 8}};
+  const BoundingBox6 box{{1, 2, 3}, {4, 5, 6}};
+  const Handle stamped = surface(3, 2, 7);
+  MustBeOk(MxDataMsg_SetStamp(stamped.Get(), 0, &stamp));
+  MustBeOk(MxSurfaceMsg_SetBoundingBox(stamped.Get(), &box));
+  const Handle cloud = MakeCloudOf(2, 1, {{1, 2, 3}, {4, 5, 6}});
+  const Frame messages = {surface(3, 2, 1),
+                          stamped,
+                          surface(2, 3, 9),
+                          surface(6, 1, 8),
+                          stamped,
+                          cloud,
+                          cloud,
+                          MakeSurfaceWithIntensity(1),
+                          MakeSurfaceWithIntensity(2),
+                          surface(3, 2, 2)};
+  std::vector<Frame> frames;
+  for (const Handle& message : messages) frames.push_back({message});
+  const zBytes stream = WriteRecording(MakeScanner(), frames, GetParam());
+  std::string held, streamed;
+  std::vector<Plovia::ReplayProblem> problems;
+  const auto take = [&](z64u number, zObject message) {
+    EXPECT_EQ(Describe(message), Describe(messages[number].Get())) << number;
+    held += std::to_string(number) + " ";
+  };
+  Plovia::ReplaySerializer reader;
+  reader.LoadDamaged(
+      SourceOf(stream), problems,
+      {take, [&](z64u number, const Plovia::SurfaceStream& given) {
+         Handle message = MakeSurface(given.width, given.length, {}, given.scale, given.offset);
+         std::vector<z16s> heights;
+         const BoundingBox6 found = given.heights([&](std::span<const z16s> some) {
+           heights.insert(heights.end(), some.begin(), some.end());
+         });
+         std::ranges::copy(
+             heights,
+             zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(message.Get(), 0)).begin());
+         MustBeOk(MxDataMsg_SetStamp(message.Get(), 0, &given.stamp));
+         MustBeOk(MxSurfaceMsg_SetBoundingBox(message.Get(), &found));
+         EXPECT_EQ(Describe(message.Get()), Describe(messages[number].Get())) << number;
+         streamed += std::to_string(number) + " ";
+       }});
+  EXPECT_THAT(problems, testing::IsEmpty());
+  EXPECT_EQ(held + "| " + streamed, "0 2 3 5 6 7 8 | 1 4 9 ");
+}
+
+TEST_P(Recording, TakesAsManyHeightsAsASurfaceHas) {
+  for (const zSize count : {5U, 6U, 7U}) {
+    const Handle stream = MakeStream();
+    Plovia::ReplaySerializer writer;
+    writer.BeginReplay(stream.Get(), GetParam());
+    writer.WriteScannerInfo({MakeScanner()});
+    writer.WriteIndexInfo(0);
+    const Plovia::SurfaceStream surface{3, 2, {}, {}, {}, {}, [&](const auto& put) {
+                                          put(std::vector<z16s>(count));
+                                          return BoundingBox6{};
+                                        }};
+    EXPECT_EQ(Thrown([&] { writer.WriteData(surface); }).empty(), count == 6) << count;
+  }
+}
+
 TEST(RecordingFile, ClosesASegmentOnceItHolds64MiB) {
   const Handle small = MakeSurface(0, 0, {});
   Handle large;

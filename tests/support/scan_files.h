@@ -2,21 +2,16 @@
 // Scan files to messages and back, as conversions do it.
 #pragma once
 
-#include "getfilestream/getfilestream.h"
 #include "support/scans.h"
+#include "surfacefileconverter/recordingexport.h"
 
 // Throws what the conversion throws.
 inline Handle ReadScan(const zBytes& bytes, FileType fileType) {
-  const zSourcePtr file = SourceOf(bytes);
-  Handle message;
-  if (fileType == PRO) {
-    GenerateProfileMsgFromBuffer(message, *file, fileType, DefaultAlloc());
-  } else if (fileType == PCD) {
-    GenerateSurfaceMsgFromBuffer(message, *file, PcdOptions{}, DefaultAlloc());
-  } else {
-    GenerateSurfaceMsgFromBuffer(message, *file, fileType, DefaultAlloc());
-  }
-  return message;
+  const Handle stream = MakeStream();
+  WriteRecording({fileType, SourceOf(bytes)}, {}, DefaultAlloc(), {}, stream.Get());
+  Plovia::ReplaySerializer recording;
+  recording.LoadBuffer(SourceOf(BytesOf(stream.Get())));
+  return recording.ReadMessage(0);
 }
 
 inline zBytes WriteScan(const Handle& message, FileType fileType) {

@@ -8,10 +8,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "sdk/core.h"
+#include "sdk/message.h"
 #include "sdk/object.h"
 
 using PloviaLib = zObject;
@@ -60,13 +61,29 @@ struct ReplayFrame {
   zSize messageCount;
 };
 
+// A uniform surface whose heights come about while it is written, or are read while it is looked
+// at.
+struct SurfaceStream {
+  z32u width, length;
+  zPoint3d64f scale, offset;  // mm
+  MxStamp stamp{};
+  Orv::Object<void*> intensities{};  // length x width z8u, or empty
+  // Gives all heights to `put`, row by row, and returns the box.
+  using Put = std::function<void(std::span<const z16s> heights)>;
+  std::function<BoundingBox6(const Put& put)> heights{};
+};
+
 // What the summary of a recording tells; nothing where it does not, or is damaged.
 struct ReplaySummary {
   std::optional<z64u> frames, chunks;
 };
 
-// Takes a message while it is in memory, with its number in the recording.
-using MessageVisitor = std::function<void(z64u number, zObject message)>;
+// Takes each message of a recording, with its number: while it is in memory, or as a stream whose
+// heights are to be read at once.
+struct MessageVisitor {
+  std::function<void(z64u number, zObject message)> message;
+  std::function<void(z64u number, const SurfaceStream& surface)> surface;
+};
 
 // Something that is wrong in a recording stream.
 struct ReplayProblem {
@@ -97,7 +114,8 @@ class ReplaySerializer {
   // The same for a stream that may be damaged: what is wrong is added to the problems, up to
   // kMostReplayProblems in all, and the reading goes on after it where it can; otherwise it throws.
   // What the indexes and the summary say is verified too, and messages that are damaged are told
-  // last. Each message that is whole is given to `visit`.
+  // last. Each message that is whole is given to one of the visitor's functions, both or none of
+  // which are there.
   void LoadDamaged(zSourcePtr replay, std::vector<ReplayProblem>& problems,
                    const MessageVisitor& visit = {});
   // Loads a stream up to the end of its first frame; besides, only its summary is read. No checksum
@@ -130,6 +148,7 @@ class ReplaySerializer {
   void WriteIndexInfo(z32u index);
   // Adds a message to the frame.
   void WriteData(const Orv::Object<void*>& message);
+  void WriteData(const SurfaceStream& surface);
   // Completes the recording.
   void EndReplay();
 

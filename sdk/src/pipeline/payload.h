@@ -6,6 +6,7 @@
 
 #include "message/message.h"
 #include "pipeline/field_reader.h"
+#include "pipeline/payload_layouts.h"
 #include "pipeline/stream_writer.h"
 
 namespace trelvane {
@@ -22,7 +23,10 @@ class PayloadBuilder {
   explicit PayloadBuilder(const sdk::Message& message);
 
   zSize Size() const { return builder_.GetSize(); }
-  void AppendTo(StreamWriter& writer) const;
+  // `fill` appends an array that has no items in memory.
+  void AppendTo(StreamWriter& writer, const std::function<void()>& fill = {}) const;
+  // All that stands in front of the arrays.
+  Bytes Head() const;
 
  private:
   struct Hole {
@@ -46,10 +50,13 @@ class PayloadReader {
   // The message in a payload of `size` bytes, before which the reader stands at `place`. Throws
   // Orv::Exception for damage.
   Orv::Object<void*> Read(PieceReader& reader, z64u size, const Place& place);
+  // Of the payloads that were read.
+  const PayloadLayouts& Layouts() const { return layouts_; }
 
  private:
   Block copy_;
   zSize capacity_ = 0;
+  PayloadLayouts layouts_;
 };
 
 }  // namespace sdk::replay

@@ -101,13 +101,21 @@ flatbuffers::Offset<fb::ScanMessage> PayloadBuilder::BuildScan(const Scan& scan)
   return fb::CreateScanMessage(builder_, fb::ScanData::Surface, surface.Union());
 }
 
-void PayloadBuilder::AppendTo(StreamWriter& writer) const {
+Bytes PayloadBuilder::Head() const {
+  return {builder_.GetBufferPointer(), Size() - (holes_.empty() ? 0 : holes_.back().fromEnd)};
+}
+
+void PayloadBuilder::AppendTo(StreamWriter& writer, const std::function<void()>& fill) const {
   const z8u* buffer = builder_.GetBufferPointer();
   zSize done = 0;
   for (auto hole = holes_.rbegin(); hole != holes_.rend(); ++hole) {
     const zSize start = Size() - hole->fromEnd;
     writer.Append(buffer + done, start - done);
-    writer.Append(hole->array->Items(), hole->array->Size());
+    if (hole->array->Items() == nullptr) {
+      fill();
+    } else {
+      writer.Append(hole->array->Items(), hole->array->Size());
+    }
     done = start + hole->array->Size();
   }
   writer.Append(buffer + done, Size() - done);

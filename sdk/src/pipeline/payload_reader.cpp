@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "pipeline/payload.h"
-#include "scan_message_generated.h"
+#include "pipeline/payload_values.h"
 
 namespace fb = trelvane;
 
@@ -14,22 +14,6 @@ namespace {
   constexpr Orv::Operation kOperation{"pipeline", "Plovia::ReplaySerializer"};
   kOperation.Fail(zERROR_MEMORY,
                   "There is not enough memory for the messages of the recording stream");
-}
-
-zPoint3d64f ToPoint(const fb::Vec3* vec, const zPoint3d64f& absent) {
-  return vec == nullptr ? absent : zPoint3d64f{vec->x(), vec->y(), vec->z()};
-}
-
-BoundingBox6 ToBox(const fb::Box* box) {
-  if (box == nullptr) return {};
-  return {ToPoint(&box->center(), {}), ToPoint(&box->size(), {})};
-}
-
-MxStamp ToStamp(const fb::Stamp* stamp) {
-  if (stamp == nullptr) return {};
-  return {stamp->frame(),   stamp->time(),
-          stamp->encoder(), stamp->z_encoder(),
-          stamp->inputs(),  {stamp->reserved0(), stamp->reserved1(), stamp->reserved2()}};
 }
 
 // Turns the aligned copy of one verified payload into messages, whose arrays lie in it.
@@ -167,8 +151,10 @@ Orv::Object<void*> PayloadReader::Read(PieceReader& reader, z64u payloadSize, co
   if (!fb::VerifyScanMessageBuffer(verifier)) {
     ThrowDamage(place, "the message of %zu bytes is no intact FlatBuffer of a scan", size);
   }
-  const fb::ScanMessage& message = *fb::GetScanMessage(copy_.get());
-  return Orv::Object<void*>(ToHandle(MessageReader(copy_, size, place).Read(message).release()));
+  const fb::ScanMessage& payload = *fb::GetScanMessage(copy_.get());
+  auto message = MessageReader(copy_, size, place).Read(payload);
+  layouts_.Learn({reinterpret_cast<const z8u*>(copy_.get()), size}, *message);
+  return Orv::Object<void*>(ToHandle(message.release()));
 }
 
 }  // namespace sdk::replay

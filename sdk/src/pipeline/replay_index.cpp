@@ -176,13 +176,23 @@ class Indexer {
   void CheckPayload(MessagePlace& message, PieceReader& reader, const Place& place) {
     Orv::Object<void*>& scan = index_.lastMessage;
     scan.Reset();  // its memory serves this one
+    if (PassSurface(message, reader)) return;
     try {
       scan = payloads_.Read(reader, message.size, place);
       message.items = static_cast<z32u>(MxArrayMsg_Count(scan.Get()));
-      if (visit_) visit_(index_.messages.size() - 1, scan.Get());
+      if (visit_.message) visit_.message(index_.messages.size() - 1, scan.Get());
     } catch (const Damage&) {
       message.damaged = true;  // whoever asks for it is told
     }
+  }
+
+  // Most messages need not be held to be checked.
+  bool PassSurface(const MessagePlace& message, PieceReader& reader) const {
+    const PayloadLayouts& layouts = payloads_.Layouts();
+    if (!visit_.surface) return layouts.Knows(reader, message.size);
+    const auto surface = layouts.Open(reader, message.size);
+    if (surface) visit_.surface(index_.messages.size() - 1, *surface);
+    return surface.has_value();
   }
 
   void TakeChunk(const RawRecord& record, PieceReader& reader) {
@@ -327,7 +337,7 @@ ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLo
 }
 
 ReplayIndex IndexFirstFrame(const zSource& stream, PayloadReader& payloads) {
-  const Plovia::MessageVisitor nobody;
+  const Plovia::MessageVisitor nobody{};
   return Indexer(stream, payloads, nullptr, nobody).RunToFirstFrame();
 }
 

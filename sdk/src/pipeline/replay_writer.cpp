@@ -2,6 +2,7 @@
 #include "pipeline/replay_writer.h"
 
 #include <algorithm>
+#include <new>
 
 #include "pipeline/payload.h"
 #include "pipeline/replay_names.h"
@@ -57,6 +58,40 @@ void ReplayWriter::BeginFrame(z32u index) {
 }
 
 void ReplayWriter::PutMessage(const sdk::Message& message) {
+  const PayloadBuilder payload(message);
+  BeginMessage(message, payload.Size());
+  payload.AppendTo(out_);
+}
+
+void ReplayWriter::PutSurface(const Plovia::SurfaceStream& stream) {
+  const zAlloc alloc = &zAllocator::Default();
+  const auto make = [&](zType type) {
+    auto array = Make<Array>(type, stream.length, stream.width, Block(), alloc);
+    return array != nullptr ? std::move(array) : throw std::bad_alloc();
+  };
+  Surface surface(make(zType::z16s), alloc);
+  surface.resampled = true;
+  surface.scale = stream.scale;
+  surface.offset = stream.offset;
+  surface.stamp = stream.stamp;
+  if (const Array* intensities = As<Array>(stream.intensities.Get())) {
+    surface.intensities = make(zType::z8u);
+    surface.intensities->ShareItemsOf(*intensities);
+  }
+  const PayloadBuilder payload(surface);
+  BeginMessage(surface, payload.Size());
+  const z64u start = out_.Position();
+  payload.AppendTo(out_, [&] {
+    surface.box = stream.heights(
+        [&](std::span<const z16s> heights) { out_.Append(heights.data(), heights.size_bytes()); });
+  });
+  if (out_.Position() - start != payload.Size()) {
+    kOperation.Fail(zERROR_PARAMETER, "The heights of a surface are not as many as its points");
+  }
+  out_.Replace(start, payload.Head(), PayloadBuilder(surface).Head());
+}
+
+void ReplayWriter::BeginMessage(const sdk::Message& message, zSize size) {
   if (frameCount_ == 0) {
     kOperation.Fail(zERROR_PARAMETER, "A message needs a frame to belong to");
   }
@@ -64,10 +99,8 @@ void ReplayWriter::PutMessage(const sdk::Message& message) {
     kOperation.Fail(zERROR_PARAMETER, "The recording has messages but no source for them");
   }
   const MxStamp* stamp = message.Stamp();
-  const PayloadBuilder payload(message);
   const auto channel = static_cast<z16u>(std::min<zSize>(++messagesInFrame_, sourceCount_));
-  PutMessageHead(channel, stamp == nullptr ? 0 : stamp->time, payload.Size());
-  payload.AppendTo(out_);
+  PutMessageHead(channel, stamp == nullptr ? 0 : stamp->time, size);
 }
 
 void ReplayWriter::Finish() {

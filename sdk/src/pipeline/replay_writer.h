@@ -24,6 +24,7 @@ class ReplayWriter {
   void PutScanners(const std::vector<Plovia::ReplayScannerInfo>& scanners);
   void BeginFrame(z32u index);
   void PutMessage(const sdk::Message& message);
+  void PutSurface(const Plovia::SurfaceStream& surface);
   void Finish();
 
  private:
@@ -38,6 +39,7 @@ class ReplayWriter {
   void PutMetadata(const Metadata& metadata);
   void PutSchema();
   void PutChannels();
+  void BeginMessage(const sdk::Message& message, zSize size);
   void PutMessageHead(z16u channel, z64u publishTime, z64u dataSize);
   void OpenNextChunk();
   void CloseChunk();

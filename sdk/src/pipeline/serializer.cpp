@@ -131,6 +131,11 @@ void ReplaySerializer::WriteData(const Orv::Object<void*>& message) {
   Guarded(kOperation, [&] { Begun(kOperation.function).PutMessage(*written); });
 }
 
+void ReplaySerializer::WriteData(const SurfaceStream& surface) {
+  constexpr const char* kFunction = "Plovia::ReplaySerializer::WriteData";
+  Guarded({kUnit, kFunction}, [&] { Begun(kFunction).PutSurface(surface); });
+}
+
 void ReplaySerializer::EndReplay() {
   constexpr const char* kFunction = "Plovia::ReplaySerializer::EndReplay";
   Guarded({kUnit, kFunction}, [&] { Begun(kFunction).Finish(); });

@@ -2,6 +2,7 @@
 #include "pipeline/stream_writer.h"
 
 #include <libdeflate.h>
+#include <zlib.h>
 
 #include <algorithm>
 
@@ -30,6 +31,20 @@ void StreamWriter::Append(const void* bytes, zSize size) {
 void StreamWriter::MoveTo(z64u position) {
   kOperation.Require(zStream_Seek(stream_, position), kFailed);
   position_ = position;
+}
+
+void StreamWriter::Replace(z64u position, Bytes before, Bytes now) {
+  const z64u end = position_;
+  const z32u sum = crc_;
+  MoveTo(position);
+  crc_ = libdeflate_crc32(0, before.data(), before.size());
+  const z32u replaced = crc_;
+  crc_ = 0;
+  Append(now.data(), now.size());
+  // What differs in front counts as much as if zeros followed it.
+  const auto behind = static_cast<z_off_t>(end - position_);
+  crc_ = sum ^ static_cast<z32u>(crc32_combine(replaced ^ crc_, 0, behind));
+  MoveTo(end);
 }
 
 void StreamWriter::BeginRecord(Opcode opcode, z64u contentLength) {

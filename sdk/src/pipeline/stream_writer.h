@@ -16,6 +16,9 @@ class StreamWriter {
   void Append(const void* bytes, zSize size);
   // Appends at an earlier position, before what is there, or at the end again.
   void MoveTo(z64u position);
+  // Replaces bytes at an earlier position by as many others; the checksum becomes that of the new
+  // ones.
+  void Replace(z64u position, Bytes before, Bytes now);
   // Opcode and length of a record whose content is appended next.
   void BeginRecord(Opcode opcode, z64u contentLength);
 

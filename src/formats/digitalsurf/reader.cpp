@@ -17,26 +17,34 @@ zPoint3d64f Widen(z32f x, z32f y, z32f z) {
 }
 
 // Reads the samples that the file's position stands before. Invalid points become -32768; 32-bit
-// samples are folded into 16 bits, and the header's z spacing and offset are then those of the
-// folded heights.
+// samples are folded into 16 bits.
 class SampleReader {
  public:
-  SampleReader(FileReader& file, SurHeader& header, bool profile)
+  SampleReader(const FileReader& file, const SurHeader& header, bool profile)
       : file_(file), header_(header), profile_(profile) {}
 
-  // Fills an array of z16s.
-  zStatus Read(zObject points) {
-    return header_.bitsPerPoint == 16 ? Read16(points) : Read32(points);
+  // Before the first sample is read: makes the header's z spacing and offset those of the heights.
+  zStatus Prepare(SurHeader& header) {
+    if (header_.bitsPerPoint == 16) return zOK;
+    const zStatus status = FindFolding(Count(), folding_);
+    header.zSpacing = folding_.fold.spacing;
+    header.zOffset = folding_.fold.offset;
+    return status;
+  }
+
+  // Fills a block with the next heights.
+  zStatus Read(std::span<z16s> heights) {
+    return header_.bitsPerPoint == 16 ? Read16(heights) : Read32(heights);
   }
 
   // Of 32-bit samples. The header stays as it is.
-  zStatus Measure(zSize count, UnfoldedHeights& heights) {
+  zStatus Measure(UnfoldedHeights& heights) {
     Folding folding;
-    const zStatus status = FindFolding(count, folding);
+    const zStatus status = FindFolding(Count(), folding);
     if (status != zOK) return status;
     z32s lowest = std::numeric_limits<z32s>::max();
     z32s highest = std::numeric_limits<z32s>::min();
-    const zStatus read = ForEachBlock(count, [&](std::span<const z32s> samples) {
+    const zStatus read = ForEachBlock(Count(), [&](std::span<const z32s> samples) {
       for (const z32s sample : samples) {
         if (sample < folding.threshold) continue;
         ++heights.points;
@@ -60,9 +68,12 @@ class SampleReader {
     z32s threshold;  // samples below it are invalid points
   };
 
-  zStatus Read16(zObject points) {
+  zSize Count() const {
+    return static_cast<zSize>(header_.pointsPerLine) * static_cast<zSize>(header_.lineCount);
+  }
+
+  zStatus Read16(std::span<z16s> left) {
     const auto threshold = static_cast<z16s>(header_.zMin);
-    std::span<z16s> left = zArray_EditableItems<z16s>(points);
     while (!left.empty()) {
       const std::span<z16s> block = left.first(std::min(left.size(), kBlock));
       left = left.subspan(block.size());
@@ -74,17 +85,11 @@ class SampleReader {
     return zOK;
   }
 
-  zStatus Read32(zObject points) {
-    const std::span<z16s> heights = zArray_EditableItems<z16s>(points);
-    Folding folding;
-    const zStatus status = FindFolding(heights.size(), folding);
-    if (status != zOK) return status;
-    header_.zSpacing = folding.fold.spacing;
-    header_.zOffset = folding.fold.offset;
+  zStatus Read32(std::span<z16s> heights) {
     auto height = heights.begin();
     return ForEachBlock(heights.size(), [&](std::span<const z32s> samples) {
       height = std::ranges::transform(samples, height, [&](z32s sample) {
-                 return sample < folding.threshold ? kInvalidRaw : folding.fold(sample);
+                 return sample < folding_.threshold ? kInvalidRaw : folding_.fold(sample);
                }).out;
     });
   }
@@ -135,19 +140,13 @@ class SampleReader {
     return zOK;
   }
 
-  FileReader& file_;
-  SurHeader& header_;
+  FileReader file_;
+  SurHeader header_;
   bool profile_;
+  Folding folding_{};
 };
 
-zStatus MakeHeights(const SurHeader& header, bool profile, Orv::Object<void*>& points,
-                    zAlloc alloc) {
-  return profile ? zArray1_Construct(points.Out(), zType::z16s, header.pointsPerLine, alloc)
-                 : zArray2_Construct(points.Out(), zType::z16s, header.lineCount,
-                                     header.pointsPerLine, alloc);
-}
-
-zStatus Load(const zSource& source, bool profile, Scan& record, zAlloc alloc) {
+zStatus Open(const zSource& source, bool profile, HeightFile& opened) {
   if (source.Size() == 0) return kMissing;
   FileReader file(source);
   SurHeader header;
@@ -155,17 +154,25 @@ zStatus Load(const zSource& source, bool profile, Scan& record, zAlloc alloc) {
   if (status != zOK) return status;
   const Complaints complaints = ValidateSamples(header, profile, file.Left(), source.Size());
   if (!complaints.empty()) return complaints.front().status;
-  status = MakeHeights(header, profile, record.points, alloc);
-  if (status != zOK) return status;
-  status = SampleReader(file, header, profile).Read(record.points.Get());
+  SampleReader samples(file, header, profile);
+  status = samples.Prepare(header);
   if (status != zOK) return status;
 
-  record.kind = profile ? ScanKind::profile : ScanKind::surface;
-  record.width = static_cast<z32u>(header.pointsPerLine);
-  record.length = static_cast<z32u>(header.lineCount);
-  record.scale = Widen(header.xSpacing, header.ySpacing, header.zSpacing);
-  record.offset = Widen(header.xOffset, header.yOffset, header.zOffset);
+  Scan& scan = opened.scan;
+  scan.kind = profile ? ScanKind::profile : ScanKind::surface;
+  scan.width = static_cast<z32u>(header.pointsPerLine);
+  scan.length = static_cast<z32u>(header.lineCount);
+  scan.scale = Widen(header.xSpacing, header.ySpacing, header.zSpacing);
+  scan.offset = Widen(header.xOffset, header.yOffset, header.zOffset);
+  opened.read = [samples](std::span<z16s> heights) mutable { return samples.Read(heights); };
   return zOK;
+}
+
+zStatus Load(const zSource& source, bool profile, Scan& record, zAlloc alloc) {
+  HeightFile file;
+  const zStatus status = Open(source, profile, file);
+  if (status != zOK) return status;
+  return LoadHeights(file, record, alloc);
 }
 
 }  // namespace
@@ -181,14 +188,14 @@ zStatus LoadSurFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
   return Load(source, false, record, alloc);
 }
 
+zStatus OpenSurFile(const zSource& source, HeightFile& file) { return Open(source, false, file); }
+
 zStatus FindUnfoldedHeights(const zSource& source, bool profile, UnfoldedHeights& heights) {
   FileReader file(source);
   SurHeader header;
   const zStatus status = OpenDigitalSurf(file, header);
   if (status != zOK) return status;
-  const auto points =
-      static_cast<zSize>(header.pointsPerLine) * static_cast<zSize>(header.lineCount);
-  return SampleReader(file, header, profile).Measure(points, heights);
+  return SampleReader(file, header, profile).Measure(heights);
 }
 
 zStatus LoadProFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {

@@ -14,7 +14,7 @@ zStatus ReadGrid(FileReader& file, const SrfHeader& header, zType type, Orv::Obj
 
 }  // namespace
 
-zStatus LoadSrfFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
+zStatus OpenSrfFile(const zSource& source, HeightFile& opened, zAlloc alloc) {
   if (source.Size() == 0) return kMissing;
   FileReader file(source);
   SrfFile srf;
@@ -22,15 +22,28 @@ zStatus LoadSrfFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
   if (!complaints.empty()) return complaints.front().status;
 
   const SrfHeader& header = srf.header;
-  record.kind = ScanKind::surface;
-  record.width = header.width;
-  record.length = header.length;
-  record.scale = header.scale;
-  record.offset = header.offset;
-  record.intensities.Reset();
-  zStatus status = file.Seek(kSrfHeaderSize);
-  if (status == zOK) status = ReadGrid(file, header, zType::z16s, record.points, alloc);
-  if (status != zOK || !srf.hasIntensities) return status;
-  status = file.Seek(static_cast<z64s>(file.Position() + 1));  // the flag
-  return status == zOK ? ReadGrid(file, header, zType::z8u, record.intensities, alloc) : status;
+  Scan& scan = opened.scan;
+  scan.kind = ScanKind::surface;
+  scan.width = header.width;
+  scan.length = header.length;
+  scan.scale = header.scale;
+  scan.offset = header.offset;
+  const zSize points = zSize{header.width} * header.length;
+  if (srf.hasIntensities) {
+    zStatus status = file.Seek(static_cast<z64s>(kSrfHeaderSize + points * sizeof(z16s) + 1));
+    if (status == zOK) status = ReadGrid(file, header, zType::z8u, scan.intensities, alloc);
+    if (status != zOK) return status;
+  }
+  const zStatus status = file.Seek(kSrfHeaderSize);
+  opened.read = [file](std::span<z16s> heights) mutable {
+    return file.Read(zType::z16s, heights.data(), heights.size());
+  };
+  return status;
+}
+
+zStatus LoadSrfFileBuffer(const zSource& source, Scan& record, zAlloc alloc) {
+  HeightFile file;
+  const zStatus status = OpenSrfFile(source, file, alloc);
+  if (status != zOK) return status;
+  return LoadHeights(file, record, alloc);
 }

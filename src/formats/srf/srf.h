@@ -3,12 +3,16 @@
 #pragma once
 
 #include "formats/description.h"
+#include "formats/heightfile.h"
 
 // Decodes one of the tool's own compact surface files into z16s heights and, where the file has
 // them, intensities. Returns 1, -999 for no bytes at all, -989 for another version, -984 for a flag
 // that is neither 0 nor 1, or the status of the step that failed; the record may then be partly
 // filled.
 zStatus LoadSrfFileBuffer(const zSource& file, Scan& record, zAlloc alloc);
+
+// The same for a file whose heights are still to be read; intensities are.
+zStatus OpenSrfFile(const zSource& file, HeightFile& opened, zAlloc alloc);
 
 // Appends a surface message as one of the tool's own compact surface files to a stream:
 // heights as they are, and intensities. Of a point cloud, the first two bytes for each point are
