@@ -64,7 +64,7 @@ void ReplayWriter::PutMessage(const sdk::Message& message) {
 }
 
 void ReplayWriter::PutSurface(const Plovia::SurfaceStream& stream) {
-  const zAlloc alloc = &zAllocator::Default();
+  zAlloc alloc = &zAllocator::Default();
   const auto make = [&](zType type) {
     auto array = Make<Array>(type, stream.length, stream.width, Block(), alloc);
     return array != nullptr ? std::move(array) : throw std::bad_alloc();
