@@ -1,11 +1,35 @@
-# What cpack needs to make a Debian package; scripts/package runs it.
+# What cpack needs to make the Debian packages, one of each component; scripts/package runs it.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME trelvane)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT
     "Seed 87e22051 maintainers <maintainers@users.noreply.c-seed-87e22051.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "converter and viewer of 3D scanner data")
-set(CPACK_PACKAGE_DESCRIPTION
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianLayout.cmake)
+
+# trelvane_package(<component> SECTION <section> SUMMARY <line> DESCRIPTION <text>
+#                  [DEPENDS <packages>] [SUGGESTS <packages>])
+macro(trelvane_package component)
+  cmake_parse_arguments(package "" "SECTION;SUMMARY;DESCRIPTION;DEPENDS;SUGGESTS" "" ${ARGN})
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  string(TOUPPER ${component} name)
+  set(CPACK_DEBIAN_${name}_PACKAGE_NAME ${component})
+  set(CPACK_DEBIAN_${name}_PACKAGE_SECTION ${package_SECTION})
+  set(CPACK_DEBIAN_${name}_PACKAGE_DEPENDS "${package_DEPENDS}")
+  set(CPACK_DEBIAN_${name}_PACKAGE_SUGGESTS "${package_SUGGESTS}")
+  set(CPACK_DEBIAN_${name}_DESCRIPTION "${package_SUMMARY}\n${package_DESCRIPTION}")
+endmacro()
+
+trelvane_package(trelvane SECTION science
+  SUMMARY "converter and viewer of 3D scanner data"
+  SUGGESTS python3  # for the examples
+  DESCRIPTION
 "Trelvane converts surfaces, profiles and point clouds between Digital Surf
 files (.sur, .pro), PCD, a compact format of its own (.srf) and recordings of
 scanners, which are MCAP files that carry their schema, and writes recordings
@@ -13,12 +37,22 @@ as CSV tables.
 
 trelvane-inspect tells what such files hold, checks them for damage, and draws
 them as pictures and as pages for a web browser.")
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3")  # for the examples
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianLayout.cmake)
+trelvane_package(libtrelvane1 SECTION libs
+  SUMMARY "library for 3D scanner data"
+  DESCRIPTION
+"libtrelvane reads and writes surfaces, profiles, point clouds and recordings
+of 3D scanners in all formats that Trelvane converts between.")
+# What links to the library depends on its package; the system looks for libraries anew.
+set(control ${PROJECT_BINARY_DIR}/debian)
+file(WRITE ${control}/shlibs "libtrelvane 1 libtrelvane1 (>= ${PROJECT_VERSION})\n")
+file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBTRELVANE1_PACKAGE_CONTROL_EXTRA ${control}/shlibs ${control}/triggers)
+trelvane_package(libtrelvane-dev SECTION libdevel
+  SUMMARY "library for 3D scanner data (development files)"
+  DEPENDS "libtrelvane1 (= ${PROJECT_VERSION})"
+  DESCRIPTION
+"libtrelvane reads and writes surfaces, profiles, point clouds and recordings
+of 3D scanners in all formats that Trelvane converts between.
+
+This package has its C header, and what pkg-config and CMake need to find it.")
 include(CPack)

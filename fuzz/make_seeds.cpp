@@ -33,6 +33,7 @@ class Seeds {
       const std::string file = std::string(1, static_cast<char>(kind)) + options + seed;
       Write("conversion", file);
       Write("inspection", file);
+      Write("library", file);
     }
   }
   void Add(const std::string& target, const zBytes& seed, int kind = -1) {

@@ -83,8 +83,8 @@ std::optional<z64u> SizeOf(const std::string& path) {
 }
 
 std::string SourceTypeName(z16u dataType) {
-  const auto known = dataSourceTypeNames.find(static_cast<DataSourceType>(dataType));
-  return known == dataSourceTypeNames.end() ? Orv::Format("type %u", dataType) : known->second;
+  const std::string_view known = DataSourceTypeName(dataType);
+  return known.empty() ? Orv::Format("type %u", dataType) : std::string(known);
 }
 
 FileFacts InspectFile(const std::string& path, Depth depth, const ScanVisitor& visit,

@@ -17,7 +17,9 @@ class FileSource final : public zSource {
     if (std::filesystem::is_fifo(path, unknown)) FailToRead();
     const zStatus opened =
         zFile_Construct(file_.Out(), path.c_str(), zFILE_READ, &zAllocator::Default());
-    kOperation.Require(opened == zOK ? zOK : kBadInput, "Failed to open " + path);
+    if (opened != zOK) {
+      throw FileNotRead(kOperation.Error(kBadInput, "Failed to open " + path));
+    }
     const z64s size = zFile_Size(file_.Get());
     if (size == 0) kOperation.Fail(kBadInput, "The inputted file is empty");
     if (size < 0) FailToRead();
@@ -30,7 +32,9 @@ class FileSource final : public zSource {
   }
 
  private:
-  [[noreturn]] void FailToRead() const { kOperation.Fail(kBadInput, "Failed to read " + path_); }
+  [[noreturn]] void FailToRead() const {
+    throw FileNotRead(kOperation.Error(kBadInput, "Failed to read " + path_));
+  }
 
   std::string path_;
   Orv::Object<void*> file_;

@@ -6,9 +6,16 @@
 
 #include "sdk/object.h"
 
-// A file that is read where and when its bytes are needed. Throws Orv::Exception with code -997: by
-// "Failed to open <path>", by "The inputted file is empty", and by "Failed to read <path>", here
-// and from the source, also when somebody cuts the file or writes to it in the meantime.
+// The error of a file that cannot be opened or read.
+class FileNotRead : public Orv::Exception {
+ public:
+  explicit FileNotRead(const Orv::Exception& failure) : Exception(failure) {}
+};
+
+// A file that is read where and when its bytes are needed. Throws with code -997: FileNotRead by
+// "Failed to open <path>", Orv::Exception by "The inputted file is empty", and FileNotRead by
+// "Failed to read <path>", here and from the source, also when somebody cuts the file or writes to
+// it in the meantime.
 zSourcePtr OpenFile(const std::string& path);
 
 // All bytes of a source.

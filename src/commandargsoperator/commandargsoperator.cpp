@@ -101,7 +101,7 @@ void CommandArgsOperator::reportRecording() {
   consoleStatus(kInfo, "The replay data is captured from " + std::to_string(sensors) +
                            (sensors > 1 ? " sensors" : " sensor"));
   consoleStatus(kInfo, "The data type in the replay data is " +
-                           dataSourceTypeNames[converter.getDataSourceType()]);
+                           std::string(DataSourceTypeName(converter.getDataSourceType())));
   const std::size_t frames = converter.getFrameNumber();
   consoleStatus(kInfo, "The imported recording data has " + std::to_string(frames) +
                            (frames == 1 ? " frame" : " frames"));

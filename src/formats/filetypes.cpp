@@ -33,9 +33,17 @@ std::optional<FileType> ExportType(std::string_view extension) {
   return Find(extension, &Extension::exported);
 }
 
-std::map<DataSourceType, std::string> dataSourceTypeNames = {
-    {UNIFORM_PROFILE, "UNIFORM_PROFILE"},
-    {PROFILE_POINT_CLOUD, "PROFILE_POINT_CLOUD"},
-    {UNIFORM_SURFACE, "UNIFORM_SURFACE"},
-    {SURFACE_POINT_CLOUD, "SURFACE_POINT_CLOUD"},
-};
+std::string_view DataSourceTypeName(z16u dataType) {
+  switch (dataType) {
+    case UNIFORM_PROFILE:
+      return "UNIFORM_PROFILE";
+    case PROFILE_POINT_CLOUD:
+      return "PROFILE_POINT_CLOUD";
+    case UNIFORM_SURFACE:
+      return "UNIFORM_SURFACE";
+    case SURFACE_POINT_CLOUD:
+      return "SURFACE_POINT_CLOUD";
+    default:
+      return {};
+  }
+}

@@ -2,9 +2,8 @@
 // Kinds of files and of recorded data.
 #pragma once
 
-#include <map>
 #include <optional>
-#include <string>
+#include <string_view>
 
 #include "sdk/core.h"
 
@@ -29,5 +28,5 @@ constexpr bool IsProfileType(z16u dataType) {
   return dataType == UNIFORM_PROFILE || dataType == PROFILE_POINT_CLOUD;
 }
 
-// Names for the console. Looking an unknown type up with [] gives, and adds, an empty name.
-extern std::map<DataSourceType, std::string> dataSourceTypeNames;
+// A name for the console; empty for an unknown type.
+std::string_view DataSourceTypeName(z16u dataType);

@@ -125,7 +125,7 @@ void RequireSeparateFiles(const Orv::Operation& operation, const std::vector<std
     for (const std::string& input : inputs) {
       std::error_code missing;
       if (fs::equivalent(output, input, missing)) {
-        operation.Fail(kBadInput, "Failed to write " + output);
+        throw FileNotWritten(operation.Error(kBadInput, "Failed to write " + output));
       }
     }
   }

@@ -20,6 +20,12 @@
 #include "outputfile/system.h"
 #include "sdk/object.h"
 
+// The error of a file that cannot be opened for writing or written.
+class FileNotWritten : public Orv::Exception {
+ public:
+  explicit FileNotWritten(const Orv::Exception& failure) : Exception(failure) {}
+};
+
 class OutputFile {
  public:
   OutputFile() = default;

@@ -13,7 +13,7 @@ void WriteFile(const Orv::Operation& operation, const std::string& path, const F
   OutputFile output;
   if (output.Open(path) != zOK) {
     TryContent(fill);
-    throw cannotOpen;
+    throw FileNotWritten(cannotOpen);
   }
   try {
     fill(output.Stream());
@@ -22,7 +22,7 @@ void WriteFile(const Orv::Operation& operation, const std::string& path, const F
     if (!output.HasFailed()) throw;
   }
   if (output.HasFailed() || output.Finish() != zOK) {
-    operation.Fail(kBadInput, "Failed to write " + path);
+    throw FileNotWritten(operation.Error(kBadInput, "Failed to write " + path));
   }
 }
 

@@ -14,6 +14,7 @@ zStatus GetScan(MxMsg message, Scan& scan) {
       scan.scale = *MxSurfaceMsg_Scale(message);
       scan.offset = *MxSurfaceMsg_Offset(message);
       scan.box = *MxSurfaceMsg_BoundingBox(message);
+      scan.resampled = MxSurfaceMsg_IsResampled(message);
       points = MxSurfaceMsg_PointsArray(message, 0);
       hasIntensities = MxSurfaceMsg_HasIntensity(message);
       intensities = MxSurfaceMsg_Intensities(message, 0);

@@ -52,6 +52,8 @@ struct Scan {
   std::vector<Caution> cautions;
   std::array<AxisUnit, 3> units;  // of x, y and z
 
+  bool resampled = false;  // of a surface in a recording: onto a regular grid
+
   Axis X() const { return {scale.x, offset.x}; }
   Axis Y() const { return {scale.y, offset.y}; }
   Axis Z() const { return {scale.z, offset.z}; }

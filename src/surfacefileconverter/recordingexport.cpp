@@ -6,11 +6,6 @@
 #include "outputfile/writefile.h"
 #include "statuses.h"
 
-namespace {
-
-using Handle = Orv::Object<void*>;
-
-// A recording built here has one scanner.
 Plovia::ReplayScannerInfo MakeScanner(std::vector<ReplaySourceInfo> sources) {
   return {"r4xxx", "Scanner-0", "Scanner 0", std::move(sources)};
 }
@@ -19,22 +14,25 @@ ReplaySourceInfo MakeSource(const std::string& name, DataSourceType dataType) {
   return {name, name, dataType, 0, 0};
 }
 
+namespace {
+
+using Handle = Orv::Object<void*>;
+
 // A recording of one frame and one source.
 template <class Scan>
 void WriteScan(const Scan& scan, DataSourceType dataType, zStream stream) {
   Plovia::ReplaySerializer serializer;
   serializer.BeginReplay(stream, false);
-  serializer.WriteScannerInfo({MakeScanner({MakeSource("Surface.Top", dataType)})});
+  serializer.WriteScannerInfo({MakeScanner({MakeSource(kScanSourceName, dataType)})});
   serializer.WriteIndexInfo(0);
   serializer.WriteData(scan);
   serializer.EndReplay();
 }
 
 void Export(const FillStream& fill, const std::string& exportName, FileType exportType,
-            zAlloc alloc) {
+            const std::string& configFolder, zAlloc alloc) {
   if (exportType == OVREC) {
-    WriteReplayData(fill, "config/config.json", "config/jobs/config.json",
-                    "config/jobs/live/_live.ovjob", exportName, alloc);
+    WriteReplayData(fill, configFolder, exportName, alloc);
   } else {
     WriteFile({"surfacefileconverter", "WriteBuffer"}, exportName, fill);
   }
@@ -77,13 +75,14 @@ void WriteRecording(const SurfaceDirectory& directory, zAlloc alloc, zStream str
 }
 
 void ExportScan(const ScanFile& file, const PcdOptions& options, const std::string& exportName,
-                FileType exportType, zAlloc alloc, const Listener& listener) {
+                FileType exportType, const std::string& configFolder, zAlloc alloc,
+                const Listener& listener) {
   Export([&](zStream stream) { WriteRecording(file, options, alloc, listener, stream); },
-         exportName, exportType, alloc);
+         exportName, exportType, configFolder, alloc);
 }
 
 void ExportDirectory(const SurfaceDirectory& directory, const std::string& exportName,
-                     FileType exportType, zAlloc alloc) {
+                     FileType exportType, const std::string& configFolder, zAlloc alloc) {
   Export([&](zStream stream) { WriteRecording(directory, alloc, stream); }, exportName, exportType,
-         alloc);
+         configFolder, alloc);
 }

@@ -96,10 +96,11 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
   }
   if (const auto* directory = std::get_if<SurfaceDirectory>(&import)) {
     RequireSeparateFiles(kExport, {exportName}, PathsOf(*directory));
-    ExportDirectory(*directory, exportName, exportType, allocator);
+    ExportDirectory(*directory, exportName, exportType, configFolder, allocator);
   } else {
     RequireSeparateFiles(kExport, {exportName}, {inputName});
-    ExportScan(std::get<ScanFile>(import), pcdOptions, exportName, exportType, allocator, listener);
+    ExportScan(std::get<ScanFile>(import), pcdOptions, exportName, exportType, configFolder,
+               allocator, listener);
   }
   exportedFileNames = {exportName};
 }

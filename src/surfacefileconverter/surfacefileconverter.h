@@ -51,8 +51,10 @@ class SurfaceFileConverter {
   // Files that the last export wrote.
   std::vector<std::string> getExportedFileNames() const { return exportedFileNames; }
 
-  // Set by the command line:
+  // Set by whoever converts:
   bool exportAll = false;  // export every frame of a recording
+  // Where an archive's configuration comes from.
+  std::string configFolder = "config";
 
  private:
   bool isImported() const { return !std::holds_alternative<std::monostate>(import); }

@@ -60,14 +60,19 @@ TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
   }
 }
 
-TEST(PageOnRecordings, ShowsTheExampleProgramsAsTheyAre) {
+TEST(Pages, ShowTheExampleProgramsAsTheyAre) {
   const auto unindented = [](const std::string& text) {
     return std::regex_replace(text, std::regex("\n +"), "\n");
   };
-  const std::string page = ReadFile(kProject + "/docs/formats/recording.md");
-  for (const auto& [fence, example] :
-       {std::pair("```python", "/read_recording.py"), std::pair("```js", "/read_recording.mjs")}) {
-    const std::string excerpt = Section(page, fence, "```");
+  const struct {
+    const char *page, *fence, *example;
+  } rows[] = {
+      {"/docs/formats/recording.md", "```python", "/read_recording.py"},
+      {"/docs/formats/recording.md", "```js", "/read_recording.mjs"},
+      {"/docs/library.md", "```c\n", "/heights.c"},
+  };
+  for (const auto& [page, fence, example] : rows) {
+    const std::string excerpt = Section(ReadFile(kProject + page), fence, "```");
     EXPECT_GT(excerpt.size(), 100U);
     EXPECT_THAT(unindented(ReadFile(std::string(EXAMPLES_DIR) + example)),
                 testing::HasSubstr(unindented(excerpt)));

@@ -121,6 +121,9 @@ class ReplaySerializer {
   // Loads a stream up to the end of its first frame; besides, only its summary is read. No checksum
   // is verified.
   ReplaySummary LoadFirstFrame(zSourcePtr replay);
+  // Loads a whole stream by the heads of its records alone, in a time that hardly depends on its
+  // size in bytes: no checksum is verified, and no message looked at before it is asked for.
+  void LoadHeads(zSourcePtr replay);
   ReplayInfo GetReplayInfo() const;
   std::vector<Plovia::ReplayScannerInfo> ReadScannerInfo() const;
 

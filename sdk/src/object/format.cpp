@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <charconv>
+#include <clocale>
 #include <cstdio>
 #include <optional>
 
@@ -162,8 +163,7 @@ class Formatter {
     text_ += left ? std::string(text) + padding : padding + std::string(text);
   }
 
-  // False for an argument of another type. The tool never sets a locale, so the standard routine
-  // writes the "C" form.
+  // False for an argument of another type.
   template <class Value>
   bool PrintAs(const Conversion& conversion, std::string_view length,
                const FormatArgument& argument) {
@@ -179,8 +179,16 @@ class Formatter {
     std::string printed(static_cast<std::size_t>(size) + 1, '\0');
     static_cast<void>(std::snprintf(printed.data(), printed.size(), format.c_str(), *value));
     printed.pop_back();
+    if constexpr (std::is_same_v<Value, double>) UnifyPoint(printed);
     text_ += printed;
     return true;
+  }
+
+  // A program that uses the library may have set a locale with another decimal point.
+  static void UnifyPoint(std::string& number) {
+    const std::string_view point = std::localeconv()->decimal_point;
+    const std::size_t place = number.find(point);
+    if (place != std::string::npos) number.replace(place, point.size(), ".");
   }
 
   std::string_view left_;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <atomic>
 
 #include "pipeline/payload.h"
 #include "pipeline/payload_values.h"
@@ -142,6 +143,8 @@ Orv::Object<void*> PayloadReader::Read(PieceReader& reader, z64u payloadSize, co
     if (copy_ == nullptr) FailOfMemory();
     capacity_ = size;
   }
+  // Whoever held it may have been another thread.
+  std::atomic_thread_fence(std::memory_order_acquire);
   reader.ReadInto(copy_.get(), size);
 
   constexpr flatbuffers::uoffset_t kMaxDepth = 8;  // message, array, item, scan

@@ -33,6 +33,29 @@ z32u ParseFrameIndex(PieceReader& reader, z64u size, const Place& place) {
 // Ends a walk that goes no further than the first frame.
 struct FirstFrameIsRead {};
 
+// A source of which little is used here and there: it is read in small pieces, that grow where one
+// follows the other.
+class HeadsSource final : public zSource {
+ public:
+  explicit HeadsSource(const zSource& whole) : whole_(whole) {}
+
+  z64u Size() const noexcept override { return whole_.Size(); }
+  void Read(z64u offset, void* destination, zSize size) const override {
+    whole_.Read(offset, destination, size);
+    piece_ = offset == end_ ? std::min(2 * piece_, whole_.Piece()) : kLeastPiece;
+    end_ = offset + size;
+  }
+  const z8u* Bytes() const noexcept override { return whole_.Bytes(); }
+  zSize Piece() const noexcept override { return piece_; }
+
+ private:
+  static constexpr zSize kLeastPiece = 512;
+
+  const zSource& whole_;
+  mutable zSize piece_ = kLeastPiece;
+  mutable z64u end_ = 0;  // of what was read last
+};
+
 class Indexer {
  public:
   Indexer(const zSource& stream, PayloadReader& payloads, DamageLog* log,
@@ -50,18 +73,20 @@ class Indexer {
     return std::move(index_);
   }
 
-  ReplayIndex RunToFirstFrame() {
-    firstFrameOnly_ = true;
+  ReplayIndex RunUnverified(Extent extent) {
+    extent_ = extent;
     WalkStream();
-    if (!index_.frames.empty()) index_.segments = {{0, 1}};
+    if (extent == Extent::firstFrame && !index_.frames.empty()) index_.segments = {{0, 1}};
     return std::move(index_);
   }
 
  private:
+  bool IsVerified() const { return extent_ == Extent::whole; }
+
   void WalkStream() {
     PieceReader reader(stream_, 0, CheckMagic());
     std::optional<PieceReader::Sum> section;
-    if (!firstFrameOnly_ && IsSectionSummed()) section.emplace(reader);
+    if (IsVerified() && IsSectionSummed()) section.emplace(reader);
     reader.SkipTo(sizeof kMagic);
     if (reader.Left() == 0) ThrowDamage(PlaceOf(reader), "there is no record");
     const RawRecord first = NextRecord(reader, reader.End(), PlaceOf(reader));
@@ -70,7 +95,7 @@ class Indexer {
     try {
       WalkDataSection(reader, section);
       section.reset();
-      if (!firstFrameOnly_) RunStep(log_, [&] { WalkSummary(reader); });
+      if (IsVerified()) RunStep(log_, [&] { WalkSummary(reader); });
     } catch (const FirstFrameIsRead&) {
       // What stands behind it is not looked at.
     }
@@ -116,7 +141,7 @@ class Indexer {
       atEnd = record.opcode == Opcode::dataEnd;
       CheckSummary([&] { summary_->TakeData(record, reader); });
       RunStep(log_, [&] {
-        if (atEnd && !firstFrameOnly_) {
+        if (atEnd && IsVerified()) {
           const z32u stored = Parse<DataEnd>(record).dataSectionCrc;
           const bool summed = section.has_value() || stored == 0;
           CheckSum(summed ? sum : SumOf(stream_, 0, record.place.offset), stored, record.place,
@@ -162,14 +187,14 @@ class Indexer {
     const Place place = record.place + kRecordPrefix + message.data.start;
     const ReplayChannels::Kind kind = channels_.KindOf(message, record.place);
     if (kind == ReplayChannels::Kind::frameIndex) {
-      if (firstFrameOnly_ && !index_.frames.empty()) throw FirstFrameIsRead();
+      if (extent_ == Extent::firstFrame && !index_.frames.empty()) throw FirstFrameIsRead();
       index_.frames.push_back({ParseFrameIndex(reader, size, place), index_.messages.size()});
     } else if (kind == ReplayChannels::Kind::source) {
       if (index_.frames.empty()) {
         ThrowDamage(record.place, "a scan message stands before the first frame index");
       }
       index_.messages.push_back({place.offset, size, compressedChunk});
-      CheckPayload(index_.messages.back(), reader, place);
+      if (extent_ != Extent::heads) CheckPayload(index_.messages.back(), reader, place);
     }
   }
 
@@ -230,7 +255,7 @@ class Indexer {
   void WalkChunk(z32u storedSum, PieceReader& reader, const Place& first, z64u size,
                  const Place& chunkPlace, z32u compressedChunk) {
     const z64u end = first.offset + size;
-    if (firstFrameOnly_) return WalkChunkRecords(reader, first, end, compressedChunk);
+    if (!IsVerified()) return WalkChunkRecords(reader, first, end, compressedChunk);
     std::exception_ptr failure;
     z32u computed = 0;
     {
@@ -326,7 +351,7 @@ class Indexer {
   ReplayChannels channels_;
   zBytes records_;  // of the last compressed chunk
   bool described_ = false;
-  bool firstFrameOnly_ = false;
+  Extent extent_ = Extent::whole;
 };
 
 }  // namespace
@@ -336,9 +361,11 @@ ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLo
   return Indexer(stream, payloads, log, visit).Run();
 }
 
-ReplayIndex IndexFirstFrame(const zSource& stream, PayloadReader& payloads) {
+ReplayIndex IndexUnverified(const zSource& stream, PayloadReader& payloads, Extent extent) {
   const Plovia::MessageVisitor nobody{};
-  return Indexer(stream, payloads, nullptr, nobody).RunToFirstFrame();
+  const HeadsSource heads(stream);
+  return Indexer(extent == Extent::heads ? heads : stream, payloads, nullptr, nobody)
+      .RunUnverified(extent);
 }
 
 }  // namespace sdk::replay

@@ -48,6 +48,13 @@ struct ReplayIndex {
   }
 };
 
+// How far a stream is walked, and how closely it is looked at.
+enum class Extent {
+  whole,       // everything is verified
+  firstFrame,  // up to its end; no checksum is verified
+  heads,       // all records, but of messages where they are alone, and no checksum
+};
+
 // Walks a whole stream once, checks its structure, its checksums and its scan messages and tells
 // what stands where. Throws Orv::Exception for damage; a message that is damaged is noted in the
 // index. With a log, tells there what is damaged and leaves it out, and compares what the indexes
@@ -55,7 +62,7 @@ struct ReplayIndex {
 ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLog* log = nullptr,
                         const Plovia::MessageVisitor& visit = {});
 
-// The same up to the end of the first frame; checksums are not verified.
-ReplayIndex IndexFirstFrame(const zSource& stream, PayloadReader& payloads);
+// The same, less closely; there is no last message after the heads alone.
+ReplayIndex IndexUnverified(const zSource& stream, PayloadReader& payloads, Extent extent);
 
 }  // namespace sdk::replay

@@ -90,6 +90,12 @@ const MessagePlace& ReplayReader::PlaceOf(z64u message) const {
   return index_.messages[static_cast<zSize>(message)];
 }
 
+zSize ReplayReader::ItemCount(z64u message) {
+  const MessagePlace& place = PlaceOf(message);
+  // After a walk over the heads alone nobody knows yet.
+  return extent_ == Extent::heads ? MxArrayMsg_Count(ReadMessage(message).Get()) : place.items;
+}
+
 Orv::Object<void*> ReplayReader::ReadMessage(z64u message) {
   const MessagePlace& place = PlaceOf(message);
   Orv::Object<void*> last = std::exchange(index_.lastMessage, {});

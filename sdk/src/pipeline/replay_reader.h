@@ -9,13 +9,11 @@ namespace sdk::replay {
 
 class ReplayReader {
  public:
-  enum class Extent { whole, firstFrame };
-
-  // Of the first frame, see IndexFirstFrame.
   explicit ReplayReader(zSourcePtr stream, Extent extent = Extent::whole)
       : stream_(std::move(stream)),
+        extent_(extent),
         index_(extent == Extent::whole ? IndexReplay(*stream_, payloads_)
-                                       : IndexFirstFrame(*stream_, payloads_)) {}
+                                       : IndexUnverified(*stream_, payloads_, extent)) {}
   // With a log, see IndexReplay; messages that are damaged are told there too.
   ReplayReader(zSourcePtr stream, DamageLog& log, const Plovia::MessageVisitor& visit);
 
@@ -31,16 +29,18 @@ class ReplayReader {
   // The next frame of the current segment.
   Plovia::ReplayFrame NextFrame();
 
-  const MessagePlace& PlaceOf(z64u message) const;
+  zSize ItemCount(z64u message);
   Orv::Object<void*> ReadMessage(z64u message);
 
  private:
+  const MessagePlace& PlaceOf(z64u message) const;
   Segment CurrentFrames() const;
   // Throws where a message of the frame is damaged, unless that is told in the log.
   Plovia::ReplayFrame TakeFrame(zSize frame);
   const zBytes& CompressedRecords(z32u chunk);
 
   zSourcePtr stream_;
+  Extent extent_ = Extent::whole;
   PayloadReader payloads_;
   DamageLog* log_ = nullptr;
   ReplayIndex index_;

@@ -69,8 +69,14 @@ void ReplaySerializer::LoadDamaged(zSourcePtr replay, std::vector<ReplayProblem>
 ReplaySummary ReplaySerializer::LoadFirstFrame(zSourcePtr replay) {
   return Guarded({kUnit, "Plovia::ReplaySerializer::LoadFirstFrame"}, [&] {
     const ReplaySummary summary = sdk::replay::ReadSummary(*replay);
-    reader_ = std::make_unique<ReplayReader>(std::move(replay), ReplayReader::Extent::firstFrame);
+    reader_ = std::make_unique<ReplayReader>(std::move(replay), sdk::replay::Extent::firstFrame);
     return summary;
+  });
+}
+
+void ReplaySerializer::LoadHeads(zSourcePtr replay) {
+  reader_ = Guarded({kUnit, "Plovia::ReplaySerializer::LoadHeads"}, [&] {
+    return std::make_unique<ReplayReader>(std::move(replay), sdk::replay::Extent::heads);
   });
 }
 
@@ -109,7 +115,9 @@ Orv::Object<void*> ReplaySerializer::ReadMessage(z64u number) const {
 }
 
 zSize ReplaySerializer::ItemCount(z64u number) const {
-  return Loaded("Plovia::ReplaySerializer::ItemCount").PlaceOf(number).items;
+  constexpr const char* kFunction = "Plovia::ReplaySerializer::ItemCount";
+  ReplayReader& reader = Loaded(kFunction);
+  return Guarded({kUnit, kFunction}, [&] { return reader.ItemCount(number); });
 }
 
 void ReplaySerializer::BeginReplay(zStream stream, bool classic) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "formats/archive/layout.h"
-#include "outputfile/outputfile.h"
 #include "sdk/archive.h"
 #include "statuses.h"
 
@@ -12,11 +11,9 @@ namespace {
 
 constexpr Orv::Operation kOperation{"surfacefileconverter", "WriteReplayData"};
 
-using Handle = Orv::Object<void*>;
-
 // Copies a file from disk into the member that was begun.
 zStatus CopyFile(const std::string& path, zTar tar, zAlloc alloc) {
-  Handle source;
+  Orv::Object<void*> source;
   const zStatus opened = zFile_Construct(source.Out(), path.c_str(), zFILE_READ, alloc);
   if (opened != zOK) return opened;
   const z64s told = zFile_Size(source.Get());
@@ -34,65 +31,56 @@ zStatus CopyFile(const std::string& path, zTar tar, zAlloc alloc) {
   return zFile_Read(source.Get(), size, piece.data(), 1) == zOK ? zERROR_STREAM : zOK;
 }
 
-// The archive up to the recording.
-class ArchiveWriter {
- public:
-  ArchiveWriter(const std::string& path, zAlloc alloc) : path_(path), alloc_(alloc) {
-    kOperation.Require(output_.Open(path), "Failed to construct " + path);
-    kOperation.Require(zTar_Construct(tar_.Out(), output_.Stream(), alloc),
-                       "Failed to construct a zTar variable");
-  }
-
-  zStream Stream() const { return tar_.Get(); }
-  bool HasFailed() const { return output_.HasFailed(); }
-
-  void CopyFileInto(const char* member, const std::string& sourcePath) {
-    Begin(member, zTAR_FILE, "Failed to write the %s file");
-    kOperation.Require(CopyFile(sourcePath, tar_.Get(), alloc_), "Failed to write the %s file",
-                       member);
-  }
-  void BeginFolder(const char* member) {
-    Begin(member, zTAR_DIRECTORY, "Failed to create the %s directory");
-  }
-  void BeginFile(const char* member) { Begin(member, zTAR_FILE, "Failed to create the %s file"); }
-
-  // The last blocks of the archive and of the file are written only now.
-  void Finish() {
-    if (tar_.Release() != zOK || output_.Finish() != zOK) FailToWrite();
-  }
-
- private:
-  // It ends the member before, which may be what fails.
-  void Begin(const char* member, z32s type, const char* failure) {
-    const zStatus begun = zTar_BeginWrite(tar_.Get(), member, type);
-    if (begun != zOK && HasFailed()) FailToWrite();
-    kOperation.Require(begun, failure, member);
-  }
-
-  [[noreturn]] void FailToWrite() const { kOperation.Fail(kBadInput, "Failed to write " + path_); }
-
-  const std::string& path_;
-  zAlloc alloc_;
-  OutputFile output_;
-  Handle tar_;  // over the output; ends before it
-};
-
 }  // namespace
 
-void WriteReplayData(const FillStream& fill, const std::string& configPath,
-                     const std::string& jobsConfigPath, const std::string& jobPath,
+ArchiveWriter::ArchiveWriter(const std::string& path, const std::string& configFolder, zAlloc alloc)
+    : path_(path), alloc_(alloc) {
+  const std::string folder = configFolder + "/";
+  RequireSeparateFiles(kOperation, {path},
+                       {folder + kConfigMember, folder + kJobsConfigMember, folder + kJobMember});
+  const zStatus opened = output_.Open(path);
+  if (opened != zOK) {
+    throw FileNotWritten(kOperation.Error(opened, "Failed to construct " + path));
+  }
+  kOperation.Require(zTar_Construct(tar_.Out(), output_.Stream(), alloc),
+                     "Failed to construct a zTar variable");
+  constexpr const char* kFolderFailure = "Failed to create the %s directory";
+  CopyMember(kConfigMember, folder);
+  Begin(kJobsFolder, zTAR_DIRECTORY, kFolderFailure);
+  CopyMember(kJobsConfigMember, folder);
+  Begin(kLiveFolder, zTAR_DIRECTORY, kFolderFailure);
+  CopyMember(kJobMember, folder);
+  Begin(kReplayFolder, zTAR_DIRECTORY, kFolderFailure);
+  Begin(kReplayMember, zTAR_FILE, "Failed to create the %s file");
+}
+
+void ArchiveWriter::CopyMember(const char* member, const std::string& folder) {
+  constexpr const char* kFailure = "Failed to write the %s file";
+  Begin(member, zTAR_FILE, kFailure);
+  kOperation.Require(CopyFile(folder + member, tar_.Get(), alloc_), kFailure, member);
+}
+
+// It ends the member before, which may be what fails.
+void ArchiveWriter::Begin(const char* member, z32s type, const char* failure) {
+  const zStatus begun = zTar_BeginWrite(tar_.Get(), member, type);
+  if (begun != zOK && HasFailed()) FailToWrite();
+  kOperation.Require(begun, failure, member);
+}
+
+// The last blocks of the archive and of the file are written only now.
+void ArchiveWriter::Finish() {
+  if (tar_.Release() != zOK || output_.Finish() != zOK) FailToWrite();
+}
+
+void ArchiveWriter::FailToWrite() const {
+  throw FileNotWritten(kOperation.Error(kBadInput, "Failed to write " + path_));
+}
+
+void WriteReplayData(const FillStream& fill, const std::string& configFolder,
                      const std::string& outputPath, zAlloc alloc) {
   std::optional<ArchiveWriter> archive;
   try {
-    RequireSeparateFiles(kOperation, {outputPath}, {configPath, jobsConfigPath, jobPath});
-    archive.emplace(outputPath, alloc);
-    archive->CopyFileInto(kConfigMember, configPath);
-    archive->BeginFolder(kJobsFolder);
-    archive->CopyFileInto(kJobsConfigMember, jobsConfigPath);
-    archive->BeginFolder(kLiveFolder);
-    archive->CopyFileInto(kJobMember, jobPath);
-    archive->BeginFolder(kReplayFolder);
-    archive->BeginFile(kReplayMember);
+    archive.emplace(outputPath, configFolder, alloc);
   } catch (const Orv::Exception&) {
     TryContent(fill);
     throw;
@@ -101,7 +89,8 @@ void WriteReplayData(const FillStream& fill, const std::string& configPath,
     fill(archive->Stream());
   } catch (const Orv::Exception& failure) {
     if (!archive->HasFailed()) throw;
-    kOperation.Fail(failure.Status(), "Failed to write the %s file", kReplayMember);
+    throw FileNotWritten(
+        kOperation.Error(failure.Status(), "Failed to write the %s file", kReplayMember));
   }
   archive->Finish();
 }

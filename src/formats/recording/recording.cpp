@@ -106,7 +106,7 @@ zSize Recording::ItemCount(zSize frame, zSize source) const {
   return number ? replay.ItemCount(*number) : 0;
 }
 
-Recording OpenRecording(FileType fileType, zSourcePtr file) {
+Recording OpenRecording(FileType fileType, zSourcePtr file, Check check) {
   Recording recording;
   recording.fileType = fileType;
   zSourcePtr replay = std::move(file);
@@ -115,7 +115,11 @@ Recording OpenRecording(FileType fileType, zSourcePtr file) {
     replay = std::move(archive.replay);
     recording.job = std::move(archive.job);
   }
-  recording.replay.LoadBuffer(std::move(replay));
+  if (check == Check::whole) {
+    recording.replay.LoadBuffer(std::move(replay));
+  } else {
+    recording.replay.LoadHeads(std::move(replay));
+  }
   GetCloudsInfoFromRecordingData(recording);
   recording.tags = SanitizeScannerNames(recording.sources);
   return recording;

@@ -20,6 +20,7 @@ struct Recording {
   std::vector<Plovia::ReplayFrame> frames;  // at least one
   std::vector<zSize> places;                // of the messages in a frame that count, in order
 
+  bool HasMessage(zSize frame, zSize source) const { return NumberOf(frame, source).has_value(); }
   // How many messages of a frame count.
   zSize MessageCount(zSize frame) const;
   // The message of a source, read when it is asked for. A frame may be shorter than others: what is
@@ -32,9 +33,10 @@ struct Recording {
   std::optional<z64u> NumberOf(zSize frame, zSize source) const;
 };
 
-// Checks a whole recording and keeps where things are. Throws Orv::Exception for damage, and for
-// what cannot be exported.
-Recording OpenRecording(FileType fileType, zSourcePtr file);
+// Checks a whole recording, or only walks over the heads of its records, and keeps where things
+// are. Throws Orv::Exception for damage, and for what cannot be exported.
+enum class Check { whole, none };
+Recording OpenRecording(FileType fileType, zSourcePtr file, Check check = Check::whole);
 
 // Whether the messages of a source can be exported: of a known type, and not one of the exposures
 // that another source is made of.
