@@ -22,6 +22,7 @@ from conversions import GROWTHS, MIB, Rival, check_like, make_rows, most_memory 
 from large import measure_large  # noqa: E402
 from places import find_places  # noqa: E402
 from processes import Failed, in_child, run  # noqa: E402
+from python_rows import measure_python, print_python  # noqa: E402
 
 MOST_GROWTH = 1.15
 
@@ -194,7 +195,7 @@ def main():
     options = parser.parse_args()
 
     programs = options.programs.resolve()
-    results, growths = [], []
+    results, growths, python = [], [], []
     try:
         if options.large:
             sys.exit(0 if measure_large(programs) else 1)
@@ -203,14 +204,16 @@ def main():
             measured, grown = measure_place(kind, parent, rows, not results, programs, options.runs)
             results += measured
             growths += grown
+            python += in_new_folder(parent, measure_python, kind, programs, options.runs)
     except Failed as failure:
         sys.exit(f"bench: {failure}")
     facts = machine()
     print_table(facts, results, options.runs)
     print_growth(growths)
+    print_python(python)
     if options.json:
         text = json.dumps({"machine": facts, "runs": options.runs, "results": results,
-                           "growth": growths}, indent=2)
+                           "growth": growths, "python": python}, indent=2)
         options.json.write_text(text + "\n")
 
 

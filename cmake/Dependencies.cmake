@@ -6,7 +6,9 @@ find_package(PkgConfig QUIET)
 # trelvane_library(<target> <pkg-config module> <header> <library names...>)
 function(trelvane_library target module header)
   add_library(${target} INTERFACE)
-  if(PkgConfig_FOUND)
+  if(TRELVANE_ALONE)
+    list(TRANSFORM ARGN REPLACE "(.+)" "lib\\1.a")
+  elseif(PkgConfig_FOUND)
     pkg_check_modules(${target}_module QUIET IMPORTED_TARGET ${module})
   endif()
   if(TARGET PkgConfig::${target}_module)
@@ -25,6 +27,17 @@ trelvane_library(trelvane_libdeflate libdeflate libdeflate.h deflate libdeflate)
 trelvane_library(trelvane_lz4 liblz4 lz4frame.h lz4 liblz4)
 trelvane_library(trelvane_zstd libzstd zstd.h zstd libzstd)
 find_package(ZLIB REQUIRED)
+
+if(TRELVANE_ALONE)
+  # Of libarchive tar alone is used. Its table of formats stays empty, so that they and the
+  # libraries that they need are left out.
+  foreach(format 7zip ar_bsd ar_svr4 cpio cpio_bin cpio_newc cpio_odc cpio_pwb iso9660 mtree
+                 mtree_classic pax pax_restricted raw shar shar_dump v7tar warc xar zip)
+    target_link_options(trelvane_libarchive INTERFACE
+                        LINKER:--defsym=archive_write_set_format_${format}=0)
+  endforeach()
+  target_link_options(trelvane_libarchive INTERFACE -static-libstdc++ -static-libgcc)
+endif()
 
 find_program(TRELVANE_FLATC NAMES flatc REQUIRED)
 

@@ -38,3 +38,13 @@ install(FILES ${PROJECT_BINARY_DIR}/TrelvaneConfigVersion.cmake
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(library/trelvane.pc.in trelvane.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/trelvane.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The Python package, where Debian's Python looks for those of the system; others have the wheel.
+configure_file(python/METADATA.in METADATA @ONLY)
+set(python_packages lib/python3/dist-packages)
+install(DIRECTORY python/trelvane DESTINATION ${python_packages}
+        COMPONENT python3-trelvane EXCLUDE_FROM_ALL
+        FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+install(FILES ${PROJECT_BINARY_DIR}/METADATA
+        DESTINATION ${python_packages}/trelvane-${PROJECT_VERSION}.dist-info
+        COMPONENT python3-trelvane EXCLUDE_FROM_ALL)

@@ -55,4 +55,16 @@ trelvane_package(libtrelvane-dev SECTION libdevel
 of 3D scanners in all formats that Trelvane converts between.
 
 This package has its C header, and what pkg-config and CMake need to find it.")
+trelvane_package(python3-trelvane SECTION python
+  SUMMARY "3D scanner data in Python"
+  DEPENDS "libtrelvane1 (= ${PROJECT_VERSION}), python3 (>= 3.9), python3-numpy"
+  SUGGESTS "trelvane, python3-xarray, python3-distributed"
+  DESCRIPTION
+"The package trelvane reads and writes surfaces, profiles, point clouds and
+recordings of 3D scanners as numpy arrays, by the library libtrelvane.")
+set(CPACK_DEBIAN_PYTHON3-TRELVANE_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON3-TRELVANE_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON3-TRELVANE_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/packaging/python3-trelvane/postinst
+    ${PROJECT_SOURCE_DIR}/packaging/python3-trelvane/prerm)
 include(CPack)

@@ -15,9 +15,11 @@ struct EndHandle {
   void operator()(trelvane_scan* scan) const { trelvane_scan_free(scan); }
   void operator()(trelvane_writer* writer) const { trelvane_writer_free(writer); }
 };
-using File = std::unique_ptr<trelvane_file, EndHandle>;
-using Scan = std::unique_ptr<trelvane_scan, EndHandle>;
-using Writer = std::unique_ptr<trelvane_writer, EndHandle>;
+template <class Handle>
+using Owned = std::unique_ptr<Handle, EndHandle>;
+using File = Owned<trelvane_file>;
+using Scan = Owned<trelvane_scan>;
+using Writer = Owned<trelvane_writer>;
 
 // Calls with an error; tells how it fails, as "status code text"; empty for success.
 template <class... Parameters, class... Values>
@@ -35,66 +37,58 @@ void MustSucceed(Call call, Values... values) {
   if (!failure.empty()) throw std::runtime_error(failure);
 }
 
-template <class Struct>
-Struct Sized() {
-  Struct made{};
-  made.size = sizeof made;
-  return made;
+// What a call gives by its last parameter: a handle, or a struct that begins with its size.
+template <class Handle, class Call, class... Values>
+Owned<Handle> Make(Call call, Values... values) {
+  Handle* made = nullptr;
+  MustSucceed(call, values..., &made);
+  return Owned<Handle>(made);
+}
+template <class Result, class Call, class... Values>
+Result Get(Call call, Values... values) {
+  Result result{};
+  result.size = sizeof result;
+  MustSucceed(call, values..., &result);
+  return result;
 }
 
 inline File Open(const std::string& path, bool unchecked = false) {
-  auto options = Sized<trelvane_open_options>();
-  options.unchecked = unchecked ? 1 : 0;
-  trelvane_file* file = nullptr;
-  MustSucceed(trelvane_open, path.c_str(), &options, &file);
-  return File(file);
+  const trelvane_open_options options{sizeof options, unchecked, nullptr, nullptr, nullptr};
+  return Make<trelvane_file>(trelvane_open, path.c_str(), &options);
 }
-
 inline Scan Read(const File& file, std::uint64_t frame = 0, std::uint64_t source = 0,
                  std::uint64_t item = 0) {
-  trelvane_scan* scan = nullptr;
-  MustSucceed(trelvane_file_read_scan, file.get(), frame, source, item, &scan);
-  return Scan(scan);
+  return Make<trelvane_scan>(trelvane_file_read_scan, file.get(), frame, source, item);
+}
+inline auto InfoOf(const File& file) {
+  return Get<trelvane_file_info>(trelvane_file_get_info, file.get());
+}
+inline auto InfoOf(const Scan& scan) {
+  return Get<trelvane_scan_info>(trelvane_scan_get_info, scan.get());
+}
+inline auto SourceOf(const File& file, std::uint64_t source) {
+  return Get<trelvane_source_info>(trelvane_file_get_source, file.get(), source);
 }
 
-inline trelvane_file_info InfoOf(const File& file) {
-  auto info = Sized<trelvane_file_info>();
-  MustSucceed(trelvane_file_get_info, file.get(), &info);
-  return info;
-}
-
-inline trelvane_scan_info InfoOf(const Scan& scan) {
-  auto info = Sized<trelvane_scan_info>();
-  MustSucceed(trelvane_scan_get_info, scan.get(), &info);
-  return info;
-}
-
-inline std::uint64_t CountItems(const File& file, std::uint64_t frame, std::uint64_t source) {
-  std::uint64_t count = 0;
-  MustSucceed(trelvane_file_count_items, file.get(), frame, source, &count);
-  return count;
-}
-
-inline std::vector<std::int16_t> PointsOf(const Scan& scan) {
+template <class Value>
+std::vector<Value> ValuesOf(const Scan& scan,
+                            const Value* (*values)(const trelvane_scan*, std::size_t*)) {
   std::size_t count = 0;
-  const std::int16_t* points = trelvane_scan_points(scan.get(), &count);
-  return {points, points + count};
+  const Value* first = values(scan.get(), &count);
+  return {first, first + count};
 }
-
-inline std::vector<std::uint8_t> IntensitiesOf(const Scan& scan) {
-  std::size_t count = 0;
-  const std::uint8_t* intensities = trelvane_scan_intensities(scan.get(), &count);
-  return {intensities, intensities + count};
-}
+inline auto PointsOf(const Scan& scan) { return ValuesOf(scan, trelvane_scan_points); }
+inline auto IntensitiesOf(const Scan& scan) { return ValuesOf(scan, trelvane_scan_intensities); }
 
 // A scan of numbers that differ from each other, with some invalid points.
 inline trelvane_scan_info MakeInfo(trelvane_scan_kind kind, std::uint32_t width,
                                    std::uint32_t length = 1) {
-  auto info = Sized<trelvane_scan_info>();
+  trelvane_scan_info info{};
+  info.size = sizeof info;
   info.kind = kind;
   info.width = width;
   info.length = length;
-  info.resampled = kind == TRELVANE_SCAN_SURFACE ? 1 : 0;
+  info.resampled = kind == TRELVANE_SCAN_SURFACE;
   for (int axis = 0; axis < 3; ++axis) {
     info.scale[axis] = 0.1 * (axis + 1);
     info.offset[axis] = -1.7 * (axis + 1);
@@ -109,20 +103,17 @@ inline std::size_t ValuesInPoint(int kind) {
 inline std::vector<std::int16_t> MakePoints(const trelvane_scan_info& info, int seed = 0) {
   std::vector<std::int16_t> points(std::size_t{info.width} * info.length *
                                    ValuesInPoint(info.kind));
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    points[i] =
-        static_cast<std::int16_t>((static_cast<std::int64_t>(i) + seed) * 7919 % 30011 - 15000);
-    if (i % 5 == 3) points[i] = TRELVANE_INVALID;
+  for (std::int64_t i = 0; std::int16_t & point : points) {
+    const std::int64_t number = (i + seed) * 7919 % 30011 - 15000;
+    point = i++ % 5 == 3 ? TRELVANE_INVALID : static_cast<std::int16_t>(number);
   }
   return points;
 }
 
 inline Scan Create(const trelvane_scan_info& info, const std::vector<std::int16_t>& points,
                    const std::vector<std::uint8_t>& intensities = {}) {
-  trelvane_scan* scan = nullptr;
-  MustSucceed(trelvane_scan_create, &info, points.data(), points.size(),
-              intensities.empty() ? nullptr : intensities.data(), intensities.size(), &scan);
-  return Scan(scan);
+  return Make<trelvane_scan>(trelvane_scan_create, &info, points.data(), points.size(),
+                             intensities.data(), intensities.size());
 }
 
 inline Scan MakeScan(trelvane_scan_kind kind, std::uint32_t width, std::uint32_t length = 1,
@@ -131,25 +122,15 @@ inline Scan MakeScan(trelvane_scan_kind kind, std::uint32_t width, std::uint32_t
   return Create(info, MakePoints(info, seed));
 }
 
-inline trelvane_source_info MakeSource(const char* name, trelvane_source_type type,
-                                       int arrayed = 0) {
-  auto source = Sized<trelvane_source_info>();
-  source.name = name;
-  source.type = type;
-  source.arrayed = arrayed;
-  return source;
+inline trelvane_source_info MakeSource(const char* name, int type, int arrayed = 0) {
+  return {sizeof(trelvane_source_info), name, nullptr, type, arrayed};
 }
 
-inline Writer OpenWriter(const std::string& path, const std::vector<trelvane_source_info>& sources,
-                         const char* config = nullptr) {
-  auto options = Sized<trelvane_writer_options>();
-  options.config = config;
-  trelvane_writer* writer = nullptr;
-  MustSucceed(trelvane_writer_open, path.c_str(), sources.data(), sources.size(), &options,
-              &writer);
-  return Writer(writer);
+inline Writer OpenWriter(const std::string& path,
+                         const std::vector<trelvane_source_info>& sources) {
+  return Make<trelvane_writer>(trelvane_writer_open, path.c_str(), sources.data(), sources.size(),
+                               nullptr);
 }
-
 inline std::string BeginFrame(const Writer& writer) {
   return Failure(trelvane_writer_begin_frame, writer.get());
 }
@@ -165,8 +146,9 @@ inline std::string Close(const Writer& writer) {
 
 // What was told, a line each; then the failure, if any.
 inline std::string Convert(const std::string& from, const char* to,
-                           trelvane_convert_options options = Sized<trelvane_convert_options>()) {
+                           trelvane_convert_options options = {}) {
   std::string told;
+  options.size = sizeof options;
   options.context = &told;
   options.on_message = [](void* context, trelvane_message_kind kind, const char* text) {
     *static_cast<std::string*>(context) += std::to_string(kind) + " " + text + "\n";
