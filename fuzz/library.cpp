@@ -15,7 +15,9 @@ constexpr const char* kOutputs[] = {"b.sur", "b.srf",   "b.pro", "b.pcd",
                                     "b.rep", "b.ovrec", "b.csv"};
 
 // A small number, or the largest.
-std::uint64_t Index(int twoBits) { return twoBits == 3 ? ~std::uint64_t{0} : twoBits % 4; }
+std::uint64_t Index(int twoBits) {
+  return twoBits == 3 ? ~std::uint64_t{0} : static_cast<std::uint64_t>(twoBits);
+}
 
 template <class Struct>
 Struct Sized() {
