@@ -2,9 +2,9 @@
 """Reads scans by the Python package, or by numpy alone. Prints the seconds that it took, without the
 time of imports, and the sum of the heights.
 
-heights.py NAME FILE: "surface", "numpy" and "hyperspy" make the heights in mm of a .sur file, "hyperspy,
-second" after it was read once. "frame" reads the
-points of one frame of a recording that was opened before the clock starts; "unchecked" opens it, too."""
+heights.py NAME FILE: "surface", "numpy" and "hyperspy" make the heights in mm of a .sur file,
+"hyperspy, second" after it was read once. "frame" reads the points of one frame of a recording that
+was opened before the clock starts; "unchecked" opens it, too."""
 
 import sys
 import time

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /*
  * Tells the heights of every scan in a file or folder, and writes what it read as a recording:
- *   cc heights.c $(pkg-config --cflags --libs trelvane) -o heights
+ *   cc heights.c $(pkg-config --cflags --libs trelvane) -lm -o heights
  *   ./heights part.sur part.rep
  */
 #include <math.h>

@@ -19,7 +19,8 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parent.parent
 # Debian's packages of the libraries that are linked into the one in the wheel.
-INSIDE = ("libarchive-dev", "libdeflate-dev", "liblz4-dev", "libzstd-dev", "libstdc++-12-dev")
+INSIDE = ("libarchive-dev", "libdeflate-dev", "liblz4-dev", "libzstd-dev", "zlib1g-dev",
+          "libstdc++-12-dev")
 
 
 def platform_tag():

@@ -30,6 +30,10 @@ void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& fi
 void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zSource& file,
                                   FileType fileType, zAlloc alloc);
 
+// Gives a new message of the scan's kind and size its scale and offset, and shares its points and
+// intensities. Throws Orv::Exception of the operation.
+void SetScan(const Orv::Operation& operation, MxMsg message, const Scan& record);
+
 // Centre and size of the valid points, as FindBox has them. Throws Orv::Exception when no point is
 // valid, and for points of another type than z16s and zPoint3d16s.
 BoundingBox6 GetSurfaceBoundingBox(const SurfaceBuffer& record);

@@ -21,18 +21,6 @@ constexpr ScanSetters kProfile{MxProfileMsg_SetOffset, MxProfileMsg_SetScale,
                                MxProfileMsg_CopyPointsArray, MxProfileMsg_AllocateIntensity,
                                MxProfileMsg_CopyIntensityArray};
 
-void SetScan(const Orv::Operation& operation, const ScanSetters& set, MxMsg message,
-             const Scan& record) {
-  operation.Require(set.offset(message, &record.offset), "Failed to set offset");
-  operation.Require(set.scale(message, &record.scale), "Failed to set scale");
-  operation.Require(set.points(message, record.points.Get()), "Failed to copy points array");
-  if (!record.intensities) return;
-  operation.Require(set.allocateIntensity(message, zType::z8u),
-                    "Failed to allocate intensity memory");
-  operation.Require(set.intensities(message, record.intensities.Get()),
-                    "Failed to copy intensity array");
-}
-
 // A scan file knows no time: all zero.
 void SetStamp(const Orv::Operation& operation, MxMsg message) {
   const MxStamp stamp{};
@@ -42,6 +30,18 @@ void SetStamp(const Orv::Operation& operation, MxMsg message) {
 }
 
 }  // namespace
+
+void SetScan(const Orv::Operation& operation, MxMsg message, const Scan& record) {
+  const ScanSetters& set = record.IsProfile() ? kProfile : kSurface;
+  operation.Require(set.offset(message, &record.offset), "Failed to set offset");
+  operation.Require(set.scale(message, &record.scale), "Failed to set scale");
+  operation.Require(set.points(message, record.points.Get()), "Failed to copy points array");
+  if (!record.intensities) return;
+  operation.Require(set.allocateIntensity(message, zType::z8u),
+                    "Failed to allocate intensity memory");
+  operation.Require(set.intensities(message, record.intensities.Get()),
+                    "Failed to copy intensity array");
+}
 
 void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc) {
   constexpr Orv::Operation kOperation{kUnit, "GetMsgDataFileStream"};
@@ -106,7 +106,7 @@ void GenerateSurfaceMsgFromBuffer(Orv::Object<void*>& message, const zSource& fi
   kOperation.Require(
       MxSurfaceMsg_ConstructUnresampledSimple(message.Out(), record.width, record.length, alloc),
       "Failed to construct unsampled msg");
-  SetScan(kOperation, kSurface, message.Get(), record);
+  SetScan(kOperation, message.Get(), record);
   kOperation.Require(MxSurfaceMsg_SetIsResampled(message.Get(), false), "Failed to set resample");
   SetStamp(kOperation, message.Get());
   const BoundingBox6 box = GetSurfaceBoundingBox(record);
@@ -122,7 +122,7 @@ void GenerateProfileMsgFromBuffer(Orv::Object<void*>& message, const zSource& fi
   kOperation.Require(LoadProFileBuffer(file, record, alloc), "Failed to load pro file buffer");
   kOperation.Require(MxProfileMsg_Construct(message.Out(), zType::z16s, 1, record.width, alloc),
                      "Failed to construct a Profile Msg");
-  SetScan(kOperation, kProfile, message.Get(), record);
+  SetScan(kOperation, message.Get(), record);
   SetStamp(kOperation, message.Get());
   const BoundingBox6 box = GetProfileBoundingBox(record);
   kOperation.Require(MxProfileMsg_SetBoundingBox(message.Get(), &box),
