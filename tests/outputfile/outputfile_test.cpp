@@ -2,6 +2,7 @@
 // What stands at an output's place before, while and after it is written.
 #include "outputfile/outputfile.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +25,6 @@ struct Place {
   std::string target;  // what it stands for
   std::function<void()> arrange;
   bool inPlace = false;
-  fs::perms mode = kOddMode;
 };
 
 void Earlier(const std::string& name) {
@@ -35,10 +35,10 @@ void Earlier(const std::string& name) {
 std::vector<Place> Places() {
   const std::string longest(255, 'n');
   return {
-      {"new", "new", [] {}, false, fs::perms(0640)},
+      {"new", "new", [] {}},
       {longest, longest, [=] { Earlier(longest); }},
       {"a/link", "a/b/file", [] { Earlier("a/b/file"), fs::create_symlink("b/file", "a/link"); }},
-      {"a/link", "a/b/no", [] { fs::create_symlink("b/no", "a/link"); }, false, fs::perms(0640)},
+      {"a/link", "a/b/no", [] { fs::create_symlink("b/no", "a/link"); }},
       {"one", "other", [] { Earlier("other"), fs::create_hard_link("other", "one"); }, true},
   };
 }
@@ -51,7 +51,7 @@ std::set<std::string> AllFiles() {
 
 TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
   const mode_t mask = umask(027);
-  for (const bool finished : {false, true}) {
+  for (const std::string_view end : {"none", "finished", "lost"}) {
     for (const Place& place : Places()) {
       SCOPED_TRACE(place.target);
       const TempDirectory directory;
@@ -67,12 +67,19 @@ TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
         MustBeOk(zStream_Write(output.Stream(), "h", 1));
         EXPECT_EQ(ReadFile(place.target), before);
         EXPECT_EQ(AllFiles().size(), files.size() + (place.inPlace ? 0 : 1));
-        if (finished) MustBeOk(output.Finish());
+        if (end == "finished") MustBeOk(output.Finish());
+        if (end == "lost" && !place.inPlace) {  // its bytes, before they are at their place
+          for (const std::string& name : AllFiles()) {
+            if (!files.contains(name)) fs::remove(name);
+          }
+          EXPECT_EQ(output.Finish(), zERROR_STREAM);
+        }
       }
-      if (finished) {
+      if (end == "finished") {
         files.insert("./" + place.target);
         EXPECT_EQ(ReadFile(place.target), "whole");
-        EXPECT_EQ(fs::status(place.target).permissions(), place.mode);
+        EXPECT_EQ(fs::status(place.target).permissions(),
+                  before.empty() ? fs::perms(0640) : kOddMode);
       } else {
         EXPECT_EQ(ReadFile(place.target), before);
       }
@@ -85,25 +92,25 @@ TEST(OutputFile, StandsInItsPlaceWholeOrNotAtAll) {
 TEST(OutputFile, GoesIntoAPipeThatSomebodyReads) {
   const TempDirectory directory;
   int ends[2];
-  ASSERT_EQ(mkfifo("pipe", 0600), 0);
-  auto reader = std::async(std::launch::async, [] { return ReadFile("pipe"); });
-  OutputFile output;
-  MustBeOk(output.Open("pipe"));
-  MustBeOk(zStream_Write(output.Stream(), "whole", 5));
-  MustBeOk(output.Finish());
-  EXPECT_EQ(reader.get(), "whole");
+  ASSERT_EQ(pipe2(ends, O_NONBLOCK) + mkfifo("named", 0600), 0);
   // One that a process has open, and that has no name of its own.
-  EXPECT_EQ(pipe(ends), 0);
   fs::create_symlink("/dev/fd/" + std::to_string(ends[1]), "open");
-  {
-    OutputFile open;
-    MustBeOk(open.Open("open"));
-    MustBeOk(zStream_Write(open.Stream(), "x", 1));
-    MustBeOk(open.Finish());
+  auto late = std::async(std::launch::async, [] {
+    usleep(20000);
+    return open("named", O_RDONLY | O_NONBLOCK);
+  });
+  for (const char* name : {"named", "open"}) {
+    char bytes[9] = {};
+    OutputFile output;
+    MustBeOk(output.Open(name));
+    const int reader = late.valid() ? late.get() : ends[0];
+    EXPECT_EQ(read(reader, bytes, 9), -1) << name;  // nothing yet, but its end has not come
+    MustBeOk(zStream_Write(output.Stream(), "whole", 5));
+    MustBeOk(output.Finish());
+    EXPECT_EQ(read(reader, bytes, 9), 5) << name;
+    EXPECT_STREQ(bytes, "whole");
+    EXPECT_EQ(read(reader, bytes, 9), reader == ends[0] ? -1 : 0);  // that one is still open
   }
-  char byte = 0;
-  EXPECT_EQ(read(ends[0], &byte, 1), 1);
-  EXPECT_EQ(byte, 'x');
 }
 
 TEST(OutputFile, CannotBeOpenedWhereNoFileCanStand) {

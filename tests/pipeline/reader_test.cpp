@@ -118,7 +118,7 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
                              Raw(z64u{9}) + greedy))},
       {"unknown compression \"bz2\"", File(Chunk(kFrame, "bz2"))},
       {"record content takes", File(Chunk(kFrame, "zstd").substr(0, 60))},
-      {"records of the compressed chunk", File(Chunk("\x05", "lz4"))},
+      {"records of the compressed chunk", File(Chunk("\x05", "lz4", 0, 0xA2681B02))},
       {"unknown channel 77", File(Message(77, ""))},
       {"unknown schema 5", File(Channel(5, 5, "/x"))},
       {"told twice, with different", File(SourceChannel(1, "Bottom"))},

@@ -193,6 +193,7 @@ TEST(PcdSurface, TakesIntensitiesFromIntensityAndColor) {
       {"intensity rgb", 0, 0, {127, 76, 255, 149}},  // two bytes a point
       {"intensity rgb", 5, 2, {127, 76, 255, 149, 126, 255, 0, 29, 255, 255}},
       {"intensity _", 1, 1, {127}},
+      {"intensity _", 20000, 16000, {}},  // too large, unlike the points alone
   };
   for (const auto& row : rows) {
     const std::string header =
