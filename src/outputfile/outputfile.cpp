@@ -46,8 +46,7 @@ bool IsSyncWanted() {
 }
 
 // For a place where names cannot be changed.
-bool CopyInto(const std::string& from, const std::string& to) {
-  std::ifstream source(from, std::ios::binary);
+bool CopyInto(std::ifstream& source, const std::string& to) {
   std::ofstream target(to, std::ios::binary);
   target << source.rdbuf();
   target.close();
@@ -107,7 +106,9 @@ zStatus OutputFile::Finish() {
       return sync && !SyncFolder(FolderOf(target_)) ? zERROR_STREAM : zOK;
     }
   }
-  const bool copied = CopyInto(partial_->Path(), target_);
+  std::ifstream whole(partial_->Path(), std::ios::binary);
+  if (!whole) return zERROR_STREAM;  // the earlier file stays
+  const bool copied = CopyInto(whole, target_);
   pipe_.reset();  // whose reader waits for its end
   if (copied && (!sync || !IsRegular(target_) || SyncFile(target_))) return zOK;
   if (IsRegular(target_)) static_cast<void>(std::remove(target_.c_str()));  // half of it

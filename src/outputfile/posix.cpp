@@ -17,8 +17,7 @@ namespace {
 
 bool Sync(const std::string& path, int flags) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
-  if (descriptor < 0) return false;
-  const bool synced = fsync(descriptor) == 0;
+  const bool synced = fsync(descriptor) == 0;  // neither call takes what could not be opened
   return close(descriptor) == 0 && synced;
 }
 
