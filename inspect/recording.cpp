@@ -6,6 +6,7 @@
 
 #include "formats/recording/recording.h"
 #include "inspect/findings.h"
+#include "scan/surfacestream.h"
 #include "surfacefileconverter/frameexport.h"
 
 namespace {
@@ -192,12 +193,7 @@ class RecordingDescriber {
   }
 
   void Measure(z64u number, const Plovia::SurfaceStream& surface) {
-    Scan scan;
-    scan.width = surface.width;
-    scan.length = surface.length;
-    scan.scale = surface.scale;
-    scan.offset = surface.offset;
-    scan.stamp = surface.stamp;
+    Scan scan = ScanOf(surface);
     MeasuredPoints points;
     scan.box = surface.heights([&](std::span<const z16s> heights) {
       points.Include(heights);

@@ -10,7 +10,8 @@
 // One that was opened, whose source must outlive it.
 struct HeightFile {
   Scan scan;  // all but the points
-  // Fills a block with the next heights, row by row. -4 where the file ends before.
+  // Fills a block with the next heights, row by row; a copy goes on by itself. -4 where the file
+  // ends before.
   std::function<zStatus(std::span<z16s> heights)> read;
 };
 

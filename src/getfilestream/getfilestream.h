@@ -13,6 +13,9 @@
 
 // Writes a message in the format of a file kind. Throws Orv::Exception with the writer's status.
 void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc);
+// The same of a uniform surface, as .srf, .sur or .pcd.
+void GetSurfaceDataFileStream(const Plovia::SurfaceStream& surface, FileType fileType,
+                              zStream stream);
 
 // The generators build a complete message (box and stamp included) from a scan file; a surface of
 // heights one whose points are read from the file while it is written.

@@ -21,6 +21,12 @@ constexpr ScanSetters kProfile{MxProfileMsg_SetOffset, MxProfileMsg_SetScale,
                                MxProfileMsg_CopyPointsArray, MxProfileMsg_AllocateIntensity,
                                MxProfileMsg_CopyIntensityArray};
 
+constexpr Orv::Operation kWrite{kUnit, "GetMsgDataFileStream"};
+
+void RequireWritten(zStatus status, const char* format) {
+  if (status != zOK) kWrite.Fail(status, "Failed to get %s file stream", format);
+}
+
 // A scan file knows no time: all zero.
 void SetStamp(const Orv::Operation& operation, MxMsg message) {
   const MxStamp stamp{};
@@ -44,19 +50,31 @@ void SetScan(const Orv::Operation& operation, MxMsg message, const Scan& record)
 }
 
 void GetMsgDataFileStream(MxMsg message, FileType fileType, zStream stream, zAlloc alloc) {
-  constexpr Orv::Operation kOperation{kUnit, "GetMsgDataFileStream"};
   switch (fileType) {
     case SRF:
-      return kOperation.Require(GetSrfFileStream(message, stream), "Failed to get srf file stream");
+      return RequireWritten(GetSrfFileStream(message, stream), "srf");
     case SUR:
-      return kOperation.Require(GetSurFileStream(message, stream), "Failed to get sur file stream");
+      return RequireWritten(GetSurFileStream(message, stream), "sur");
     case PRO:
-      return kOperation.Require(GetProFileStream(message, stream), "Failed to get pro file stream");
+      return RequireWritten(GetProFileStream(message, stream), "pro");
     case PCD:
-      return kOperation.Require(GetPcdFileStream(message, stream, alloc),
-                                "Failed to get pcd file stream");
+      return RequireWritten(GetPcdFileStream(message, stream, alloc), "pcd");
     default:
-      kOperation.Fail(kNotImplemented, "Unimplemented file type");
+      kWrite.Fail(kNotImplemented, "Unimplemented file type");
+  }
+}
+
+void GetSurfaceDataFileStream(const Plovia::SurfaceStream& surface, FileType fileType,
+                              zStream stream) {
+  switch (fileType) {
+    case SRF:
+      return RequireWritten(GetSrfFileStream(surface, stream), "srf");
+    case SUR:
+      return RequireWritten(GetSurFileStream(surface, stream), "sur");
+    case PCD:
+      return RequireWritten(GetPcdFileStream(surface, stream), "pcd");
+    default:
+      kWrite.Fail(kNotImplemented, "Unimplemented file type");
   }
 }
 
@@ -80,14 +98,15 @@ Plovia::SurfaceStream GenerateSurfaceMsgFromBuffer(const zSource& source, FileTy
   const Scan& scan = file.scan;
   Plovia::SurfaceStream surface{scan.width, scan.length,      scan.scale, scan.offset,
                                 {},         scan.intensities, {}};
-  surface.heights = [kOperation, file, failed](const Plovia::SurfaceStream::Put& put) mutable {
+  surface.heights = [kOperation, file, failed](const Plovia::SurfaceStream::Put& put) {
     constexpr zSize kBlock = zSize{128} << 10;  // stays in the cache
     const zSize count = zSize{file.scan.width} * file.scan.length;
+    const auto read = file.read;  // from the first height on
     std::vector<z16s> block(std::min(count, kBlock));
     HeightRange range;
     for (zSize done = 0; done < count; done += block.size()) {
       block.resize(std::min(block.size(), count - done));
-      kOperation.Require(file.read(block), failed);
+      kOperation.Require(read(block), failed);
       range.Include(FindHeightRange(block));
       put(block);
     }

@@ -31,11 +31,22 @@ bool IsWritten(const ReplaySourceInfo& source) {
          source.dataType == SURFACE_POINT_CLOUD;
 }
 
+// A message must outlive its content.
 FillStream ContentOf(const Handle& message, FileType fileType, zAlloc alloc) {
   if (!message) kWriteMsg.Fail(kBadInput, "The inputted msg is Null");
   return [&message, fileType, alloc](zStream stream) {
     GetMsgDataFileStream(message.Get(), fileType, stream, alloc);
   };
+}
+
+FillStream ContentOf(const Plovia::SurfaceStream& surface, FileType fileType) {
+  return
+      [surface, fileType](zStream stream) { GetSurfaceDataFileStream(surface, fileType, stream); };
+}
+
+void WriteContent(const FillStream& content, const std::string& path) {
+  constexpr Orv::Operation kWriteStream{kUnit, "WriteStream"};
+  WriteFile(kWriteStream, path, content);
 }
 
 // Writes the messages of frames, as CSV where there is a job.
@@ -53,12 +64,13 @@ class FrameWriter {
           kBadInput, "The data source count is not equal to the message count in the first frame.");
     }
     for (const zSize source : WrittenSources(sources)) {
-      const Handle message = recording_.Message(index, source);
       const std::vector<std::string> names = Names(source, index, single);
-      if (sources[source].arrayed == 0) {
-        WriteMessage(message, names.front());
+      if (sources[source].arrayed != 0) {
+        WriteItems(recording_.Message(index, source), names);
+      } else if (const auto surface = Surface(index, source)) {
+        Put(ContentOf(*surface, target_.exportType), names.front());
       } else {
-        WriteItems(message, names);
+        WriteMessage(recording_.Message(index, source), names.front());
       }
     }
   }
@@ -88,6 +100,13 @@ class FrameWriter {
     return GetIndexFileName(target_.exportName, "Frame", static_cast<z32s>(index), tag);
   }
 
+  // Where it can be written as a stream.
+  std::optional<Plovia::SurfaceStream> Surface(z32u index, zSize source) const {
+    const FileType type = target_.exportType;
+    const bool taken = type == SRF || type == SUR || type == PCD;
+    return taken ? recording_.Surface(index, source) : std::nullopt;
+  }
+
   void WriteItems(const Handle& array, const std::vector<std::string>& names) {
     Tell(target_.listener, NoticeKind::info, "The data format of the input message is arrayed.");
     if (names.empty()) kWriteMsgs.Fail(kBadInput, "The array message count is 0.");
@@ -97,13 +116,13 @@ class FrameWriter {
   }
 
   void WriteMessage(const Handle& message, const std::string& name) {
-    if (job_ != nullptr) {
-      WriteSurfaceCsv(message.Get(), recording_.dataType, *job_, name);
-    } else if (target_.trial) {
-      TryContent(ContentOf(message, target_.exportType, target_.alloc));
-    } else {
-      WriteMsg(message, name, target_.exportType, target_.alloc);
-    }
+    if (job_ == nullptr) return Put(ContentOf(message, target_.exportType, target_.alloc), name);
+    WriteSurfaceCsv(message.Get(), recording_.dataType, *job_, name);
+    target_.exportedNames.push_back(name);
+  }
+
+  void Put(const FillStream& content, const std::string& name) {
+    target_.trial ? TryContent(content) : WriteContent(content, name);
     target_.exportedNames.push_back(name);
   }
 
@@ -188,6 +207,5 @@ z32s ExportCsv(const Recording& recording, const FrameChoice& choice, const Fram
 }
 
 void WriteMsg(const Handle& message, const std::string& path, FileType fileType, zAlloc alloc) {
-  constexpr Orv::Operation kWriteStream{kUnit, "WriteStream"};
-  WriteFile(kWriteStream, path, ContentOf(message, fileType, alloc));
+  WriteContent(ContentOf(message, fileType, alloc), path);
 }

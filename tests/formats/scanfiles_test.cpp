@@ -53,6 +53,44 @@ TEST(ScanFiles, AreRefusedWithTheStatusOfTheirLoader) {
       "-996 GenerateProfileMsgFromBuffer: Unimplemented file extension");
 }
 
+// At once, in blocks, and through a recording, as one.
+TEST(ScanFiles, BecomeTheSameFilesByAnyWay) {
+  std::vector<z16s> heights(400 * 400);
+  std::vector<z8u> levels(heights.size());
+  for (zSize i = 0; i < heights.size(); ++i) {
+    heights[i] = static_cast<z16s>(i % 9001 - 4000 - i / 10);
+    levels[i] = static_cast<z8u>(i % 251);
+  }
+  heights.back() = -32768;  // in the last block alone
+  const Handle surface = MakeSurface(400, 400, heights, {0.1, 0.2, 0.3}, {1, 2, 3});
+  const zBytes plain = WriteScan(surface, SRF);
+  MustBeOk(MxSurfaceMsg_AllocateIntensity(surface.Get(), zType::z8u));
+  MustBeOk(MxSurfaceMsg_CopyIntensityArray(surface.Get(), MakeArray2(400, 400, levels).Get()));
+  SurFile folded;
+  folded.bits = 32;
+  folded.samples = {-70000, 11, 12, 20, 21, 70000};
+  const std::pair<FileType, zBytes> inputs[] = {
+      {SRF, plain}, {SRF, WriteScan(surface, SRF)}, {SUR, folded.Bytes()}};
+  for (const auto& [from, bytes] : inputs) {
+    const auto source = std::make_shared<zMemorySource>(bytes);
+    const Handle message = ReadScan(bytes, from);
+    for (const FileType to : {SRF, SUR, PCD}) {
+      const Handle stream = MakeStream();
+      GetSurfaceDataFileStream(GenerateSurfaceMsgFromBuffer(*source, from, DefaultAlloc()), to,
+                               stream.Get());
+      EXPECT_TRUE(BytesOf(stream.Get()) == WriteScan(message, to)) << from << " to " << to;
+      if (!zFile_Exists("/dev/full")) continue;
+      Handle full;  // after the header
+      MustBeOk(zFile_Construct(full.Out(), "/dev/full", zFILE_WRITE, DefaultAlloc()));
+      EXPECT_THAT(
+          Thrown([&] { GetMsgDataFileStream(surface.Get(), to, full.Get(), DefaultAlloc()); }),
+          testing::StartsWith("-4 GetMsgDataFileStream: Failed to get "));
+    }
+  }
+  EXPECT_EQ(Thrown([&] { GetSurfaceDataFileStream({}, PRO, MakeStream().Get()); }),
+            "-996 GetMsgDataFileStream: Unimplemented file type");
+}
+
 TEST(ScanFiles, AreWrittenFromMessagesOfTheirKindToAStreamThatTakesThem) {
   const Handle surface = MakeSurface(1, 1, {0});
   const Handle profile = MakeProfile(zType::z16s, 1);

@@ -136,7 +136,12 @@ TEST(RecordingReader, TellsWhatIsDamagedAndWhere) {
       {"no surface or profile (union type 0)", payload(payloads::Union(0, false))},
       {"no surface or profile (union type 3)", payload(payloads::Union(3, false))},
       {"no surface or profile (union type 3)", payload(payloads::NestedArray())},
-      {"array of 2 x 65537 items", payload(payloads::Surface({.width = 65537, .length = 2}))},
+      {"array of 2 x 65537 items",
+       payload(payloads::Surface({.width = 65537, .length = 2, .own = true}))},
+      // As many in 32 bits.
+      {"array of 65536 x 65537 items",
+       payload(payloads::Surface(
+           {.width = 65537, .length = 65536, .points = std::vector<short>(65536), .own = true}))},
       // 2^31 x 2^31 heights wrap to none in 32 bits, and in 64 bits with their size.
       {"items of 2 bytes holds 0 bytes",
        payload(payloads::Surface({.width = 1U << 31, .length = 1U << 31, .points = {}}))},
@@ -196,6 +201,87 @@ TEST(RecordingReader, SurvivesEveryCutAndEveryChangedByte) {
       changed[i] = sound[i];
     }
   }
+}
+
+// What is told of our own layout without a look at the whole payload is what such a look tells.
+TEST(RecordingReader, KnowsItsOwnLayoutFromAnyOther) {
+  using namespace mcap;
+  const auto expectOneOpinion = [](const std::string& payload, const char* compression) {
+    const zBytes file = File(Chunk(kFrame, "lz4") +
+                             Chunk(FrameIndex() + Message(1, payload) + kSurface, compression));
+    Plovia::ReplaySerializer heads, checked;
+    std::string text;
+    heads.LoadHeads(SourceOf(file));
+    const std::string damage = Thrown([&] { text = Describe(heads.ReadMessage(1).Get()); });
+    checked.LoadBuffer(SourceOf(file));
+    checked.LoadDataIndexFiles();
+    checked.LoadDataIndexFiles();
+    EXPECT_EQ(Thrown([&] { checked.ReadData(1); }), damage);
+    const auto surface = heads.OpenSurface(1);
+    heads.ReadMessage(0);  // of another chunk
+    EXPECT_EQ(surface ? Describe(MessageOf(*surface).Get()) : text, text);
+    return surface.has_value();
+  };
+  using trelvane::PointType;
+  const payloads::Shape shapes[] = {
+      {.own = true},
+      {.width = 1, .length = 3, .points = {1, 2, 3}, .own = true},
+      {.width = 1, .points = {1, 2, 3}, .pointType = PointType::Point3d, .own = true}};
+  for (const auto& shape : shapes) {
+    const std::string sound = payloads::Surface(shape);
+    const bool heights = shape.pointType == PointType::Height;
+    for (const char* compression : {"", "lz4"}) {
+      SCOPED_TRACE(testing::Message() << &shape - shapes << compression);
+      EXPECT_EQ(expectOneOpinion(sound, compression), heights);
+      for (zSize i = 0; i < sound.size(); ++i) {
+        for (const int value : {0x00, 0x01, 0x04, 0x80, 0xFF, sound[i] ^ 0x02}) {
+          std::string changed = sound;
+          changed[i] = static_cast<char>(value);
+          expectOneOpinion(changed, compression);
+        }
+        EXPECT_FALSE(expectOneOpinion(sound.substr(0, i), compression)) << i;
+      }
+      EXPECT_FALSE(expectOneOpinion(sound + std::string(4, '\0'), compression));
+    }
+  }
+  EXPECT_FALSE(expectOneOpinion(payloads::Surface(), ""));
+  EXPECT_FALSE(expectOneOpinion(payloads::Surface({.intensities = {1, 2}, .own = true}), ""));
+}
+
+// A file with 2 GiB of zeros at one place.
+class HollowSource final : public zSource {
+ public:
+  HollowSource(zBytes bytes, zSize place) : bytes_(std::move(bytes)), place_(place) {}
+  z64u Size() const noexcept override { return bytes_.size() + kHole; }
+  void Read(z64u offset, void* destination, zSize size) const override {
+    auto* to = static_cast<z8u*>(destination);
+    for (const z64u end = offset + size; offset < end; ++offset) {
+      const bool isHole = offset >= place_ && offset < place_ + kHole;
+      *to++ = isHole ? z8u{0} : bytes_.at(offset < place_ ? offset : offset - kHole);
+    }
+  }
+  zSize Piece() const noexcept override { return 512; }
+
+  static constexpr z64u kHole = z64u{1} << 31;
+
+ private:
+  zBytes bytes_;
+  zSize place_;
+};
+
+TEST(RecordingReader, RefusesAMessageThatIsLargerThanAFlatBuffer) {
+  using namespace mcap;
+  std::string payload =
+      payloads::Surface({.width = 1U << 15, .length = 1U << 15, .points = {}, .own = true});
+  payload.replace(payload.size() - 4, 4, Raw(z32u{1} << 30));
+  std::string message = Message(1, payload);
+  message.replace(1, 8, Raw(message.size() - 9 + HollowSource::kHole));
+  const zBytes file = File(FrameIndex() + message);
+  const zSize behind = (DataEnd() + Footer()).size() + 8;
+  Plovia::ReplaySerializer reader;
+  reader.LoadHeads(std::make_shared<HollowSource>(file, file.size() - behind));
+  EXPECT_FALSE(reader.OpenSurface(0));
+  EXPECT_THAT(Thrown([&] { reader.ReadMessage(0); }), HasSubstr("larger than a FlatBuffer"));
 }
 
 }  // namespace

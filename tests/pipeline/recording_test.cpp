@@ -26,10 +26,17 @@ TEST_P(Recording, GivesBackFramesOfEveryKindOfMessage) {
 
 // An error of the device is told as it is, wherever it comes.
 TEST_P(Recording, EndsWithWhatItsSourceThrows) {
-  const zBytes stream = WriteRecording(MakeScanner(), {MakeFrame(1)}, GetParam());
+  const Handle surface = MakeSurface(200, 1, {});
+  const zBytes stream = WriteRecording(MakeScanner(), {{surface}, MakeFrame(1)}, GetParam());
   std::string thrown;
   for (zSize reads = 0; !thrown.empty() || reads == 0; ++reads) {
-    thrown = Thrown([&] { ReadRecording(std::make_shared<PiecedSource>(stream, 100, reads)); });
+    thrown = Thrown([&] {
+      const auto source = std::make_shared<PiecedSource>(stream, 100, reads);
+      ReadRecording(source);
+      Plovia::ReplaySerializer reader;
+      reader.LoadHeads(source);
+      MessageOf(*reader.OpenSurface(0));
+    });
     EXPECT_TRUE(thrown.empty() || thrown == "-997 Read: Failed to read it") << thrown;
   }
 }
@@ -83,55 +90,62 @@ TEST_P(Recording, ItsMessagesOutliveItAndKeepTheirArraysApart) {
   EXPECT_EQ(ItemsOf<z8u>(MxSurfaceMsg_Intensities(surface.Get(), 0)), intensities);
 }
 
-// A surface that is laid out as one before it is read without being held.
+// Uniform surfaces without intensities are told, and opened, without being held.
 TEST_P(Recording, TellsEveryMessageHoweverItIsRead) {
-  const auto surface = [](z32u width, z32u length, z16s first) {
-    return MakeSurface(width, length, {first, -32768, 3, 4, 5, 6}, {1, 2, first / 8.0}, {3, 4, 5});
+  const auto surface = [](z32u width, z32u length) {
+    std::vector<z16s> heights(zSize{width} * length, static_cast<z16s>(100 * width));
+    for (zSize i = 0; i < heights.size(); i += 7) heights[i] = i % 2 == 0 ? -32768 : 5;
+    return MakeSurface(width, length, heights, {1, 2, 0.125}, {3, 4, width / 8.0});
   };
   const MxStamp stamp{1, 2, 3, 4, 5, {6, 7, 8}};
   const BoundingBox6 box{{1, 2, 3}, {4, 5, 6}};
-  const Handle stamped = surface(3, 2, 7);
+  const Handle stamped = surface(3, 2), unresampled = surface(3, 3);
   MustBeOk(MxDataMsg_SetStamp(stamped.Get(), 0, &stamp));
   MustBeOk(MxSurfaceMsg_SetBoundingBox(stamped.Get(), &box));
-  const Handle cloud = MakeCloudOf(2, 1, {{1, 2, 3}, {4, 5, 6}});
-  const Frame messages = {surface(3, 2, 1),
-                          stamped,
-                          surface(2, 3, 9),
-                          surface(6, 1, 8),
-                          stamped,
-                          cloud,
-                          cloud,
-                          MakeSurfaceWithIntensity(1),
-                          MakeSurfaceWithIntensity(2),
-                          surface(3, 2, 2)};
+  MustBeOk(MxSurfaceMsg_SetIsResampled(unresampled.Get(), false));
+  const std::vector<Handle> messages = {surface(3, 2),
+                                        stamped,
+                                        surface(1, 1),
+                                        MakeCloudOf(2, 1, {{1, 2, 3}, {4, 5, 6}}),
+                                        surface(1, 3),
+                                        surface(400, 400),
+                                        MakeSurfaceWithIntensity(1),
+                                        surface(2, 4),
+                                        MakeCloudOf(1, 3, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}),
+                                        MakeSurface(0, 2, {}),
+                                        unresampled,
+                                        MakeArrayOf({stamped})};
   std::vector<Frame> frames;
   for (const Handle& message : messages) frames.push_back({message});
   const zBytes stream = WriteRecording(MakeScanner(), frames, GetParam());
-  std::string held, streamed;
-  std::vector<Plovia::ReplayProblem> problems;
-  const auto take = [&](z64u number, zObject message) {
-    EXPECT_EQ(Describe(message), Describe(messages[number].Get())) << number;
-    held += std::to_string(number) + " ";
+  const auto expect = [&](z64u number, const Handle& found) {
+    const bool resampled = MxSurfaceMsg_IsResampled(messages[number].Get());
+    static_cast<void>(MxSurfaceMsg_SetIsResampled(found.Get(), resampled));
+    EXPECT_EQ(Describe(found.Get()), Describe(messages[number].Get())) << number;
   };
+  std::string held, streamed, opened;
+  std::vector<Plovia::ReplayProblem> problems;
   Plovia::ReplaySerializer reader;
-  reader.LoadDamaged(
-      SourceOf(stream), problems,
-      {take, [&](z64u number, const Plovia::SurfaceStream& given) {
-         Handle message = MakeSurface(given.width, given.length, {}, given.scale, given.offset);
-         std::vector<z16s> heights;
-         const BoundingBox6 found = given.heights([&](std::span<const z16s> some) {
-           heights.insert(heights.end(), some.begin(), some.end());
-         });
-         std::ranges::copy(
-             heights,
-             zArray_EditableItems<z16s>(MxSurfaceMsg_PointsArray(message.Get(), 0)).begin());
-         MustBeOk(MxDataMsg_SetStamp(message.Get(), 0, &given.stamp));
-         MustBeOk(MxSurfaceMsg_SetBoundingBox(message.Get(), &found));
-         EXPECT_EQ(Describe(message.Get()), Describe(messages[number].Get())) << number;
-         streamed += std::to_string(number) + " ";
-       }});
+  reader.LoadDamaged(SourceOf(stream), problems,
+                     {[&](z64u number, zObject message) {
+                        expect(number, Handle::Share(message));
+                        held += std::to_string(number) + " ";
+                      },
+                      [&](z64u number, const Plovia::SurfaceStream& given) {
+                        expect(number, MessageOf(given));
+                        streamed += std::to_string(number) + " ";
+                      }});
   EXPECT_THAT(problems, testing::IsEmpty());
-  EXPECT_EQ(held + "| " + streamed, "0 2 3 5 6 7 8 | 1 4 9 ");
+  EXPECT_EQ(held + "| " + streamed, "3 6 8 9 11 | 0 1 2 4 5 7 10 ");
+  for (z64u number = messages.size(); number-- > 0;) {
+    const auto given = reader.OpenSurface(number);
+    for (int times = 0; times < 2; ++times) {
+      if (given) expect(number, MessageOf(*given));
+      expect(number, reader.ReadMessage(number));
+    }
+    if (given) opened += std::to_string(number) + " ";
+  }
+  EXPECT_EQ(opened, "10 7 5 4 2 1 0 ");
 }
 
 TEST_P(Recording, TakesAsManyHeightsAsASurfaceHas) {

@@ -15,6 +15,7 @@ struct Shape {
   std::vector<short> points = {10, 20};
   std::vector<unsigned char> intensities = {};
   trelvane::PointType pointType = trelvane::PointType::Height;
+  bool own = false;  // laid out as our own writer does it
 };
 
 using Builder = flatbuffers::FlatBufferBuilder;
@@ -24,8 +25,13 @@ inline Offset Surface(Builder& builder, const Shape& shape) {
   const auto points = builder.CreateVector(shape.points);
   flatbuffers::Offset<flatbuffers::Vector<unsigned char>> intensities;
   if (!shape.intensities.empty()) intensities = builder.CreateVector(shape.intensities);
-  const auto surface = trelvane::CreateSurface(builder, shape.width, shape.length, shape.pointType,
-                                               points, intensities);
+  const trelvane::Vec3 vec(1, 2, 3);
+  const trelvane::Box box(vec, vec);
+  const trelvane::Stamp stamp(1, 2, 3, 4, 5, 6, 7, 8);
+  const auto surface =
+      trelvane::CreateSurface(builder, shape.width, shape.length, shape.pointType, points,
+                              intensities, shape.own ? &vec : nullptr, shape.own ? &vec : nullptr,
+                              shape.own ? &box : nullptr, shape.own, shape.own ? &stamp : nullptr);
   return trelvane::CreateScanMessage(builder, trelvane::ScanData::Surface, surface.Union());
 }
 

@@ -109,6 +109,18 @@ std::string Describe(MxMsg message) {
   return out.str();
 }
 
+Handle MessageOf(const Plovia::SurfaceStream& surface) {
+  std::vector<z16s> heights;
+  const BoundingBox6 box = surface.heights(
+      [&](std::span<const z16s> some) { heights.insert(heights.end(), some.begin(), some.end()); });
+  heights.resize(zSize{surface.width} * surface.length);
+  Handle message =
+      MakeSurface(surface.width, surface.length, heights, surface.scale, surface.offset);
+  MustBeOk(MxDataMsg_SetStamp(message.Get(), 0, &surface.stamp));
+  MustBeOk(MxSurfaceMsg_SetBoundingBox(message.Get(), &box));
+  return message;
+}
+
 std::string Describe(const Frame& frame) {
   std::string text;
   for (const Handle& message : frame) text += Describe(message.Get()) + "\n";

@@ -17,6 +17,8 @@ Handle MakeArrayOf(const std::vector<Handle>& items);
 
 // Everything that the public operations tell about a message, as text.
 std::string Describe(MxMsg message);
+// The message that a stream of heights stands for.
+Handle MessageOf(const Plovia::SurfaceStream& surface);
 // The messages of a frame.
 using Frame = std::vector<Handle>;
 std::string Describe(const Frame& frame);

@@ -68,7 +68,8 @@ struct SurfaceStream {
   zPoint3d64f scale, offset;  // mm
   MxStamp stamp{};
   Orv::Object<void*> intensities{};  // length x width z8u, or empty
-  // Gives all heights to `put`, row by row, and returns the box.
+  // Gives all heights to `put`, row by row, and returns the box. From a file or a recording it does
+  // so as often as it is asked to, unless a visitor is given it.
   using Put = std::function<void(std::span<const z16s> heights)>;
   std::function<BoundingBox6(const Put& put)> heights{};
 };
@@ -140,6 +141,10 @@ class ReplaySerializer {
   ReplayFrame ReadData(z64u which);
   // A message by its number, which is read and checked again.
   Orv::Object<void*> ReadMessage(z64u number) const;
+  // The same of a uniform surface without intensities that is laid out as WriteData does it, whose
+  // heights are read when they are asked for; nothing for another message. While they are read, no
+  // message may be.
+  std::optional<SurfaceStream> OpenSurface(z64u number) const;
   // How many items an array message has; 0 for another one.
   zSize ItemCount(z64u number) const;
 

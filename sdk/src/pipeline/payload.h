@@ -15,6 +15,10 @@ struct ScanMessage;
 
 namespace sdk::replay {
 
+// An array without items in memory, and a surface without points there. Throw std::bad_alloc.
+Owned<Array> MakeHollowArray(zType type, z32u width, z32u length);
+Owned<Surface> MakeHollowSurface(zType pointType, z32u width, z32u length);
+
 // A message's FlatBuffer, built without copying the message's arrays: their places in the buffer
 // stay holes until the buffer is appended to a stream. The message must stay as it is until then.
 class PayloadBuilder {
@@ -50,7 +54,7 @@ class PayloadReader {
   // The message in a payload of `size` bytes, before which the reader stands at `place`. Throws
   // Orv::Exception for damage.
   Orv::Object<void*> Read(PieceReader& reader, z64u size, const Place& place);
-  // Of the payloads that were read.
+  // Of payloads that need not be read to be known as intact.
   const PayloadLayouts& Layouts() const { return layouts_; }
 
  private:

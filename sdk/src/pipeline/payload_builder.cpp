@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <new>
+
 #include "pipeline/payload.h"
 #include "scan_message_generated.h"
 
@@ -50,7 +52,21 @@ zSize CheckedSizeBound(const sdk::Message& message) {
   return static_cast<zSize>(bound);
 }
 
+template <class Kind, class... Args>
+Owned<Kind> MakeOrThrow(Args&&... args) {
+  auto made = Make<Kind>(std::forward<Args>(args)...);
+  return made != nullptr ? std::move(made) : throw std::bad_alloc();
+}
+
 }  // namespace
+
+Owned<Array> MakeHollowArray(zType type, z32u width, z32u length) {
+  return MakeOrThrow<Array>(type, length, width, Block(), &zAllocator::Default());
+}
+
+Owned<Surface> MakeHollowSurface(zType pointType, z32u width, z32u length) {
+  return MakeOrThrow<Surface>(MakeHollowArray(pointType, width, length), &zAllocator::Default());
+}
 
 PayloadBuilder::PayloadBuilder(const sdk::Message& message) : builder_(CheckedSizeBound(message)) {
   flatbuffers::Offset<fb::ScanMessage> root;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Payloads of surfaces that are laid out as one that was verified before.
+// Payloads of surfaces that are laid out as our own writer does it.
 #pragma once
 
-#include <map>
 #include <optional>
+#include <vector>
 
 #include "message/message.h"
 #include "pipeline/piece_reader.h"
@@ -11,34 +11,43 @@
 
 namespace sdk::replay {
 
-// A recording holds many surfaces of one size. Where all that stands in front of a surface's points
-// is as in a verified payload, but for numbers of which any will do, the payload is intact as well,
-// and its points need not be held to know it.
+// What stands in front of the points of an intact payload, which hold all that is behind it.
+struct PayloadHead {
+  zSize size;
+  zType pointType;
+  Plovia::SurfaceStream surface;  // without heights
+  BoundingBox6 box;
+};
+
+// Where all that stands in front of a surface's points is as our writer puts it, but for numbers,
+// and those of them that tell sizes agree, the payload is intact, and its points need not be held
+// to know it.
 class PayloadLayouts {
  public:
-  // Keeps the layout of a verified payload, if it is the one of the writer: then nothing lies
-  // behind the points or among them.
-  void Learn(Bytes payload, const sdk::Message& message);
+  PayloadLayouts();
 
-  // Whether a payload of `size` bytes, before which the reader stands, has a layout that is known.
-  bool Knows(PieceReader& reader, z64u size) const { return Find(reader, size) != nullptr; }
-  // Such a payload of heights, which are taken from the reader when they are asked for; nothing for
-  // another one. The reader must outlive it.
-  std::optional<Plovia::SurfaceStream> Open(PieceReader& reader, z64u size) const;
+  // How many bytes from the start of a payload of `size` bytes tell whether its layout is known.
+  zSize StartSize(z64u size) const;
+  // The head of a payload of which these bytes are known; nothing for another layout, and for a
+  // surface with intensities.
+  std::optional<PayloadHead> Find(Bytes start, z64u size) const;
 
  private:
-  struct Numbers {
-    zSize start, size;
-  };
   struct Layout {
-    zBytes head;  // all in front of the points, without the numbers
-    std::vector<Numbers> numbers;
-    bool heights;
+    zType pointType;
+    std::vector<z8u> head, mask;  // the mask is 0 where the head's numbers stand
+
+    bool Fits(Bytes start) const;
   };
 
-  const Layout* Find(PieceReader& reader, z64u size) const;
+  static Layout MakeLayout(zType pointType, bool resampled, z32u points);
 
-  std::map<z64u, Layout> bySize_;
+  std::vector<Layout> layouts_;
+  zSize longestHead_ = 0;
 };
+
+// Gives all heights of a surface, before which the reader stands, to `put`.
+void PutHeights(PieceReader& reader, const Plovia::SurfaceStream& surface,
+                const Plovia::SurfaceStream::Put& put);
 
 }  // namespace sdk::replay

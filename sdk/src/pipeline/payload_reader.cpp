@@ -155,9 +155,7 @@ Orv::Object<void*> PayloadReader::Read(PieceReader& reader, z64u payloadSize, co
     ThrowDamage(place, "the message of %zu bytes is no intact FlatBuffer of a scan", size);
   }
   const fb::ScanMessage& payload = *fb::GetScanMessage(copy_.get());
-  auto message = MessageReader(copy_, size, place).Read(payload);
-  layouts_.Learn({reinterpret_cast<const z8u*>(copy_.get()), size}, *message);
-  return Orv::Object<void*>(ToHandle(message.release()));
+  return Orv::Object<void*>(ToHandle(MessageReader(copy_, size, place).Read(payload).release()));
 }
 
 }  // namespace sdk::replay

@@ -214,10 +214,16 @@ class Indexer {
   // Most messages need not be held to be checked.
   bool PassSurface(const MessagePlace& message, PieceReader& reader) const {
     const PayloadLayouts& layouts = payloads_.Layouts();
-    if (!visit_.surface) return layouts.Knows(reader, message.size);
-    const auto surface = layouts.Open(reader, message.size);
-    if (surface) visit_.surface(index_.messages.size() - 1, *surface);
-    return surface.has_value();
+    auto head = layouts.Find(reader.Look(layouts.StartSize(message.size)), message.size);
+    if (!head || !visit_.surface) return head.has_value();
+    if (head->pointType != zType::z16s) return false;
+    reader.Take(head->size);
+    head->surface.heights = [&](const Plovia::SurfaceStream::Put& put) {
+      PutHeights(reader, head->surface, put);
+      return head->box;
+    };
+    visit_.surface(index_.messages.size() - 1, head->surface);
+    return true;
   }
 
   void TakeChunk(const RawRecord& record, PieceReader& reader) {
@@ -238,12 +244,16 @@ class Indexer {
       const auto number = static_cast<z32u>(index_.compressedChunks.size());
       index_.compressedChunks.push_back({std::string(chunk.compression), chunk.uncompressedSize,
                                          start, size, record.place.offset});
-      // Only places are kept; the records are decompressed again when a frame is read.
-      Decompress(index_.compressedChunks.back(), reader, budget_, records_);
-      budget_ -= records_.size();
-      const zMemorySource records(records_);
-      PieceReader unpacked(records, 0, records_.size());
-      WalkChunk(chunk.uncompressedCrc, unpacked, {0, record.place.offset}, records_.size(),
+      // Of all but the last only places are kept; their records are unpacked again when a frame is
+      // read.
+      zBytes& records = index_.unpackedRecords;
+      index_.unpackedChunk = kNoChunk;
+      Decompress(index_.compressedChunks.back(), reader, budget_, records);
+      index_.unpackedChunk = number;
+      budget_ -= records.size();
+      const zMemorySource source(records);
+      PieceReader unpacked(source, 0, records.size());
+      WalkChunk(chunk.uncompressedCrc, unpacked, {0, record.place.offset}, records.size(),
                 record.place, number);
     }
     const zSize frameCount = index_.frames.size() - firstFrame;
@@ -349,7 +359,6 @@ class Indexer {
   std::optional<SummaryCheck> summary_;  // with a log
   ReplayIndex index_;
   ReplayChannels channels_;
-  zBytes records_;  // of the last compressed chunk
   bool described_ = false;
   Extent extent_ = Extent::whole;
 };

@@ -39,8 +39,11 @@ struct ReplayIndex {
   std::vector<FramePlace> frames;
   std::vector<Segment> segments;
   std::vector<CompressedChunk> compressedChunks;
-  // The last of the messages, which may well be the only one; nothing where it is damaged.
+  // The last of the messages, which may well be the only one, where it was held to be checked.
   Orv::Object<void*> lastMessage;
+  // The records of the compressed chunk that was unpacked last, which may well be the only one.
+  z32u unpackedChunk = kNoChunk;
+  zBytes unpackedRecords;
 
   // The position behind a frame's last message.
   zSize EndOf(zSize frame) const {
@@ -62,7 +65,7 @@ enum class Extent {
 ReplayIndex IndexReplay(const zSource& stream, PayloadReader& payloads, DamageLog* log = nullptr,
                         const Plovia::MessageVisitor& visit = {});
 
-// The same, less closely; there is no last message after the heads alone.
+// The same, less closely.
 ReplayIndex IndexUnverified(const zSource& stream, PayloadReader& payloads, Extent extent);
 
 }  // namespace sdk::replay

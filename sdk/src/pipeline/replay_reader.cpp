@@ -101,27 +101,41 @@ Orv::Object<void*> ReplayReader::ReadMessage(z64u message) {
   Orv::Object<void*> last = std::exchange(index_.lastMessage, {});
   if (last && message + 1 == index_.messages.size()) return last;
   last.Reset();  // its memory serves this one
-  const z64u end = place.offset + place.size;
-  if (place.compressedChunk == kNoChunk) {
-    PieceReader reader(*stream_, place.offset, end);
-    return payloads_.Read(reader, place.size, {place.offset, std::nullopt});
+  PieceReader reader(SourceOf(place), place.offset, place.offset + place.size);
+  Place told{place.offset, std::nullopt};
+  if (place.compressedChunk != kNoChunk) {
+    told.chunkOffset = index_.compressedChunks[place.compressedChunk].offset;
   }
-  const zMemorySource records(CompressedRecords(place.compressedChunk));
-  PieceReader reader(records, place.offset, end);
-  return payloads_.Read(reader, place.size,
-                        {place.offset, index_.compressedChunks[place.compressedChunk].offset});
+  return payloads_.Read(reader, place.size, told);
 }
 
-const zBytes& ReplayReader::CompressedRecords(z32u chunk) {
-  if (cachedChunk_ != chunk) {
-    const CompressedChunk& compressed = index_.compressedChunks[chunk];
-    cachedChunk_ = kNoChunk;
+std::optional<Plovia::SurfaceStream> ReplayReader::OpenSurface(z64u message) {
+  const MessagePlace& place = PlaceOf(message);
+  const PayloadLayouts& layouts = payloads_.Layouts();
+  zBytes start(layouts.StartSize(place.size));
+  SourceOf(place).Read(place.offset, start.data(), start.size());
+  const std::optional<PayloadHead> head = layouts.Find(start, place.size);
+  if (!head || head->pointType != zType::z16s) return std::nullopt;
+  Plovia::SurfaceStream surface = head->surface;
+  surface.heights = [this, &place, head = *head](const Plovia::SurfaceStream::Put& put) {
+    PieceReader reader(SourceOf(place), place.offset + head.size, place.offset + place.size);
+    PutHeights(reader, head.surface, put);
+    return head.box;
+  };
+  return surface;
+}
+
+const zSource& ReplayReader::SourceOf(const MessagePlace& place) {
+  if (place.compressedChunk == kNoChunk) return *stream_;
+  if (index_.unpackedChunk != place.compressedChunk) {
+    const CompressedChunk& compressed = index_.compressedChunks[place.compressedChunk];
+    index_.unpackedChunk = kNoChunk;
     PieceReader reader(*stream_, compressed.packedStart,
                        compressed.packedStart + compressed.packedSize);
-    Decompress(compressed, reader, compressed.unpackedSize, cachedRecords_);
-    cachedChunk_ = chunk;
+    Decompress(compressed, reader, compressed.unpackedSize, index_.unpackedRecords);
+    index_.unpackedChunk = place.compressedChunk;
   }
-  return cachedRecords_;
+  return unpacked_.emplace(index_.unpackedRecords);
 }
 
 }  // namespace sdk::replay

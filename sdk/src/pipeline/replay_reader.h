@@ -2,6 +2,8 @@
 // Reads the frames of an indexed recording stream.
 #pragma once
 
+#include <optional>
+
 #include "pipeline/payload.h"
 #include "pipeline/replay_index.h"
 
@@ -31,23 +33,26 @@ class ReplayReader {
 
   zSize ItemCount(z64u message);
   Orv::Object<void*> ReadMessage(z64u message);
+  // See Plovia::ReplaySerializer.
+  std::optional<Plovia::SurfaceStream> OpenSurface(z64u message);
 
  private:
   const MessagePlace& PlaceOf(z64u message) const;
   Segment CurrentFrames() const;
   // Throws where a message of the frame is damaged, unless that is told in the log.
   Plovia::ReplayFrame TakeFrame(zSize frame);
-  const zBytes& CompressedRecords(z32u chunk);
+  // Where the message stands, until one of another compressed chunk is read. Frames come in order,
+  // so one unpacked chunk is enough.
+  const zSource& SourceOf(const MessagePlace& place);
 
   zSourcePtr stream_;
   Extent extent_ = Extent::whole;
   PayloadReader payloads_;
   DamageLog* log_ = nullptr;
   ReplayIndex index_;
+  std::optional<zMemorySource> unpacked_;  // the index's unpacked records
   zSize segmentsBegun_ = 0;
   zSize framesRead_ = 0;  // of the current segment
-  z32u cachedChunk_ = kNoChunk;
-  zBytes cachedRecords_;  // of that chunk: frames come in order, so one is enough
 };
 
 }  // namespace sdk::replay

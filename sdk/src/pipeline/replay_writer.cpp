@@ -2,7 +2,6 @@
 #include "pipeline/replay_writer.h"
 
 #include <algorithm>
-#include <new>
 
 #include "pipeline/payload.h"
 #include "pipeline/replay_names.h"
@@ -64,31 +63,26 @@ void ReplayWriter::PutMessage(const sdk::Message& message) {
 }
 
 void ReplayWriter::PutSurface(const Plovia::SurfaceStream& stream) {
-  zAlloc alloc = &zAllocator::Default();
-  const auto make = [&](zType type) {
-    auto array = Make<Array>(type, stream.length, stream.width, Block(), alloc);
-    return array != nullptr ? std::move(array) : throw std::bad_alloc();
-  };
-  Surface surface(make(zType::z16s), alloc);
-  surface.resampled = true;
-  surface.scale = stream.scale;
-  surface.offset = stream.offset;
-  surface.stamp = stream.stamp;
+  const Owned<Surface> surface = MakeHollowSurface(zType::z16s, stream.width, stream.length);
+  surface->resampled = true;
+  surface->scale = stream.scale;
+  surface->offset = stream.offset;
+  surface->stamp = stream.stamp;
   if (const Array* intensities = As<Array>(stream.intensities.Get())) {
-    surface.intensities = make(zType::z8u);
-    surface.intensities->ShareItemsOf(*intensities);
+    surface->intensities = MakeHollowArray(zType::z8u, stream.width, stream.length);
+    surface->intensities->ShareItemsOf(*intensities);
   }
-  const PayloadBuilder payload(surface);
-  BeginMessage(surface, payload.Size());
+  const PayloadBuilder payload(*surface);
+  BeginMessage(*surface, payload.Size());
   const z64u start = out_.Position();
   payload.AppendTo(out_, [&] {
-    surface.box = stream.heights(
+    surface->box = stream.heights(
         [&](std::span<const z16s> heights) { out_.Append(heights.data(), heights.size_bytes()); });
   });
   if (out_.Position() - start != payload.Size()) {
     kOperation.Fail(zERROR_PARAMETER, "The heights of a surface are not as many as its points");
   }
-  out_.Replace(start, payload.Head(), PayloadBuilder(surface).Head());
+  out_.Replace(start, payload.Head(), PayloadBuilder(*surface).Head());
 }
 
 void ReplayWriter::BeginMessage(const sdk::Message& message, zSize size) {

@@ -114,6 +114,12 @@ Orv::Object<void*> ReplaySerializer::ReadMessage(z64u number) const {
   return Guarded({kUnit, kFunction}, [&] { return reader.ReadMessage(number); });
 }
 
+std::optional<SurfaceStream> ReplaySerializer::OpenSurface(z64u number) const {
+  constexpr const char* kFunction = "Plovia::ReplaySerializer::OpenSurface";
+  ReplayReader& reader = Loaded(kFunction);
+  return Guarded({kUnit, kFunction}, [&] { return reader.OpenSurface(number); });
+}
+
 zSize ReplaySerializer::ItemCount(z64u number) const {
   constexpr const char* kFunction = "Plovia::ReplaySerializer::ItemCount";
   ReplayReader& reader = Loaded(kFunction);

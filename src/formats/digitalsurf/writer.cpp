@@ -5,63 +5,79 @@
 #include <vector>
 
 #include "formats/digitalsurf/layout.h"
-#include "scan/scan.h"
+#include "scan/surfacestream.h"
 #include "statuses.h"
 
 namespace {
 
-SurHeader MakeHeader(const Scan& scan, const HeightRange& range) {
+SurHeader MakeHeader(const Plovia::SurfaceStream& surface, z16s objectType,
+                     const HeightRange& range) {
   SurHeader header;
   InitSurHeader(header);
-  header.objectType = scan.IsProfile() ? kProfileObject : kSurfaceObject;
+  header.objectType = objectType;
   header.zMin = range.lowest;
   header.zMax = range.highest;
-  header.pointsPerLine = static_cast<z32s>(scan.width);
-  header.lineCount = static_cast<z32s>(scan.length);
-  header.totalPoints = static_cast<z32s>(scan.width * scan.length);
-  header.xSpacing = static_cast<z32f>(scan.scale.x);
-  header.ySpacing = static_cast<z32f>(scan.scale.y);
-  header.zSpacing = static_cast<z32f>(scan.scale.z);
-  header.xOffset = static_cast<z32f>(scan.offset.x);
-  header.yOffset = static_cast<z32f>(scan.offset.y);
-  header.zOffset = static_cast<z32f>(scan.offset.z);
+  header.pointsPerLine = static_cast<z32s>(surface.width);
+  header.lineCount = static_cast<z32s>(surface.length);
+  header.totalPoints = static_cast<z32s>(surface.width * surface.length);
+  header.xSpacing = static_cast<z32f>(surface.scale.x);
+  header.ySpacing = static_cast<z32f>(surface.scale.y);
+  header.zSpacing = static_cast<z32f>(surface.scale.z);
+  header.xOffset = static_cast<z32f>(surface.offset.x);
+  header.yOffset = static_cast<z32f>(surface.offset.y);
+  header.zOffset = static_cast<z32f>(surface.offset.z);
   return header;
 }
 
-// With invalid points marked, which takes a copy.
-zStatus WriteMarked(std::span<const z16s> heights, z16s mark, zStream stream) {
-  std::vector<z16s> block(std::min(heights.size(), zSize{128} << 10));
+// With invalid points marked, which takes a copy: a block that is used again.
+zStatus WriteMarked(std::span<const z16s> heights, z16s mark, std::vector<z16s>& block,
+                    zStream stream) {
+  constexpr zSize kBlock = zSize{128} << 10;  // stays in the cache
   zStatus status = zOK;
-  for (zSize count = 0; status == zOK && !heights.empty(); heights = heights.subspan(count)) {
-    count = std::min(heights.size(), block.size());
-    std::ranges::transform(heights.first(count), block.begin(),
+  while (status == zOK && !heights.empty()) {
+    block.resize(std::min(heights.size(), kBlock));
+    std::ranges::transform(heights.first(block.size()), block.begin(),
                            [mark](z16s height) { return height == kInvalidRaw ? mark : height; });
-    status = zStream_WritePrimitives(stream, zType::z16s, block.data(), count);
+    heights = heights.subspan(block.size());
+    status = zStream_WritePrimitives(stream, zType::z16s, block.data(), block.size());
   }
   return status;
 }
 
-zStatus Write(MxMsg message, ScanKind kind, zStream stream) {
+// The heights are passed twice: their range stands in front of them, and marks invalid points.
+zStatus Write(const Plovia::SurfaceStream& surface, z16s objectType, zStream stream) {
+  if (stream == nullptr) return kRefused;
+  HeightRange range;
+  surface.heights([&](std::span<const z16s> heights) { range.Include(FindHeightRange(heights)); });
+  if (!IsWritableAsDigitalSurf(range)) return kRefused;
+  zStatus status = WriteSurHeader(stream, MakeHeader(surface, objectType, range));
+  if (status != zOK) return status;
+  const auto mark = static_cast<z16s>(range.lowest - 2);
+  std::vector<z16s> block;
+  surface.heights([&](std::span<const z16s> heights) {
+    if (status == zOK) status = WriteMarked(heights, mark, block, stream);
+  });
+  return status;
+}
+
+zStatus Write(MxMsg message, ScanKind kind, z16s objectType, zStream stream) {
   Scan scan;
   const zStatus status = GetScan(message, scan);
-  if (status == zERROR_PARAMETER || stream == nullptr) return kRefused;
+  if (status == zERROR_PARAMETER) return kRefused;
   if (status != zOK) return status;
-  if (scan.kind != kind) return kRefused;
-  const auto heights = zArray_Items<z16s>(scan.points.Get());
-  const HeightRange range = FindHeightRange(heights);
-  if (!IsWritableAsDigitalSurf(range)) return kRefused;
-  const zStatus written = WriteSurHeader(stream, MakeHeader(scan, range));
-  if (written != zOK) return written;
-  if (range.hasInvalid) return WriteMarked(heights, static_cast<z16s>(range.lowest - 2), stream);
-  return zStream_WritePrimitives(stream, zType::z16s, heights.data(), heights.size());
+  return scan.kind == kind ? Write(StreamOf(scan), objectType, stream) : kRefused;
 }
 
 }  // namespace
 
+zStatus GetSurFileStream(const Plovia::SurfaceStream& surface, zStream stream) {
+  return Write(surface, kSurfaceObject, stream);
+}
+
 zStatus GetSurFileStream(MxMsg message, zStream stream) {
-  return Write(message, ScanKind::surface, stream);
+  return Write(message, ScanKind::surface, kSurfaceObject, stream);
 }
 
 zStatus GetProFileStream(MxMsg message, zStream stream) {
-  return Write(message, ScanKind::profile, stream);
+  return Write(message, ScanKind::profile, kProfileObject, stream);
 }

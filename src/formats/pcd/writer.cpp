@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "formats/pcd/writer.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
 #include "formats/pcd/layout.h"
 #include "scan/points.h"
+#include "scan/surfacestream.h"
 #include "statuses.h"
 
 namespace {
@@ -13,81 +15,113 @@ namespace {
 // In the file: bits 0x7FC00000, a quiet not-a-number.
 constexpr z32f kNaN = std::numeric_limits<z32f>::quiet_NaN();
 
-// Gives the real point of each cell to `use`, row by row.
-template <class Use>
-void ForEachCell(const Scan& scan, Use use) {
-  const RealPoints real(scan);
-  ForEachPoint(scan, [&](z32u row, z32u column, const auto& raw) {
-    if (!IsValid(raw)) return use(zPoint3d32f{kNaN, kNaN, kNaN});
-    const zPoint3d64f point = real(row, column, raw);
-    use(zPoint3d32f{static_cast<z32f>(point.x), static_cast<z32f>(point.y),
-                    static_cast<z32f>(point.z)});
-  });
+template <class Raw>
+zPoint3d32f RealPoint(const RealPoints& real, z32u row, z32u column, const Raw& raw) {
+  const bool valid = IsValid(raw);
+  const zPoint3d64f point = real(row, column, raw);
+  return {valid ? static_cast<z32f>(point.x) : kNaN, valid ? static_cast<z32f>(point.y) : kNaN,
+          valid ? static_cast<z32f>(point.z) : kNaN};
 }
 
-// Collects records in a block, which is written when it is full. After a failure nothing more is
-// written.
-template <class Record>
-class RecordWriter {
+// Turns the raw points of a grid, which come row by row in spans of any size, into real ones, and
+// gives them to `use` a block at a time.
+template <class Use>
+class Cells {
  public:
-  explicit RecordWriter(zStream stream) : stream_(stream) {}
+  Cells(const Scan& scan, Use use) : real_(scan), width_(scan.width), use_(std::move(use)) {}
 
-  void Append(const Record& record) {
-    block_[count_++] = record;
-    if (count_ == block_.size()) Flush();
+  template <class Raw>
+  void Append(std::span<const Raw> raws) {
+    while (!raws.empty()) {
+      const zSize count = std::min({raws.size(), zSize{width_ - column_}, block_.size() - count_});
+      for (zSize i = 0; i < count; ++i) {
+        block_[count_ + i] = RealPoint(real_, row_, column_ + static_cast<z32u>(i), raws[i]);
+      }
+      raws = raws.subspan(count);
+      count_ += count;
+      column_ += static_cast<z32u>(count);
+      if (column_ == width_) {
+        column_ = 0;
+        ++row_;
+      }
+      if (count_ == block_.size()) Flush();
+    }
   }
 
-  zStatus Finish() {
-    Flush();
-    return status_;
-  }
-
- private:
   void Flush() {
-    if (status_ == zOK) status_ = zStream_Write(stream_, block_.data(), count_ * sizeof(Record));
+    use_(std::span<const zPoint3d32f>(block_.data(), count_));
     count_ = 0;
   }
 
-  zStream stream_;
-  std::array<Record, 8192> block_;
+ private:
+  RealPoints real_;
+  z32u width_;
+  Use use_;
+  z32u row_ = 0, column_ = 0;  // of the next point
+  std::array<zPoint3d32f, 8192> block_;
   zSize count_ = 0;
-  zStatus status_ = zOK;
 };
+
+// Gives the real points of all cells to `use`. `give` appends the raw ones.
+template <class Give, class Use>
+void ForEachBlock(const Scan& scan, const Give& give, Use use) {
+  Cells<Use> cells(scan, std::move(use));
+  give(cells);
+  cells.Flush();
+}
+
+// Appends the points of a scan in memory.
+auto PointsOf(const Scan& scan) {
+  return [&scan](auto& cells) { WithPoints(scan, [&](auto points) { cells.Append(points); }); };
+}
 
 struct IntensePoint {
   zPoint3d32f point;
   z32f intensity;  // 0..1
 };
 
-zStatus WritePoints(const Scan& scan, zStream stream) {
-  RecordWriter<zPoint3d32f> writer(stream);
-  ForEachCell(scan, [&](const zPoint3d32f& point) { writer.Append(point); });
-  return writer.Finish();
-}
-
-zStatus WriteIntensePoints(const Scan& scan, zStream stream) {
+template <class Give>
+zStatus Write(const Scan& scan, zStream stream, const Give& give) {
+  if (stream == nullptr) return kRefused;
+  const bool hasIntensities = static_cast<bool>(scan.intensities);
+  const std::string header = FormatPcdHeader(scan.width, scan.length, hasIntensities);
+  zStatus status = zStream_Write(stream, header.data(), header.size());
+  if (status != zOK) return status;
+  // After a failure nothing more is written.
+  const auto write = [&](auto records) {
+    if (status == zOK) status = zStream_Write(stream, records.data(), records.size_bytes());
+  };
+  if (!hasIntensities) {
+    ForEachBlock(scan, give, write);
+    return status;
+  }
   std::array<z32f, 256> intensities;
   for (zSize i = 0; i < intensities.size(); ++i) intensities[i] = static_cast<z32f>(i) / 255;
   const z8u* cell = zArray_Items<z8u>(scan.intensities.Get()).data();
-  RecordWriter<IntensePoint> writer(stream);
-  ForEachCell(scan, [&](const zPoint3d32f& point) {
-    writer.Append({point, intensities[*cell++]});
+  std::vector<IntensePoint> records;
+  ForEachBlock(scan, give, [&](std::span<const zPoint3d32f> points) {
+    records.resize(points.size());
+    std::ranges::transform(points, records.begin(), [&](const zPoint3d32f& point) {
+      return IntensePoint{point, intensities[*cell++]};
+    });
+    write(std::span(records));
   });
-  return writer.Finish();
+  return status;
 }
 
 }  // namespace
 
+zStatus GetPcdFileStream(const Plovia::SurfaceStream& surface, zStream stream) {
+  return Write(ScanOf(surface), stream, [&](auto& cells) {
+    surface.heights([&](std::span<const z16s> heights) { cells.Append(heights); });
+  });
+}
+
 zStatus GetPcdFileStream(MxMsg message, zStream stream, zAlloc) {
-  if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
+  if (MxMsg_Kind(message) != MxKind::surface) return kRefused;
   Scan scan;
-  zStatus status = GetScan(message, scan);
-  if (status != zOK) return status;
-  const bool hasIntensities = static_cast<bool>(scan.intensities);
-  const std::string header = FormatPcdHeader(scan.width, scan.length, hasIntensities);
-  status = zStream_Write(stream, header.data(), header.size());
-  if (status != zOK) return status;
-  return hasIntensities ? WriteIntensePoints(scan, stream) : WritePoints(scan, stream);
+  const zStatus status = GetScan(message, scan);
+  return status == zOK ? Write(scan, stream, PointsOf(scan)) : status;
 }
 
 void GetAllPointsPcd(MxMsg message, Orv::Object<void*>& list, zAlloc alloc) {
@@ -102,7 +136,9 @@ void GetAllPointsPcd(MxMsg message, Orv::Object<void*>& list, zAlloc alloc) {
   } else if (zArrayList_ItemType(list.Get()) != zType::zPoint3d32f) {
     kOperation.Fail(kMalformed, "");
   }
-  ForEachCell(scan, [&](const zPoint3d32f& point) {
-    kOperation.Require(zArrayList_Add(list.Get(), &point), "");
+  ForEachBlock(scan, PointsOf(scan), [&](std::span<const zPoint3d32f> points) {
+    for (const zPoint3d32f& point : points) {
+      kOperation.Require(zArrayList_Add(list.Get(), &point), "");
+    }
   });
 }

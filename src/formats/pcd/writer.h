@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Surface messages as point clouds.
+// Surfaces as point clouds.
 #pragma once
 
-#include "sdk/message.h"
-#include "sdk/object.h"
+#include "sdk/pipeline.h"
 
-// Appends a surface message as an organised binary point cloud of PCD version 0.7 to a memory
-// stream: x, y and z of each cell in mm and, where there are some, intensities from 0 to 1. Invalid
-// points are three quiet NaN. Returns 1; 0 for a null stream or another kind of message; or the
-// status of the step that failed, when the stream holds a part.
+// Append a surface as an organised binary point cloud of PCD version 0.7 to a stream: x, y and z of
+// each cell in mm and, where there are some, intensities from 0 to 1. Invalid points are three
+// quiet NaN. Return 1; 0 for a null stream or another kind of message; or the status of the step
+// that failed, when the stream holds a part.
+zStatus GetPcdFileStream(const Plovia::SurfaceStream& surface, zStream stream);
 zStatus GetPcdFileStream(MxMsg message, zStream stream, zAlloc alloc);
 
 // Appends the real coordinates of each cell of a surface message, row by row, to a list of

@@ -101,6 +101,11 @@ Orv::Object<void*> Recording::Message(zSize frame, zSize source) const {
   return number ? replay.ReadMessage(*number) : Orv::Object<void*>();
 }
 
+std::optional<Plovia::SurfaceStream> Recording::Surface(zSize frame, zSize source) const {
+  const std::optional<z64u> number = NumberOf(frame, source);
+  return number ? replay.OpenSurface(*number) : std::nullopt;
+}
+
 zSize Recording::ItemCount(zSize frame, zSize source) const {
   const std::optional<z64u> number = NumberOf(frame, source);
   return number ? replay.ItemCount(*number) : 0;

@@ -26,6 +26,9 @@ struct Recording {
   // The message of a source, read when it is asked for. A frame may be shorter than others: what is
   // missing is an empty handle.
   Orv::Object<void*> Message(zSize frame, zSize source) const;
+  // The same as a stream of heights, which the recording must outlive; nothing for a message that
+  // is none (see Plovia::ReplaySerializer).
+  std::optional<Plovia::SurfaceStream> Surface(zSize frame, zSize source) const;
   // Items of an array message; 0 for another one, and where it is missing.
   zSize ItemCount(zSize frame, zSize source) const;
 

@@ -2,25 +2,30 @@
 #include "formats/srf/srf.h"
 
 #include "formats/srf/layout.h"
-#include "scan/scan.h"
+#include "scan/surfacestream.h"
 #include "statuses.h"
 
-zStatus GetSrfFileStream(MxMsg message, zStream stream) {
-  if (MxMsg_Kind(message) != MxKind::surface || stream == nullptr) return kRefused;
-  Scan scan;
-  zStatus status = GetScan(message, scan);
-  if (status != zOK) return status;
-  const SrfHeader header{kSrfVersion, scan.width, scan.length, scan.scale, scan.offset};
-  const zSize cells = scan.Count();
-  const z8u hasIntensities = scan.intensities ? 1 : 0;
-
+zStatus GetSrfFileStream(const Plovia::SurfaceStream& surface, zStream stream) {
+  if (stream == nullptr) return kRefused;
+  const SrfHeader header{kSrfVersion, surface.width, surface.length, surface.scale, surface.offset};
   const auto write = [&](zType type, const void* items, zSize count) {
     return zStream_WritePrimitives(stream, type, items, count);
   };
-  status = ForEachSrfField(header, write);
-  // Two bytes a point, whatever the points are.
-  if (status == zOK) status = write(zType::z16s, zArray_Data(scan.points.Get()), cells);
+  zStatus status = ForEachSrfField(header, write);
+  if (status != zOK) return status;
+  surface.heights([&](std::span<const z16s> heights) {
+    if (status == zOK) status = write(zType::z16s, heights.data(), heights.size());
+  });
+  const z8u hasIntensities = surface.intensities ? 1 : 0;
   if (status == zOK) status = write(zType::z8u, &hasIntensities, 1);
   if (status != zOK || hasIntensities == 0) return status;
-  return write(zType::z8u, zArray_Data(scan.intensities.Get()), cells);
+  const auto intensities = zArray_Items<z8u>(surface.intensities.Get());
+  return write(zType::z8u, intensities.data(), intensities.size());
+}
+
+zStatus GetSrfFileStream(MxMsg message, zStream stream) {
+  if (MxMsg_Kind(message) != MxKind::surface) return kRefused;
+  Scan scan;
+  const zStatus status = GetScan(message, scan);
+  return status == zOK ? GetSrfFileStream(StreamOf(scan), stream) : status;
 }

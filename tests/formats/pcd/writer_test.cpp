@@ -40,6 +40,18 @@ TEST(WritePcd, WritesAUniformSurfaceAsAnOrganisedCloud) {
   EXPECT_THAT(PointsOf(empty, 0, 4294967295), ElementsAre());
 }
 
+TEST(WritePcd, PutsEachPointOfALargeSurfaceInItsPlace) {
+  std::vector<z16s> heights(300 * 100);
+  for (zSize i = 0; i < heights.size(); ++i) heights[i] = static_cast<z16s>(i);
+  const std::vector<z32f> floats = PointsOf(MakeSurface(300, 100, heights), 300, 100);
+  ASSERT_EQ(floats.size(), 3 * heights.size());
+  for (zSize i = 0; i < heights.size(); ++i) {
+    const std::vector<z32f> expected{static_cast<z32f>(i % 300), static_cast<z32f>(i / 300),
+                                     static_cast<z32f>(i)};
+    ASSERT_EQ(std::vector(&floats[3 * i], &floats[3 * i] + 3), expected) << i;
+  }
+}
+
 TEST(WritePcd, WritesIntensitiesFrom0To1) {
   const Handle cloud =
       MakeCloudOf(2, 2, {{1, 2, 3}, {0, -32768, 0}, {-32767, 32767, 0}, {0, 0, -32768}},
