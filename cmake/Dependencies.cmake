@@ -30,6 +30,8 @@ if(TRELVANE_ALONE)
   set(ZLIB_USE_STATIC_LIBS ON)
 endif()
 find_package(ZLIB REQUIRED)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
 
 if(TRELVANE_ALONE)
   # Of libarchive tar alone is used. Its table of formats stays empty, so that they and the
@@ -44,7 +46,7 @@ endif()
 
 find_program(TRELVANE_FLATC NAMES flatc REQUIRED)
 
-# Only trelvane-inspect uses these.
+# Only trelvane-inspect and trelvane-batch use these.
 find_package(CLI11 REQUIRED)
 find_package(PNG REQUIRED)
 find_package(Freetype REQUIRED)

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <iterator>
 
+#include "batch/record.h"
 #include "getfilestream/getfilestream.h"
 #include "support/archives.h"
 #include "support/mcap_file.h"
@@ -159,6 +160,15 @@ void AddFile(Seeds& seeds, const fs::path& path) {
 
 }  // namespace
 
+void AddBatch(Seeds& seeds) {
+  seeds.Add("batch", std::string("{folder}/{stem}-{frame}{{{source}}}"));
+  seeds.Add("batch", std::string("a b.sur\r\n\nc/d.rep"));
+  const std::string zeros("a.sur\0b\nc.pcd\0", 14);
+  seeds.Add("batch", zeros);
+  seeds.Add("batch",
+            Entry{"a.sur", {1, 0.5}, {"b.rep"}, 2, {1.5}, true, {"[INFO] x"}, 0.1}.ToLine());
+}
+
 int main(int argc, char** argv) {
   if (argc < 2) {
     std::cerr << "usage: make_seeds <folder> [<scan file>...]\n";
@@ -170,6 +180,7 @@ int main(int argc, char** argv) {
   AddRecordings(seeds);
   AddArchives(seeds);
   AddCommandLines(seeds);
+  AddBatch(seeds);
   for (int i = 2; i < argc; ++i) AddFile(seeds, argv[i]);
   return 0;
 }

@@ -28,9 +28,9 @@ std::vector<std::string> splitString(const std::string& text, char delimiter) {
   return pieces;
 }
 
-// A point "(x, y, z)". The brackets are hardly checked: the first and the last character go,
-// whatever they are.
-zPoint3d64f ParsePoint(const std::string& text) {
+}  // namespace
+
+zPoint3d64f parsePoint(const std::string& text) {
   constexpr const char* kMessage = "The input invalid point is not right";
   if (text.size() < 7 && !text.starts_with('(') && !text.ends_with(')'))
     kOperation.Fail(kBadInput, {kMessage, 316});
@@ -41,8 +41,6 @@ zPoint3d64f ParsePoint(const std::string& text) {
   const double y = parseReal(pieces[1]);
   return {x, y, parseReal(pieces[2])};
 }
-
-}  // namespace
 
 void CommandArgsOperator::process(const ParsedArgs& args) {
   const std::string* input = Find(args, "-i", "--input");
@@ -135,7 +133,7 @@ void CommandArgsOperator::configure(const ParsedArgs& args) {
     converter.setPcdFlipXZEnabled(enabled);
   }
   if (const std::string* point = Find(args, "-r", "--remove")) {
-    converter.setInvalidPoint(ParsePoint(*point));
+    converter.setInvalidPoint(parsePoint(*point));
   }
   if (const std::string* zoom = Find(args, "-z", "--zoom")) {
     const double factor = parseReal(*zoom);

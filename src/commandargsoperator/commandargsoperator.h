@@ -17,6 +17,10 @@ using ParsedArgs = std::unordered_map<std::string, std::string>;
 // value before it.
 ParsedArgs parseCommandLine(const std::string& line, const std::vector<std::string>& knownOptions);
 
+// A point "(x, y, z)". The brackets are hardly checked: the first and the last character go,
+// whatever they are. Throws Orv::Exception, or what parseReal throws.
+zPoint3d64f parsePoint(const std::string& text);
+
 // Writes the instructions for use to standard output.
 void printUsage();
 

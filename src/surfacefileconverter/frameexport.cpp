@@ -8,7 +8,6 @@
 #include "outputfile/outputfile.h"
 #include "outputfile/writefile.h"
 #include "statuses.h"
-#include "surfacefileconverter/filenames.h"
 
 namespace {
 
@@ -85,19 +84,8 @@ class FrameWriter {
   }
 
  private:
-  // One for each item of the source's message.
   std::vector<std::string> Names(zSize source, z32u index, bool single) const {
-    const bool arrayed = recording_.sources[source].arrayed != 0;
-    const zSize count = arrayed ? recording_.ItemCount(index, source) : 1;
-    if (single && recording_.sources.size() == 1 && count == 1) return {target_.exportName};
-    const std::string& tag = recording_.tags[source];
-    if (!arrayed) return {FrameName(index, tag)};
-    if (count == 0) return {};
-    return GetIncrementalIndexFileNames(FrameName(index, ""), count, "Array", tag);
-  }
-
-  std::string FrameName(z32u index, const std::string& tag) const {
-    return GetIndexFileName(target_.exportName, "Frame", static_cast<z32s>(index), tag);
+    return NamesOfMessage(recording_, {index, source, single}, target_.exportName, target_.naming);
   }
 
   // Where it can be written as a stream.
@@ -139,7 +127,7 @@ void WriteFrames(const Recording& recording, const FrameChoice& choice, const Fr
     if (choice.frame >= frameCount) {
       kExportFile.Fail(kBadInput, "The frame index must be less than the count of frames");
     }
-    RequireSeparateFiles(kWriteMsgs, writer.Names(choice.frame, true), {target.inputName});
+    target.Claim(kWriteMsgs, writer.Names(choice.frame, true));
     return writer.Write(choice.frame, true);
   }
   target.exportedNames.clear();
@@ -148,7 +136,7 @@ void WriteFrames(const Recording& recording, const FrameChoice& choice, const Fr
   for (zSize i = 0; i < frameCount; ++i) {
     std::ranges::move(writer.Names(static_cast<z32u>(i), false), std::back_inserter(names));
   }
-  RequireSeparateFiles(kWriteMsgs, names, {target.inputName});
+  target.Claim(kWriteMsgs, names);
   for (zSize i = 0; i < frameCount; ++i) {
     writer.Write(static_cast<z32u>(i), false);
   }
@@ -157,13 +145,12 @@ void WriteFrames(const Recording& recording, const FrameChoice& choice, const Fr
 void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob& job) {
   const std::vector<ReplaySourceInfo>& sources = recording.sources;
   const std::vector<std::string> names =
-      sources.size() == 1 ? std::vector{target.exportName}
-                          : GetAppendedFileNames(target.exportName, recording.tags);
+      NamesOfSources(recording, target.exportName, target.naming);
   std::vector<std::string> written;
   for (zSize j = 0; j < sources.size(); ++j) {
     if (IsProfileType(sources[j].dataType)) written.push_back(names[j]);
   }
-  RequireSeparateFiles(kWriteMsgs, written, {target.inputName});
+  target.Claim(kWriteMsgs, written);
   target.exportedNames.clear();
   for (zSize j = 0; j < sources.size(); ++j) {
     if (!IsProfileType(sources[j].dataType)) continue;
@@ -175,6 +162,12 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
 }
 
 }  // namespace
+
+void FrameExport::Claim(const Orv::Operation& operation,
+                        const std::vector<std::string>& names) const {
+  RequireSeparateFiles(operation, names, {inputName});
+  if (naming.claim) naming.claim(names);
+}
 
 std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources) {
   std::vector<zSize> written;

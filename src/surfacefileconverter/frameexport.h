@@ -2,8 +2,8 @@
 // Frames of a recording as files.
 #pragma once
 
-#include "formats/recording/recording.h"
 #include "notices.h"
+#include "surfacefileconverter/exportnames.h"
 
 // Which frames are exported.
 struct FrameChoice {
@@ -20,6 +20,10 @@ struct FrameExport {
   const Listener& listener;
   std::vector<std::string>& exportedNames;  // gains each file that was written
   bool trial = false;                       // scan files are made, but not written
+  FileNaming naming{};
+
+  // Refuses names of which two are one, or that the naming does not want, before files are written.
+  void Claim(const Orv::Operation& operation, const std::vector<std::string>& names) const;
 };
 
 // The places of the sources that ExportFrames writes.

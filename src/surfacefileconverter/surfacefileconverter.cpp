@@ -95,14 +95,30 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
     kExport.Fail(kBadInput, "Only .rep and .ovrec file extension are supported");
   }
   if (const auto* directory = std::get_if<SurfaceDirectory>(&import)) {
-    RequireSeparateFiles(kExport, {exportName}, PathsOf(*directory));
+    claim(exportName, PathsOf(*directory));
     ExportDirectory(*directory, exportName, exportType, configFolder, allocator);
   } else {
-    RequireSeparateFiles(kExport, {exportName}, {inputName});
+    claim(exportName, {inputName});
     ExportScan(std::get<ScanFile>(import), pcdOptions, exportName, exportType, configFolder,
                allocator, listener);
   }
   exportedFileNames = {exportName};
+}
+
+void SurfaceFileConverter::exportScan(std::string exportName, FileType exportType) {
+  const auto* file = std::get_if<ScanFile>(&import);
+  if (file == nullptr || !BecomesScan(file->fileType, exportType)) {
+    kExport.Fail(kNotSupported, "This conversion is not supported");
+  }
+  claim(exportName, {inputName});
+  ExportScanAsScan(*file, exportName, exportType, allocator);
+  exportedFileNames = {exportName};
+}
+
+void SurfaceFileConverter::claim(const std::string& exportName,
+                                 const std::vector<std::string>& inputs) const {
+  RequireSeparateFiles(kExport, {exportName}, inputs);
+  if (naming.claim) naming.claim({exportName});
 }
 
 void SurfaceFileConverter::exportRecording(const Recording& recording,
@@ -124,8 +140,8 @@ void SurfaceFileConverter::exportRecording(const Recording& recording,
         "to a file whose extension is .pro");
   }
   const FrameChoice choice{exportAll, frameIndex};
-  const FrameExport target{exportName, inputName, exportType,
-                           allocator,  listener,  exportedFileNames};
+  const FrameExport target{exportName, inputName,         exportType, allocator,
+                           listener,   exportedFileNames, false,      naming};
   if (exportType == CSV) {
     sensorCount = ExportCsv(recording, choice, target);
   } else {

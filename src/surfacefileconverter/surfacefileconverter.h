@@ -8,7 +8,7 @@
 
 #include "statuses.h"
 #include "surfacefileconverter/frameexport.h"
-#include "surfacefileconverter/recordingexport.h"
+#include "surfacefileconverter/scanexport.h"
 
 // Holds one import and exports it. Every failure is an Orv::Exception, or an error of the JSON
 // library where a job is read.
@@ -28,6 +28,9 @@ class SurfaceFileConverter {
   // recording archive beside a single scan, under the scan's name.
   void exportFile(std::string exportName);
   void exportFile(std::string exportName, FileType exportType);
+  // Writes a single scan as another kind of scan file, in one step: what comes of it through a
+  // recording.
+  void exportScan(std::string exportName, FileType exportType);
 
   // Frame of a recording to export, below getFrameNumber().
   void setFrameIndex(z32u index);
@@ -55,6 +58,7 @@ class SurfaceFileConverter {
   bool exportAll = false;  // export every frame of a recording
   // Where an archive's configuration comes from.
   std::string configFolder = "config";
+  FileNaming naming;
 
  private:
   bool isImported() const { return !std::holds_alternative<std::monostate>(import); }
@@ -67,6 +71,7 @@ class SurfaceFileConverter {
   PcdOptions& requirePcd(int line, const char* function, const char* otherwise,
                          const char* nothingImported = "No files have been imported yet");
 
+  void claim(const std::string& exportName, const std::vector<std::string>& inputs) const;
   void exportRecording(const Recording& recording, const std::string& exportName,
                        FileType exportType);
 

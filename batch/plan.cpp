@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "batch/plan.h"
+
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <unordered_map>
+
+#include "surfacefileconverter/recordingexport.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What an input of this kind becomes; what a recording holds is known only later.
+struct Targets {
+  const char* kind;
+  std::vector<FileType> types;
+  const char* text;
+};
+
+const Targets& TargetsOf(std::optional<FileType> from) {
+  static const Targets kFolder{"A folder that is one recording", {REP, OVREC}, ".rep and .ovrec"};
+  static const Targets kSur{
+      "A .sur surface", {SRF, PCD, REP, OVREC}, ".srf, .pcd, .rep and .ovrec"};
+  static const Targets kSrf{
+      "A .srf surface", {SUR, PCD, REP, OVREC}, ".sur, .pcd, .rep and .ovrec"};
+  static const Targets kPro{"A profile", {REP, OVREC}, ".rep and .ovrec"};
+  static const Targets kPcd{"A point cloud", {REP, OVREC}, ".rep and .ovrec"};
+  static const Targets kArchive{"An archive", {SUR, SRF, PCD, PRO, CSV}, "scan files and .csv"};
+  static const Targets kRecording{"A recording", {SUR, SRF, PCD, PRO}, "scan files"};
+  if (!from) return kFolder;
+  switch (*from) {
+    case SUR:
+      return kSur;
+    case SRF:
+      return kSrf;
+    case PRO:
+      return kPro;
+    case PCD:
+      return kPcd;
+    case OVREC:
+      return kArchive;
+    default:
+      return kRecording;
+  }
+}
+
+std::string RefusalOf(std::optional<FileType> from, FileType to) {
+  const Targets& targets = TargetsOf(from);
+  if (std::ranges::find(targets.types, to) != targets.types.end()) return {};
+  return std::string(targets.kind) + " becomes " + targets.text + " only";
+}
+
+NameParts PartsOf(const Input& input) {
+  fs::path below = input.below;
+  // The folder in which the program runs, as one recording.
+  if (below.empty()) below = fs::weakly_canonical(input.path).filename();
+  const fs::path stem = input.type ? below.stem() : below.filename();
+  // A scan file is the one frame of the one source of its recording.
+  return {below.parent_path().string(), stem.string(), "0000", kScanSourceName};
+}
+
+bool IsRecording(std::optional<FileType> type) { return type && *type >= REC; }
+
+std::string Normal(const std::string& path) {
+  return fs::absolute(path).lexically_normal().string();
+}
+
+void RequireSeparate(const std::vector<Task>& plan, const NameTemplate& name) {
+  std::unordered_map<std::string, const Task*> inputs;
+  for (const Task& task : plan) inputs[Normal(task.input.path)] = &task;
+  std::unordered_map<std::string, const Task*> outputs;
+  for (const Task& task : plan) {
+    if (!task.input.refusal.empty()) continue;
+    // What a recording calls its sources is known when it is read.
+    if (name.Has(&NameParts::source) && IsRecording(task.input.type)) continue;
+    const std::string output = Normal(task.output);
+    const auto [other, isNew] = outputs.emplace(output, &task);
+    if (!isNew) {
+      throw BadPlan(task.input.path + " and " + other->second->input.path + " would both become " +
+                    task.output + "; --name may tell them apart");
+    }
+    if (inputs.contains(output)) {
+      throw BadPlan(task.input.path + " would replace " + task.output + ", which is an input");
+    }
+  }
+}
+
+}  // namespace
+
+std::string OutputPath(const BatchOptions& options, const NameParts& parts) {
+  return (fs::path(options.outputFolder) / options.name.Fill(parts))
+      .concat(options.conversion.extension)
+      .string();
+}
+
+std::vector<Task> MakePlan(std::vector<Input> inputs, const BatchOptions& options) {
+  std::vector<Task> plan;
+  plan.reserve(inputs.size());
+  for (Input& input : inputs) {
+    Task task{std::move(input), {}, {}};
+    Input& own = task.input;
+    if (own.refusal.empty()) own.refusal = RefusalOf(own.type, options.conversion.to);
+    task.parts = PartsOf(own);
+    try {
+      task.output = OutputPath(options, task.parts);
+    } catch (const BadName& name) {
+      if (own.refusal.empty()) own.refusal = name.what();
+    }
+    plan.push_back(std::move(task));
+  }
+  RequireSeparate(plan, options.name);
+  return plan;
+}
+
+std::vector<Task> TakeShard(std::vector<Task> plan, const Shard& shard) {
+  if (shard.count == 1) return plan;
+  // The largest goes first, each to the part that has the least.
+  std::vector<zSize> order(plan.size());
+  std::iota(order.begin(), order.end(), zSize{0});
+  std::ranges::sort(order, [&](zSize a, zSize b) {
+    const Input& one = plan[a].input;
+    const Input& other = plan[b].input;
+    return one.state.bytes != other.state.bytes ? one.state.bytes > other.state.bytes
+                                                : one.path < other.path;
+  });
+  std::multimap<z64u, z32u> parts;  // by their bytes
+  for (z32u part = 1; part <= shard.count; ++part) parts.emplace_hint(parts.end(), 0, part);
+  std::vector<bool> taken(plan.size());
+  for (const zSize i : order) {
+    auto least = parts.extract(parts.begin());
+    taken[i] = least.mapped() == shard.number;
+    least.key() += plan[i].input.state.bytes + 1;  // empty files are spread, too
+    parts.insert(std::move(least));
+  }
+  std::vector<Task> own;
+  for (zSize i = 0; i < plan.size(); ++i) {
+    if (taken[i]) own.push_back(std::move(plan[i]));
+  }
+  return own;
+}
