@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Entry of trelvane-batch, which converts many inputs.
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <cstdio>
@@ -26,6 +27,9 @@ static_assert(std::atomic<int>::is_always_lock_free);
 // The first lets the conversions end that run, a second one nothing.
 extern "C" void Interrupt(int) {
   if (interruptions++ == 0) return;
+  RemovePartialFiles();
+  // Other threads may be creating one at this moment.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   RemovePartialFiles();
   std::_Exit(kInterrupted);
 }

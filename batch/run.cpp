@@ -98,6 +98,8 @@ BatchOutcome RunTasks(const std::vector<Task>& tasks, const BatchOptions& option
       const Entry entry = Convert(tasks[i], options, [&](const Task& task, const auto& names) {
         claims.Claim(task, names);
       });
+      // A second interruption takes away what is being written, and means no failure.
+      if (!entry.done && stop > 1) return;
       const std::lock_guard lock(telling);
       if (entry.done) {
         ++outcome.done;

@@ -28,9 +28,9 @@ struct Resumed {
 // Parts a plan by what a record says.
 Resumed LeaveOutDone(std::vector<Task> plan, const BatchOptions& options);
 
-// Converts; begins nothing more once `stop` is not 0. `tell` takes each entry when it is done, one
-// at a time, and may throw, which ends the run: the first such error is thrown on. `earlier` are
-// entries whose outputs must not be written again.
+// Converts; begins nothing more once `stop` is not 0, and tells no failures once it is more than 1.
+// `tell` takes each entry when it is done, one at a time, and may throw, which ends the run: the
+// first such error is thrown on. `earlier` are entries whose outputs must not be written again.
 BatchOutcome RunTasks(const std::vector<Task>& tasks, const BatchOptions& options,
                       const std::vector<Entry>& earlier, const std::atomic<int>& stop,
                       const std::function<void(const Entry&)>& tell);

@@ -11,13 +11,14 @@ string(REPLACE "/doc/${PROJECT_NAME}" "/doc/trelvane" CMAKE_INSTALL_DOCDIR
 
 # Components are Debian packages; the programs are in the first one.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME trelvane)
-install(TARGETS Trelvane trelvane-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS Trelvane trelvane-batch trelvane-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE SECURITY.md packaging/copyright
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS
         PATTERN "__pycache__" EXCLUDE)
 if(NOT WIN32)
-  install(FILES man/Trelvane.1 man/trelvane-inspect.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES man/Trelvane.1 man/trelvane-batch.1 man/trelvane-inspect.1
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR})
 endif()
 

@@ -35,6 +35,9 @@ files (.sur, .pro), PCD, a compact format of its own (.srf) and recordings of
 scanners, which are MCAP files that carry their schema, and writes recordings
 as CSV tables.
 
+trelvane-batch does so with folders and lists of files, on all cores or in
+parts on many machines, and goes on where an earlier run was interrupted.
+
 trelvane-inspect tells what such files hold, checks them for damage, and draws
 them as pictures and as pages for a web browser.")
 trelvane_package(libtrelvane1 SECTION libs

@@ -21,6 +21,10 @@ constexpr zSize kMostFiles = 256;
 std::array<std::atomic<const char*>, kMostFiles> partialFiles{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
+// Whether they were removed since the process ends: other threads create no more.
+std::atomic<bool> ending = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
 zSize Register(const char* path) {
   for (zSize slot = 0; slot < kMostFiles; ++slot) {
     const char* none = nullptr;
@@ -53,6 +57,7 @@ PartialFile::~PartialFile() {
 }
 
 zStatus PartialFile::Create(zFile* file) {
+  if (ending) return zERROR_STREAM;
   const zStatus created = zFile_Construct(file, path_.c_str(), zFILE_NEW, &zAllocator::Default());
   present_ = created == zOK;
   return created;
@@ -63,6 +68,7 @@ bool IsPartialFileName(std::string_view name) {
 }
 
 void RemovePartialFiles() noexcept {
+  ending = true;
   for (const std::atomic<const char*>& file : partialFiles) {
     if (const char* path = file) static_cast<void>(std::remove(path));
   }

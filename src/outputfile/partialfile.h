@@ -36,5 +36,6 @@ bool IsPartialFileName(std::string_view name);
 // process, and a file that grows beyond the system's limit is a failed write.
 void GuardPartialFiles();
 
-// Removes all files that are being written. Takes no memory; safe in a signal handler.
+// Removes all files that are being written, for the end of the process: no other is created from
+// then on. Takes no memory; safe in a signal handler.
 void RemovePartialFiles() noexcept;

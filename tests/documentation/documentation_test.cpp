@@ -42,6 +42,9 @@ TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
     const char* file;
   } rows[] = {
       {TRELVANE_PROGRAM, "/man/Trelvane.1"},
+      {TRELVANE_BATCH, "/man/trelvane-batch.1"},
+      {TRELVANE_BATCH, "/share/bash-completion/completions/trelvane-batch"},
+      {TRELVANE_BATCH, "/share/zsh/site-functions/_trelvane-batch"},
       {TRELVANE_INSPECT, "/man/trelvane-inspect.1"},
       {TRELVANE_INSPECT, "/share/bash-completion/completions/trelvane-inspect"},
       {TRELVANE_INSPECT, "/share/zsh/site-functions/_trelvane-inspect"},
