@@ -1,23 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "batch/options.h"
 
-#include <CLI/CLI.hpp>
-#include <cmath>
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <sstream>
 #include <thread>
 
 #include "batch/namelist.h"
 #include "commandargsoperator/commandargsoperator.h"
-#include "numbers.h"
-#include "text.h"
+#include "commandline.h"
 
 namespace {
 
-constexpr int kFailure = 1;
-constexpr int kUsage = 2;
 constexpr const char* kStandardInput = "-";
 
 std::vector<std::string> ReadNames(const std::string& list, NameEnd end) {
@@ -41,13 +36,7 @@ auto Parsed(const char* option, const Parse& parse) {
   }
 }
 
-// Messages repeat what the command line says, whatever that holds.
-void WriteLines(const std::string& text, std::ostream& out) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) out << Printable(line) << '\n';
-}
-
-void ReadCommandLine(CLI::App& app, int argc, char** argv, BatchOptions& options) {
+void ReadOptions(CLI::App& app, int argc, char** argv, BatchOptions& options) {
   ConversionOptions& conversion = options.conversion;
   std::string kind;
   std::string name;
@@ -159,15 +148,6 @@ Shard Shard::Parse(const std::string& text) {
 ParsedBatchOptions ParseBatchOptions(int argc, char** argv) {
   ParsedBatchOptions parsed;
   CLI::App app("Converts many scan files, recordings and folders of surfaces.", "trelvane-batch");
-  try {
-    ReadCommandLine(app, argc, argv, parsed.options);
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream help;
-    std::ostringstream complaint;
-    const int code = app.exit(error, help, complaint);
-    WriteLines(help.str(), std::cout);
-    WriteLines(complaint.str(), std::cerr);
-    parsed.exitCode = code != 0 ? kUsage : std::cout.flush() ? 0 : kFailure;
-  }
+  parsed.exitCode = ReadCommandLine(app, [&] { ReadOptions(app, argc, argv, parsed.options); });
   return parsed;
 }

@@ -1,24 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "inspect/options.h"
 
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <sstream>
-
-#include "text.h"
-
-namespace {
-
-constexpr int kFailure = 1;
-constexpr int kUsage = 2;
-
-// Messages repeat what the command line says, whatever that holds.
-void WriteLines(const std::string& text, std::ostream& out) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) out << Printable(line) << '\n';
-}
-
-}  // namespace
+#include "commandline.h"
 
 ParsedOptions ParseInspectOptions(int argc, char** argv) {
   ParsedOptions parsed;
@@ -47,7 +30,7 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
                      ->type_name("N")
                      ->check(CLI::Range(z64u{1}, z64u{100'000'000}))
                      ->capture_default_str();
-  try {
+  parsed.exitCode = ReadCommandLine(app, [&] {
     app.parse(argc, argv);
     if (check) options.depth = Depth::check;
     if (quick) options.depth = Depth::quick;
@@ -67,13 +50,6 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
     if (draws && options.files.size() != 1) {
       throw CLI::ValidationError("FILE", "a picture or a page shows one file");
     }
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream help;
-    std::ostringstream complaint;
-    const int code = app.exit(error, help, complaint);
-    WriteLines(help.str(), std::cout);
-    WriteLines(complaint.str(), std::cerr);
-    parsed.exitCode = code != 0 ? kUsage : std::cout.flush() ? 0 : kFailure;
-  }
+  });
   return parsed;
 }
