@@ -212,13 +212,14 @@ TEST(RecordingReader, KnowsItsOwnLayoutFromAnyOther) {
     Plovia::ReplaySerializer heads, checked;
     std::string text;
     heads.LoadHeads(SourceOf(file));
+    const std::string first = Describe(heads.ReadMessage(0).Get());  // of another chunk
     const std::string damage = Thrown([&] { text = Describe(heads.ReadMessage(1).Get()); });
     checked.LoadBuffer(SourceOf(file));
     checked.LoadDataIndexFiles();
     checked.LoadDataIndexFiles();
     EXPECT_EQ(Thrown([&] { checked.ReadData(1); }), damage);
     const auto surface = heads.OpenSurface(1);
-    heads.ReadMessage(0);  // of another chunk
+    EXPECT_EQ(Describe(heads.ReadMessage(0).Get()), first);
     EXPECT_EQ(surface ? Describe(MessageOf(*surface).Get()) : text, text);
     return surface.has_value();
   };
