@@ -22,10 +22,6 @@ void SetPcdOptions(SurfaceFileConverter& converter, const PcdOptions& options) {
   if (options.zoom) converter.setPcdZoom(*options.zoom);
 }
 
-std::string FrameText(std::optional<z32u> frame) {
-  return frame ? Orv::Format("%04u", *frame) : "all";
-}
-
 void Export(SurfaceFileConverter& converter, const Task& task, const BatchOptions& options) {
   const ConversionOptions& conversion = options.conversion;
   const std::optional<FileType> type = task.input.type;
@@ -55,7 +51,7 @@ Entry Convert(const Task& task, const BatchOptions& options, const ClaimNames& c
   if (options.name.NamesScans()) {
     converter.naming.name = [&](std::optional<z32u> frame, const std::string& tag) {
       NameParts parts = task.parts;
-      parts.frame = FrameText(frame);
+      parts.frame = frame ? FrameText(*frame) : "all";
       parts.source = tag;
       return OutputPath(options, parts);
     };

@@ -72,9 +72,12 @@ class Finder {
     }
   }
 
+  bool IsLeftOut(const fs::path& folder) const {
+    return !leaveOut_.empty() && fs::weakly_canonical(folder) == leaveOut_;
+  }
+
   // Adds its files, and tells the folders in it.
   std::vector<Folder> SearchFolder(const Folder& folder) {
-    if (!leaveOut_.empty() && fs::weakly_canonical(folder.path) == leaveOut_) return {};
     std::vector<fs::path> entries;
     std::error_code failed;
     for (fs::directory_iterator entry(folder.path, failed), end; !failed && entry != end;
@@ -96,7 +99,7 @@ class Finder {
     for (const fs::path& entry : entries) {
       const fs::path below = folder.below / entry.filename();
       if (IsFolder(entry)) {
-        if (!fs::is_symlink(entry)) inner.push_back({entry, below});
+        if (!fs::is_symlink(entry) && !IsLeftOut(entry)) inner.push_back({entry, below});
       } else if (const std::optional<FileType> type = TypeOf(entry); type && !isPart(entry)) {
         AddInput({entry.string(), below, type, {}, {}});
       }

@@ -33,7 +33,7 @@ struct Input {
 
 struct Search {
   bool foldersAreRecordings = false;  // those that hold .sur files
-  std::filesystem::path leaveOut;     // the folder of outputs; may be empty
+  std::filesystem::path leaveOut;     // the folder of outputs, unless it is named; may be empty
 };
 
 // Files and folders by their names. Folders are searched with all below them, by the extensions

@@ -6,6 +6,8 @@
 #include <map>
 #include <utility>
 
+#include "sdk/object.h"
+
 namespace {
 
 const std::map<std::string_view, std::string NameParts::*> kParts{{"folder", &NameParts::folder},
@@ -14,6 +16,8 @@ const std::map<std::string_view, std::string NameParts::*> kParts{{"folder", &Na
                                                                   {"source", &NameParts::source}};
 
 }  // namespace
+
+std::string FrameText(std::uint32_t frame) { return Orv::Format("%04u", frame); }
 
 NameTemplate::NameTemplate(std::string_view text) {
   const auto fail = [all = std::string(text)] {

@@ -2,6 +2,7 @@
 // How outputs are named after their inputs.
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,6 +15,9 @@ struct NameParts {
   std::string frame;   // number of a frame, four digits or more; "all" for all in one file
   std::string source;  // tag of a source
 };
+
+// A frame's number as it stands in names.
+std::string FrameText(std::uint32_t frame);
 
 // A name that cannot be an output's.
 class BadName : public std::runtime_error {

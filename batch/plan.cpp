@@ -52,16 +52,22 @@ std::string RefusalOf(std::optional<FileType> from, FileType to) {
   return std::string(targets.kind) + " becomes " + targets.text + " only";
 }
 
-NameParts PartsOf(const Input& input) {
+bool IsRecording(std::optional<FileType> type) { return type && *type >= REC; }
+
+NameParts PartsOf(const Input& input, const BatchOptions& options) {
   fs::path below = input.below;
   // The folder in which the program runs, as one recording.
   if (below.empty()) below = fs::weakly_canonical(input.path).filename();
   const fs::path stem = input.type ? below.stem() : below.filename();
-  // A scan file is the one frame of the one source of its recording.
-  return {below.parent_path().string(), stem.string(), "0000", kScanSourceName};
+  NameParts parts{below.parent_path().string(), stem.string(), "0000", kScanSourceName};
+  // A scan file is the one frame of the one source of its recording; what there are in others is
+  // known when they are read.
+  if (IsRecording(input.type)) {
+    parts.frame = options.conversion.allFrames ? "{frame}" : FrameText(options.conversion.frame);
+    parts.source = "{source}";
+  }
+  return parts;
 }
-
-bool IsRecording(std::optional<FileType> type) { return type && *type >= REC; }
 
 std::string Normal(const std::string& path) {
   return fs::absolute(path).lexically_normal().string();
@@ -102,7 +108,7 @@ std::vector<Task> MakePlan(std::vector<Input> inputs, const BatchOptions& option
     Task task{std::move(input), {}, {}};
     Input& own = task.input;
     if (own.refusal.empty()) own.refusal = RefusalOf(own.type, options.conversion.to);
-    task.parts = PartsOf(own);
+    task.parts = PartsOf(own, options);
     try {
       task.output = OutputPath(options, task.parts);
     } catch (const BadName& name) {
