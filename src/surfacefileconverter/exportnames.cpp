@@ -14,7 +14,8 @@ std::vector<std::string> NumberItems(const std::string& name, zSize count, const
 
 std::vector<std::string> NamesOfMessage(const Recording& recording, const ExportedMessage& message,
                                         const std::string& exportName, const FileNaming& naming) {
-  const auto& [frame, source, single] = message;
+  const zSize source = message.source;
+  const z32u frame = message.frame;
   const bool arrayed = recording.sources[source].arrayed != 0;
   const zSize count = arrayed ? recording.ItemCount(frame, source) : 1;
   const std::string& tag = recording.tags[source];
@@ -22,7 +23,7 @@ std::vector<std::string> NamesOfMessage(const Recording& recording, const Export
     const std::string name = naming.name(frame, tag);
     return count == 1 ? std::vector{name} : NumberItems(name, count, "");
   }
-  if (single && recording.sources.size() == 1 && count == 1) return {exportName};
+  if (message.single && recording.sources.size() == 1 && count == 1) return {exportName};
   const auto frameName = [&](const std::string& shown) {
     return GetIndexFileName(exportName, "Frame", static_cast<z32s>(frame), shown);
   };
