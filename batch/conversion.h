@@ -10,6 +10,6 @@
 // Is told the names of outputs before they are written, and throws what speaks against them.
 using ClaimNames = std::function<void(const Task& task, const std::vector<std::string>& names)>;
 
-// Converts and tells what became of it: nothing is thrown but what `claim` may not throw, errors
-// that are no std::exception. Folders for the outputs are made where they are missing.
+// Converts, and tells what became of it, whatever went wrong. Folders for the outputs are made
+// where they are missing.
 Entry Convert(const Task& task, const BatchOptions& options, const ClaimNames& claim);

@@ -45,7 +45,6 @@ void ReadOptions(CLI::App& app, int argc, char** argv, BatchOptions& options) {
   std::vector<std::string> lists;
   bool endsWithNul = false;
   z32u swap = 0;
-  z32u frame = 0;
   options.jobs = std::max(1U, std::thread::hardware_concurrency());
 
   app.set_version_flag("--version", "trelvane-batch " TRELVANE_VERSION);
@@ -73,7 +72,7 @@ void ReadOptions(CLI::App& app, int argc, char** argv, BatchOptions& options) {
   text("--config", conversion.configFolder, "Folder with the configuration of archives", "FOLDER")
       ->capture_default_str();
   app.add_flag("-a,--all", conversion.allFrames, "Convert all frames of recordings");
-  app.add_option("-f,--frame", frame, "Frame of recordings to convert, counted from 0")
+  app.add_option("-f,--frame", conversion.frame, "Frame of recordings to convert, counted from 0")
       ->type_name("N");
   const auto cells = CLI::Range(1, 2'147'483'647);
   app.add_option("-w,--width", conversion.pcd.width, "Points in a row of what a cloud becomes")
@@ -104,7 +103,6 @@ void ReadOptions(CLI::App& app, int argc, char** argv, BatchOptions& options) {
 
   conversion.extension = "." + kind;
   conversion.to = *ExportType(conversion.extension);
-  conversion.frame = frame;
   conversion.pcd.swapXZ = swap != 0;
   if (conversion.pcd.zoom && *conversion.pcd.zoom <= 0) {
     throw CLI::ValidationError("--zoom", "The zooming factor is not greater than 0");

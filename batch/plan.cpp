@@ -6,60 +6,59 @@
 #include <numeric>
 #include <unordered_map>
 
-#include "surfacefileconverter/recordingexport.h"
+#include "surfacefileconverter/scanexport.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// What an input of this kind becomes; what a recording holds is known only later.
-struct Targets {
-  const char* kind;
-  std::vector<FileType> types;
-  const char* text;
-};
+constexpr struct {
+  FileType type;
+  const char* extension;
+} kTargets[] = {{SUR, ".sur"}, {SRF, ".srf"}, {PCD, ".pcd"},    {PRO, ".pro"},
+                {CSV, ".csv"}, {REP, ".rep"}, {OVREC, ".ovrec"}};
 
-const Targets& TargetsOf(std::optional<FileType> from) {
-  static const Targets kFolder{"A folder that is one recording", {REP, OVREC}, ".rep and .ovrec"};
-  static const Targets kSur{
-      "A .sur surface", {SRF, PCD, REP, OVREC}, ".srf, .pcd, .rep and .ovrec"};
-  static const Targets kSrf{
-      "A .srf surface", {SUR, PCD, REP, OVREC}, ".sur, .pcd, .rep and .ovrec"};
-  static const Targets kPro{"A profile", {REP, OVREC}, ".rep and .ovrec"};
-  static const Targets kPcd{"A point cloud", {REP, OVREC}, ".rep and .ovrec"};
-  static const Targets kArchive{"An archive", {SUR, SRF, PCD, PRO, CSV}, "scan files and .csv"};
-  static const Targets kRecording{"A recording", {SUR, SRF, PCD, PRO}, "scan files"};
-  if (!from) return kFolder;
-  switch (*from) {
+// What a recording holds is known only later.
+bool Becomes(std::optional<FileType> from, FileType to) {
+  if (IsRecording(from)) return to < CSV || (to == CSV && from == OVREC);
+  return to == REP || to == OVREC || (from && BecomesScan(*from, to));
+}
+
+const char* KindOf(std::optional<FileType> type) {
+  if (!type) return "A folder that is one recording";
+  switch (*type) {
     case SUR:
-      return kSur;
+      return "A .sur surface";
     case SRF:
-      return kSrf;
+      return "A .srf surface";
     case PRO:
-      return kPro;
+      return "A profile";
     case PCD:
-      return kPcd;
-    case OVREC:
-      return kArchive;
+      return "A point cloud";
     default:
-      return kRecording;
+      return type == OVREC ? "An archive" : "A recording";
   }
 }
 
 std::string RefusalOf(std::optional<FileType> from, FileType to) {
-  const Targets& targets = TargetsOf(from);
-  if (std::ranges::find(targets.types, to) != targets.types.end()) return {};
-  return std::string(targets.kind) + " becomes " + targets.text + " only";
+  if (Becomes(from, to)) return {};
+  std::vector<std::string> possible;
+  for (const auto& target : kTargets) {
+    if (Becomes(from, target.type)) possible.emplace_back(target.extension);
+  }
+  std::string text = std::string(KindOf(from)) + " becomes " + possible.front();
+  for (zSize i = 1; i < possible.size(); ++i) {
+    text += (i + 1 < possible.size() ? ", " : " and ") + possible[i];
+  }
+  return text + " only";
 }
-
-bool IsRecording(std::optional<FileType> type) { return type && *type >= REC; }
 
 NameParts PartsOf(const Input& input, const BatchOptions& options) {
   fs::path below = input.below;
   // The folder in which the program runs, as one recording.
   if (below.empty()) below = fs::weakly_canonical(input.path).filename();
   const fs::path stem = input.type ? below.stem() : below.filename();
-  NameParts parts{below.parent_path().string(), stem.string(), "0000", kScanSourceName};
+  NameParts parts{below.parent_path().string(), stem.string(), FrameText(0), kScanSourceName};
   // A scan file is the one frame of the one source of its recording; what there are in others is
   // known when they are read.
   if (IsRecording(input.type)) {
@@ -69,19 +68,15 @@ NameParts PartsOf(const Input& input, const BatchOptions& options) {
   return parts;
 }
 
-std::string Normal(const std::string& path) {
-  return fs::absolute(path).lexically_normal().string();
-}
-
 void RequireSeparate(const std::vector<Task>& plan, const NameTemplate& name) {
   std::unordered_map<std::string, const Task*> inputs;
-  for (const Task& task : plan) inputs[Normal(task.input.path)] = &task;
+  for (const Task& task : plan) inputs[NormalPath(task.input.path)] = &task;
   std::unordered_map<std::string, const Task*> outputs;
   for (const Task& task : plan) {
     if (!task.input.refusal.empty()) continue;
     // What a recording calls its sources is known when it is read.
     if (name.Has(&NameParts::source) && IsRecording(task.input.type)) continue;
-    const std::string output = Normal(task.output);
+    const std::string output = NormalPath(task.output);
     const auto [other, isNew] = outputs.emplace(output, &task);
     if (!isNew) {
       throw BadPlan(task.input.path + " and " + other->second->input.path + " would both become " +
@@ -94,6 +89,12 @@ void RequireSeparate(const std::vector<Task>& plan, const NameTemplate& name) {
 }
 
 }  // namespace
+
+bool IsRecording(std::optional<FileType> type) { return type && *type >= REC; }
+
+std::string NormalPath(const std::string& path) {
+  return fs::absolute(path).lexically_normal().string();
+}
 
 std::string OutputPath(const BatchOptions& options, const NameParts& parts) {
   return (fs::path(options.outputFolder) / options.name.Fill(parts))

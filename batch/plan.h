@@ -21,6 +21,11 @@ class BadPlan : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+bool IsRecording(std::optional<FileType> type);
+
+// A path as it is compared with others, whatever it is named relative to.
+std::string NormalPath(const std::string& path);
+
 // A task for each input; one whose kind does not become what is wished has a refusal. Throws
 // BadPlan where two inputs would become one output, or one would replace another one, as far as
 // names tell without a look into recordings.

@@ -2,8 +2,7 @@
 #include "batch/record.h"
 
 #include <nlohmann/json.hpp>
-
-#include "text.h"
+#include <stdexcept>
 
 namespace fs = std::filesystem;
 
@@ -80,5 +79,5 @@ void Record::Append(const Entry& entry) {
 }
 
 void Record::Write(std::string_view text) {
-  if (!(file_ << text << std::flush)) throw RecordNotWritten("Failed to write " + path_);
+  if (!(file_ << text << std::flush)) throw std::runtime_error("Failed to write " + path_);
 }

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,16 +36,11 @@ struct Entry {
 // The last entry of each input in a record; none where there is no such file.
 std::map<std::string, Entry> ReadRecord(const std::string& path);
 
-// The error of a record that cannot be written.
-class RecordNotWritten : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 // A record that grows, by one thread at a time. Each entry is in the file when Append returns.
 class Record {
  public:
-  // Throws RecordNotWritten, as Append does. Nothing is written for an empty path.
+  // Throws std::runtime_error where the file cannot be written, as Append does. Nothing is written
+  // for an empty path.
   explicit Record(std::string path);
   void Append(const Entry& entry);
 

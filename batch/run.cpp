@@ -11,24 +11,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Normal(const std::string& path) {
-  return fs::absolute(path).lexically_normal().string();
-}
-
 // The outputs of one batch, and who writes them: frames and sources have names that are known only
 // when their recording is open.
 class Claims {
  public:
   explicit Claims(const std::vector<Entry>& earlier) {
     for (const Entry& entry : earlier) {
-      for (const std::string& output : entry.outputs) owners_.emplace(Normal(output), entry.input);
+      for (const std::string& output : entry.outputs)
+        owners_.emplace(NormalPath(output), entry.input);
     }
   }
 
   void Claim(const Task& task, const std::vector<std::string>& names) {
     const std::lock_guard lock(mutex_);
     for (const std::string& name : names) {
-      const auto [owner, isNew] = owners_.emplace(Normal(name), task.input.path);
+      const auto [owner, isNew] = owners_.emplace(NormalPath(name), task.input.path);
       if (!isNew && owner->second != task.input.path) {
         throw BadName(owner->second + " becomes " + name + " already");
       }
@@ -40,16 +37,21 @@ class Claims {
   std::unordered_map<std::string, std::string> owners_;
 };
 
-// Whether the outputs have the names that this batch would give them: a record may be of another
-// one.
-bool IsOf(const Entry& entry, const Task& task, const BatchOptions& options) {
-  const std::string& extension = options.conversion.extension;
-  const std::string common = options.name.NamesScans()
-                                 ? (fs::path(options.outputFolder) / "").string()
-                                 : task.output.substr(0, task.output.size() - extension.size());
-  return std::ranges::all_of(entry.outputs, [&](const std::string& output) {
-    return output.starts_with(common) && output.ends_with(extension);
-  });
+// Whether an output has a name that this batch would give it: a record may be of another one.
+bool IsOf(const std::string& output, const Task& task, const BatchOptions& options) {
+  if (options.name.NamesScans()) {
+    return output.starts_with((fs::path(options.outputFolder) / "").string()) &&
+           output.ends_with(options.conversion.extension);
+  }
+  if (output == task.output) return true;
+  // Frames and sources of a recording stand behind the name.
+  const fs::path planned(task.output);
+  const fs::path path(output);
+  const std::string stem = planned.stem().string();
+  const std::string own = path.stem().string();
+  return IsRecording(task.input.type) && path.parent_path() == planned.parent_path() &&
+         path.extension() == planned.extension() &&
+         (own.starts_with(stem + "-") || own.starts_with(stem + "_"));
 }
 
 std::string WhyFailed(const Entry& entry) {
@@ -71,8 +73,10 @@ Resumed LeaveOutDone(std::vector<Task> plan, const BatchOptions& options) {
   std::map<std::string, Entry> entries = ReadRecord(options.report);
   for (Task& task : plan) {
     const auto entry = entries.find(task.input.path);
+    const auto isOwn = [&](const std::string& output) { return IsOf(output, task, options); };
     if (entry != entries.end() && task.input.refusal.empty() &&
-        IsOf(entry->second, task, options) && entry->second.Holds(task.input.state)) {
+        std::ranges::all_of(entry->second.outputs, isOwn) &&
+        entry->second.Holds(task.input.state)) {
       resumed.done.push_back(std::move(entry->second));
     } else {
       resumed.left.push_back(std::move(task));

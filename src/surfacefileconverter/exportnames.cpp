@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "surfacefileconverter/exportnames.h"
 
+#include "outputfile/outputfile.h"
 #include "surfacefileconverter/filenames.h"
 
 namespace {
@@ -11,6 +12,12 @@ std::vector<std::string> NumberItems(const std::string& name, zSize count, const
 }
 
 }  // namespace
+
+void FileNaming::Claim(const Orv::Operation& operation, const std::vector<std::string>& names,
+                       const std::vector<std::string>& inputs) const {
+  RequireSeparateFiles(operation, names, inputs);
+  if (claim) claim(names);
+}
 
 std::vector<std::string> NamesOfMessage(const Recording& recording, const ExportedMessage& message,
                                         const std::string& exportName, const FileNaming& naming) {

@@ -16,6 +16,10 @@ struct FileNaming {
   std::function<std::string(std::optional<z32u> frame, const std::string& tag)> name{};
   // Is told all names before a file is written, and throws what speaks against them; may be empty.
   std::function<void(const std::vector<std::string>& names)> claim{};
+
+  // Refuses names of which two are one, or one is an input, or that `claim` does not want.
+  void Claim(const Orv::Operation& operation, const std::vector<std::string>& names,
+             const std::vector<std::string>& inputs) const;
 };
 
 struct ExportedMessage {

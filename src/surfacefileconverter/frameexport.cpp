@@ -5,7 +5,6 @@
 
 #include "formats/csv/writer.h"
 #include "getfilestream/getfilestream.h"
-#include "outputfile/outputfile.h"
 #include "outputfile/writefile.h"
 #include "statuses.h"
 
@@ -127,7 +126,7 @@ void WriteFrames(const Recording& recording, const FrameChoice& choice, const Fr
     if (choice.frame >= frameCount) {
       kExportFile.Fail(kBadInput, "The frame index must be less than the count of frames");
     }
-    target.Claim(kWriteMsgs, writer.Names(choice.frame, true));
+    target.naming.Claim(kWriteMsgs, writer.Names(choice.frame, true), {target.inputName});
     return writer.Write(choice.frame, true);
   }
   target.exportedNames.clear();
@@ -136,7 +135,7 @@ void WriteFrames(const Recording& recording, const FrameChoice& choice, const Fr
   for (zSize i = 0; i < frameCount; ++i) {
     std::ranges::move(writer.Names(static_cast<z32u>(i), false), std::back_inserter(names));
   }
-  target.Claim(kWriteMsgs, names);
+  target.naming.Claim(kWriteMsgs, names, {target.inputName});
   for (zSize i = 0; i < frameCount; ++i) {
     writer.Write(static_cast<z32u>(i), false);
   }
@@ -150,7 +149,7 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
   for (zSize j = 0; j < sources.size(); ++j) {
     if (IsProfileType(sources[j].dataType)) written.push_back(names[j]);
   }
-  target.Claim(kWriteMsgs, written);
+  target.naming.Claim(kWriteMsgs, written, {target.inputName});
   target.exportedNames.clear();
   for (zSize j = 0; j < sources.size(); ++j) {
     if (!IsProfileType(sources[j].dataType)) continue;
@@ -162,12 +161,6 @@ void WriteProfiles(const Recording& recording, const FrameExport& target, CsvJob
 }
 
 }  // namespace
-
-void FrameExport::Claim(const Orv::Operation& operation,
-                        const std::vector<std::string>& names) const {
-  RequireSeparateFiles(operation, names, {inputName});
-  if (naming.claim) naming.claim(names);
-}
 
 std::vector<zSize> WrittenSources(const std::vector<ReplaySourceInfo>& sources) {
   std::vector<zSize> written;

@@ -21,9 +21,6 @@ struct FrameExport {
   std::vector<std::string>& exportedNames;  // gains each file that was written
   bool trial = false;                       // scan files are made, but not written
   FileNaming naming{};
-
-  // Refuses names of which two are one, or that the naming does not want, before files are written.
-  void Claim(const Orv::Operation& operation, const std::vector<std::string>& names) const;
 };
 
 // The places of the sources that ExportFrames writes.

@@ -4,7 +4,6 @@
 #include <filesystem>
 
 #include "filesource.h"
-#include "outputfile/outputfile.h"
 #include "statuses.h"
 
 namespace {
@@ -95,10 +94,10 @@ void SurfaceFileConverter::exportFile(std::string exportName, FileType exportTyp
     kExport.Fail(kBadInput, "Only .rep and .ovrec file extension are supported");
   }
   if (const auto* directory = std::get_if<SurfaceDirectory>(&import)) {
-    claim(exportName, PathsOf(*directory));
+    naming.Claim(kExport, {exportName}, PathsOf(*directory));
     ExportDirectory(*directory, exportName, exportType, configFolder, allocator);
   } else {
-    claim(exportName, {inputName});
+    naming.Claim(kExport, {exportName}, {inputName});
     ExportScan(std::get<ScanFile>(import), pcdOptions, exportName, exportType, configFolder,
                allocator, listener);
   }
@@ -110,15 +109,9 @@ void SurfaceFileConverter::exportScan(std::string exportName, FileType exportTyp
   if (file == nullptr || !BecomesScan(file->fileType, exportType)) {
     kExport.Fail(kNotSupported, "This conversion is not supported");
   }
-  claim(exportName, {inputName});
+  naming.Claim(kExport, {exportName}, {inputName});
   ExportScanAsScan(*file, exportName, exportType, allocator);
   exportedFileNames = {exportName};
-}
-
-void SurfaceFileConverter::claim(const std::string& exportName,
-                                 const std::vector<std::string>& inputs) const {
-  RequireSeparateFiles(kExport, {exportName}, inputs);
-  if (naming.claim) naming.claim({exportName});
 }
 
 void SurfaceFileConverter::exportRecording(const Recording& recording,

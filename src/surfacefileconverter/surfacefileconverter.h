@@ -71,7 +71,6 @@ class SurfaceFileConverter {
   PcdOptions& requirePcd(int line, const char* function, const char* otherwise,
                          const char* nothingImported = "No files have been imported yet");
 
-  void claim(const std::string& exportName, const std::vector<std::string>& inputs) const;
   void exportRecording(const Recording& recording, const std::string& exportName,
                        FileType exportType);
 

@@ -97,8 +97,10 @@ TEST_F(Batch, NamesAndRefusesBeforeItStarts) {
   const struct {
     std::string args, told;
   } kRows[] = {
-      {"--to rep in/r.rep", "trelvane-batch: in/r.rep: A recording becomes scan files only\n0"},
-      {"--to csv in/r.rep", "trelvane-batch: in/r.rep: A recording becomes scan files only\n0"},
+      {"--to rep in/r.rep",
+       "trelvane-batch: in/r.rep: A recording becomes .sur, .srf, .pcd and .pro only\n0"},
+      {"--to csv in/r.rep",
+       "trelvane-batch: in/r.rep: A recording becomes .sur, .srf, .pcd and .pro only\n0"},
       {"--to srf in/part.sur ./in/part.sur x.sur in/note.txt",
        "trelvane-batch: x.sur: No such file or directory\n"
        "trelvane-batch: in/note.txt: The extension of the name is not supported\n"
@@ -170,8 +172,8 @@ TEST_F(Batch, RecordsAndResumes) {
   const std::string surface = "in/part.sur -> o/in/part.pcd\n";
   const std::string other = "in/b c/part.srf -> o/in/b c/part.pcd\n";
   EXPECT_EQ(todo(), "");
-  EXPECT_EQ(todo("--name {folder}2"),
-            "in/part.sur -> o/in2.pcd\nin/b c/part.srf -> o/in/b c2.pcd\n");
+  EXPECT_EQ(todo("--name {folder}/par"),
+            "in/part.sur -> o/in/par.pcd\nin/b c/part.srf -> o/in/b c/par.pcd\n");
   const struct {
     const char* change;
     std::string todo;
