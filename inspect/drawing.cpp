@@ -18,11 +18,6 @@ namespace {
 
 constexpr Orv::Operation kOperation{"inspection", "DrawFile"};
 
-bool IsWanted(const InspectOptions& options, zSize frame, const std::string& source) {
-  return (!options.frame || *options.frame == frame) &&
-         (options.source.empty() || options.source == source);
-}
-
 std::string FileName(const std::string& path) {
   const auto name = std::filesystem::path(path).filename().string();
   return name.empty() ? path : name;
@@ -52,7 +47,7 @@ FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progr
   std::string title;
   FileFacts facts = InspectFile(path, options.depth,
                                 {[&](zSize frame, const std::string& source) {
-                                   return title.empty() && IsWanted(options, frame, source);
+                                   return title.empty() && options.selection.Wants(frame, source);
                                  },
                                  [&](zSize frame, z32u, const TaggedScan& scan) {
                                    if (!title.empty()) return;  // another one of the same message
@@ -86,17 +81,19 @@ nlohmann::ordered_json PageFacts(const FileFacts& facts) {
 // A page of all scans that are wanted, of which `facts` tells.
 void WritePage(const std::string& path, const FileFacts& facts, const InspectOptions& options,
                Progress& progress) {
-  PageExtent extent{facts.frames, 0, 0};
+  const FrameRange frames = options.selection.FramesOf(facts.frames);
+  PageExtent extent{frames.last - frames.first + 1, 0, 0, frames.first};
   for (const PlacedScan& scan : facts.scans) {
-    if (!IsWanted(options, scan.frame, scan.source)) continue;
+    if (!options.selection.Wants(scan.frame, scan.source)) continue;
     ++extent.scans;
     extent.points += scan.facts.points;
   }
-  if (options.frame) extent.frames = 1;  // of one frame, all scans are shown
   Page page(FileName(path), PageFacts(facts), extent, options.points);
   static_cast<void>(InspectFile(
       path, Depth::reading,
-      {[&](zSize frame, const std::string& source) { return IsWanted(options, frame, source); },
+      {[&](zSize frame, const std::string& source) {
+         return options.selection.Wants(frame, source);
+       },
        [&](zSize frame, z32u index, const TaggedScan& scan) { page.Add(frame, index, scan); }},
       progress));
   std::ostringstream text;
@@ -127,12 +124,8 @@ FileFacts DrawFile(const std::string& path, const InspectOptions& options, Progr
   RequireOtherFiles(path, options);
   FileFacts facts = options.png.empty() ? InspectFile(path, options.depth, {}, progress)
                                         : DrawScan(path, options, progress);
-  const bool any = std::ranges::any_of(facts.scans, [&](const PlacedScan& scan) {
-    return IsWanted(options, scan.frame, scan.source);
-  });
-  if (!any && facts.problems.empty()) {
-    kOperation.Fail(kBadInput, "There is no such scan");
+  if (options.selection.FindsAny(facts) && !options.html.empty()) {
+    WritePage(path, facts, options, progress);
   }
-  if (any && !options.html.empty()) WritePage(path, facts, options, progress);
   return facts;
 }

@@ -32,15 +32,18 @@ void Print(const FileFacts& facts, const InspectOptions& options) {
   } else if (options.depth == Depth::check) {
     WriteVerdict(facts, std::cout);
   } else if (!Draws(options)) {
-    WriteReport(facts, std::cout);
+    const bool each = options.each || !options.selection.IsAll();
+    WriteReport(facts, each ? ScanDetails::each : ScanDetails::ofFew, std::cout);
   } else {
     for (const Problem& problem : facts.problems) Complain(facts.path + ": " + problem.text);
   }
 }
 
 FileFacts Look(const std::string& path, const InspectOptions& options, Progress& progress) {
-  if (Draws(options)) return DrawFile(path, options, progress);
-  return InspectFile(path, options.depth, {}, progress);
+  FileFacts facts = Draws(options) ? DrawFile(path, options, progress)
+                                   : InspectFile(path, options.depth, {}, progress);
+  options.selection.Keep(facts);
+  return facts;
 }
 
 int Inspect(const InspectOptions& options) {

@@ -9,7 +9,7 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
   CLI::App app("Tells and shows what scan files, recordings and directories of surfaces hold.",
                "trelvane-inspect");
   app.set_version_flag("--version", "trelvane-inspect " TRELVANE_VERSION);
-  app.set_help_flag("--help", "Show this help and end");
+  app.set_help_flag("-h,--help", "Show this help and end");
   app.add_option("FILE", options.files, "What to look at")->required()->type_name("");
   app.add_flag("--json", options.json, "Print one JSON document for each file");
   bool check = false;
@@ -23,9 +23,17 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
   const auto* html = app.add_option("--html", options.html,
                                     "Write a page to explore the scans with into this file")
                          ->type_name("OUT");
-  auto* frame =
-      app.add_option("--frame", options.frame, "Frame to draw, counted from 0")->type_name("N");
-  auto* source = app.add_option("--source", options.source, "Source to draw")->type_name("TAG");
+  std::string frames;
+  auto* frame = app.add_option("--frame", frames,
+                               "Frame to tell of in full or to draw, counted from 0; or all from "
+                               "the first to the last one")
+                    ->type_name("N|FIRST:LAST");
+  auto* source =
+      app.add_option("--source", options.selection.source, "Source to tell of in full or to draw")
+          ->type_name("TAG");
+  app.add_flag("--all", options.each, "Tell of each scan in full, however many there are")
+      ->excludes(frame)
+      ->excludes(source);
   auto* points = app.add_option("--points", options.points, "Points in a page, in all")
                      ->type_name("N")
                      ->check(CLI::Range(z64u{1}, z64u{100'000'000}))
@@ -35,11 +43,17 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
     if (check) options.depth = Depth::check;
     if (quick) options.depth = Depth::quick;
     const bool draws = png->count() + html->count() > 0;
-    if (!draws && frame->count() + source->count() > 0) {
-      throw CLI::RequiresError(frame->count() > 0 ? "--frame" : "--source", "--png or --html");
+    if (frame->count() > 0) {
+      options.selection.frames = ParseFrameRange(frames);
+      if (!options.selection.frames) {
+        throw CLI::ValidationError("--frame", "\"" + frames + "\" is neither N nor FIRST:LAST");
+      }
     }
-    if (quick && (draws || check)) {
-      throw CLI::ExcludesError("--quick", "--check, --png and --html");
+    if (check && !draws && !options.json && (!options.selection.IsAll() || options.each)) {
+      throw CLI::ValidationError("--check", "files are checked whole");
+    }
+    if (quick && (draws || check || frame->count() > 0)) {
+      throw CLI::ExcludesError("--quick", "--check, --png, --html and --frame");
     }
     if (html->count() == 0 && points->count() > 0) throw CLI::RequiresError("--points", "--html");
     for (const auto* output : {png, html}) {

@@ -2,11 +2,13 @@
 #include "inspect/report.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "inspect/sourcetable.h"
 #include "text.h"
 
 namespace {
+
+constexpr zSize kMostInDetail = 4;  // scans
 
 constexpr const char* kKinds[] = {
     "unknown",           "Digital Surf surface", "Digital Surf profile",
@@ -83,16 +85,6 @@ void WriteRecording(const RecordingFacts& facts, zSize frames, Lines& line) {
   }
 }
 
-std::string ShareText(zSize part, zSize whole) {
-  if (whole == 0) return "none";
-  // A share that is not whole never reads as one.
-  const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
-  if (part != whole && percent >= 99.95) {
-    return Orv::Format("%.3f %%", std::min(std::floor(percent * 1000) / 1000, 99.999));
-  }
-  return Orv::Format(part != 0 && percent < 0.05 ? "%.3g %%" : "%.1f %%", percent);
-}
-
 bool IsEmpty(const MxStamp& stamp) {
   return stamp.frame == 0 && stamp.time == 0 && stamp.encoder == 0 && stamp.zEncoder == 0 &&
          stamp.inputs == 0;
@@ -135,6 +127,14 @@ void WriteScan(const ScanFacts& scan, Lines& line) {
   WriteCautions(scan.cautions, line);
 }
 
+// A table, how to see more, and the cautions of the scans.
+void WriteSources(const std::vector<PlacedScan>& scans, Lines& line, std::ostream& out) {
+  out << " all scans\n";
+  for (const std::string& row : SourceTable(scans)) out << "  " << row << '\n';
+  line("more", "--frame N, --frame FIRST:LAST, --source TAG and --all tell of scans one by one");
+  for (const std::string& caution : SummedCautions(scans)) line("CAUTION", caution);
+}
+
 void WriteScans(const FileFacts& facts, Lines& line, std::ostream& out) {
   const bool single = !facts.recording && facts.kind != FileKind::directory;
   for (const PlacedScan& scan : facts.scans) {
@@ -154,23 +154,31 @@ std::string ProblemText(const Problem& problem) {
 
 }  // namespace
 
-void WriteReport(const FileFacts& facts, std::ostream& out) {
+void WriteReport(const FileFacts& facts, ScanDetails details, std::ostream& out) {
+  const bool each = details == ScanDetails::each || facts.scans.size() <= kMostInDetail;
   out << Printable(facts.path) << '\n';
   Lines line(out);
   line("kind", kKinds[static_cast<zSize>(facts.kind)]);
   if (facts.size) line("size", BytesText(*facts.size));
   if (facts.digitalSurf) WriteDigitalSurf(*facts.digitalSurf, line);
   if (facts.cloud) line("fields", facts.cloud->fields);
+  const bool isDirectory = facts.kind == FileKind::directory;
+  if (isDirectory && !each) line("files", std::to_string(facts.members.size()));
   for (const StoredFile& member : facts.members) {
-    line(facts.kind == FileKind::directory ? "file" : "member",
+    if (isDirectory && !each) break;
+    line(isDirectory ? "file" : "member",
          member.name + ", " + (member.size ? BytesText(*member.size) : "cannot be read"));
   }
   if (facts.recording) {
     WriteRecording(*facts.recording, facts.frames, line);
-  } else if (facts.kind == FileKind::directory) {
+  } else if (isDirectory) {
     line("frames", std::to_string(facts.frames));
   }
-  WriteScans(facts, line, out);
+  if (each) {
+    WriteScans(facts, line, out);
+  } else {
+    WriteSources(facts.scans, line, out);
+  }
   WriteCautions(facts.cautions, line);
   for (const std::string& note : facts.notes) line("note", note);
   for (const Problem& problem : facts.problems) line("PROBLEM", ProblemText(problem));

@@ -7,8 +7,14 @@
 
 #include "inspect/facts.h"
 
+// Which scans a report tells of one by one.
+enum class ScanDetails : z8u {
+  ofFew,  // all up to four; of more, a table has a line for each source
+  each,
+};
+
 // Several lines, with an empty one at the end.
-void WriteReport(const FileFacts& facts, std::ostream& out);
+void WriteReport(const FileFacts& facts, ScanDetails details, std::ostream& out);
 // "<path>: whole", or one line for each problem.
 void WriteVerdict(const FileFacts& facts, std::ostream& out);
 

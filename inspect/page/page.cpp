@@ -71,7 +71,7 @@ std::string Palette() {
 }  // namespace
 
 Page::Page(std::string name, Json facts, const PageExtent& extent, z64u budget)
-    : budget_(budget), left_(budget), pointsPerScan_(budget) {
+    : budget_(budget), left_(budget), firstFrame_(extent.firstFrame), pointsPerScan_(budget) {
   document_["name"] = std::move(name);
   document_["facts"] = std::move(facts);
   document_["palette"] = Palette();
@@ -87,7 +87,7 @@ Page::Page(std::string name, Json facts, const PageExtent& extent, z64u budget)
 }
 
 void Page::Add(zSize frame, z32u frameIndex, const TaggedScan& tagged) {
-  if (frame % every_ != 0) return;
+  if ((frame - firstFrame_) % every_ != 0) return;
   if (left_ == 0) {
     ++leftOut_;
     return;

@@ -10,11 +10,12 @@
 
 #include "inspect/scanfacts.h"
 
-// What a file holds in all.
+// What a file holds in all, or what is wanted of it.
 struct PageExtent {
   zSize frames = 1;
   zSize scans = 1;  // of all frames; each item of an array counts
   z64u points = 0;  // of all scans
+  zSize firstFrame = 0;
 };
 
 // Holds no more points than its budget, however many are added. As long as a file has no more, all
@@ -37,6 +38,7 @@ class Page {
   std::vector<std::string> arrays_;  // base64, as the scans in the document number them
   z64u budget_;
   z64u left_;  // points that may still be added
+  zSize firstFrame_;
   zSize every_ = 1;
   z64u pointsPerScan_;
   zSize leftOut_ = 0;  // scans for which nothing was left

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "outputfile/outputfile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -118,16 +119,24 @@ zStatus OutputFile::Finish() {
 void RequireSeparateFiles(const Orv::Operation& operation, const std::vector<std::string>& outputs,
                           const std::vector<std::string>& inputs) {
   std::set<fs::path> names;
+  std::vector<std::string> linked;  // have other names, too
+  const auto isOneOf = [](const std::vector<std::string>& others, const std::string& output) {
+    return std::ranges::any_of(others, [&](const std::string& other) {
+      std::error_code missing;
+      return fs::equivalent(output, other, missing);
+    });
+  };
   for (const std::string& output : outputs) {
-    if (!names.insert(fs::path(output).lexically_normal()).second) {
+    std::error_code refused;
+    fs::path name = fs::weakly_canonical(fs::absolute(BehindLinks(output)), refused);
+    if (refused) name = fs::path(output).lexically_normal();
+    if (!names.insert(name).second || isOneOf(linked, output)) {
       operation.Fail(kBadInput, "Two outputs have the name %s", output);
     }
     if (!IsRegular(output)) continue;  // devices may be both
-    for (const std::string& input : inputs) {
-      std::error_code missing;
-      if (fs::equivalent(output, input, missing)) {
-        throw FileNotWritten(operation.Error(kBadInput, "Failed to write " + output));
-      }
+    if (fs::hard_link_count(output, refused) > 1 && !refused) linked.push_back(output);
+    if (isOneOf(inputs, output)) {
+      throw FileNotWritten(operation.Error(kBadInput, "Failed to write " + output));
     }
   }
 }

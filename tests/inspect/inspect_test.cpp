@@ -20,6 +20,13 @@ FileFacts Inspect(const std::string& path, bool check = false) {
   return InspectFile(path, check ? Depth::check : Depth::reading, {}, progress);
 }
 
+void WriteAll(const FileFacts& facts, std::ostream& out) {
+  WriteReport(facts, ScanDetails::each, out);
+}
+void WriteTable(const FileFacts& facts, std::ostream& out) {
+  WriteReport(facts, ScanDetails::ofFew, out);
+}
+
 std::string Text(const FileFacts& facts, void (*write)(const FileFacts&, std::ostream&)) {
   std::ostringstream out;
   write(facts, out);
@@ -62,7 +69,7 @@ void ExpectTexts(const std::vector<FileFacts>& all, const std::string& name) {
     std::string wanted;
     std::string line;
     while (!line.starts_with('{') && std::getline(expected, line)) wanted += line + "\n";
-    EXPECT_EQ(Text(facts, WriteReport) + Text(facts, WriteJson), wanted) << facts.path;
+    EXPECT_EQ(Text(facts, WriteAll) + Text(facts, WriteJson), wanted) << facts.path;
   }
 }
 
@@ -117,6 +124,58 @@ TEST_F(Inspection, TellsAllFacts) {
   all[1].scans[0].facts.cautions = {{"a-key", "of the scan"}};
   ExpectTexts(all, "facts.txt");
   EXPECT_EQ(Text(odd, WriteVerdict), "a\\x1b.sur: at byte 9: wrong\na\\x1b.sur: damaged\n");
+}
+
+TEST_F(Inspection, TellsManyScansAsATableOfTheirSources) {
+  const std::string name(41, 'n');
+  FileFacts facts;
+  const auto add = [&](zSize frame, const char* source, ScanKind kind, z32u width, z32u length,
+                       zSize valid) -> ScanFacts& {
+    ScanFacts& scan = facts.scans.emplace_back().facts;
+    facts.scans.back().frame = frame;
+    facts.scans.back().source = source;
+    scan.kind = kind;
+    scan.width = width;
+    scan.length = length;
+    scan.points = width * length;
+    scan.validPoints = valid;
+    return scan;
+  };
+  add(0, "\xC3\x84\x1B", ScanKind::pointProfile, 7, 1, 7);
+  add(0, "Left", ScanKind::surface, 80, 60, 4800).heights = {-1.5, 2};
+  add(1, "Left", ScanKind::cloud, 70, 60, 4199).intensity = {3, 9};
+  add(1, "Left", ScanKind::profile, 75, 40, 1).heights = {-0.5, 2.25};
+  EXPECT_EQ(Text(facts, WriteTable), Text(facts, WriteAll));
+  add(2, "Left", ScanKind::surface, 80, 60, 2400).intensity = {0, 4};
+  add(0, name.c_str(), ScanKind::surface, 0, 0, 0);
+  for (zSize i = 0; i < 6; ++i) {
+    ScanFacts& scan = facts.scans[i].facts;
+    scan.cautions = {{"each", "text " + std::to_string(i)}};
+    if (i % 2 == 0) scan.cautions.push_back({"some", "two"});
+  }
+  facts.scans[0].facts.cautions.clear();
+  EXPECT_EQ(
+      Text(facts, WriteTable),
+      "\n  kind        unknown\n all scans\n"
+      "  source                                    "
+      "frames       points         valid              heights          intensity  "
+      "with cautions\n"
+      "  \xC3\x84\\x1b                                     "
+      "1            7              100.0 %            -                -          -\n"
+      "  Left                                      "
+      "3 (4 scans)  70-80 x 40-60  0.0333 to 100.0 %  -1.5 to 2.25 mm  0 to 9     4 of 4\n"
+      "  " +
+          name +
+          "  "
+          "1            0 x 0          none               -                -          1 of 1\n"
+          "  more        --frame N, --frame FIRST:LAST, --source TAG and --all tell of scans "
+          "one by one\n"
+          "  CAUTION     1 of 6 scans: text 1\n"
+          "  CAUTION     1 of 6 scans: text 2\n"
+          "  CAUTION     1 of 6 scans: text 3\n"
+          "  CAUTION     1 of 6 scans: text 4\n"
+          "  CAUTION     1 more like that, which --all tells\n"
+          "  CAUTION     2 of 6 scans: two\n\n");
 }
 
 TEST_F(Inspection, KnowsHowLongAUnitIs) {

@@ -106,17 +106,20 @@ TEST(Page, KeepsToItsBudget) {
     zSize frames, perFrame, announced;
     z64u budget;
     const char* shown;  // points, every which frame, scans left out; frames and their indexes
+    zSize first = 0;
   } rows[] = {
       {3, 2, 6, 63, "24 3 1: 0/1000"},
       {3, 2, 6, 20000, "19908 2 0: 0/1000 0/1001 2/1004 2/1005"},
+      {3, 2, 6, 20000, "19908 2 0: 7/1000 7/1001 9/1004 9/1005", 7},
       {2, 2, 4, 32000, "32000 1 0: 0/1000 0/1001 1/1002 1/1003"},
       {2, 2, 4, 31999, "31284 1 0: 0/1000 0/1001 1/1002 1/1003"},
       {2, 2, 2, 16000, "16000 1 2: 0/1000 0/1001"},  // more than was announced
   };
   for (const auto& row : rows) {
-    Page page("", Json::object(), {row.frames, row.announced, row.announced * 8000}, row.budget);
+    Page page("", Json::object(), {row.frames, row.announced, row.announced * 8000, row.first},
+              row.budget);
     for (zSize i = 0; i < row.frames * row.perFrame; ++i) {
-      page.Add(i / row.perFrame, static_cast<z32u>(1000 + i), {"a", {}, scan});
+      page.Add(row.first + i / row.perFrame, static_cast<z32u>(1000 + i), {"a", {}, scan});
     }
     const Json document = DocumentOf(TextOf(page));
     std::string frames = document.at("every").dump() + " " + document.at("leftOut").dump() + ":";

@@ -55,6 +55,7 @@ TEST_F(InspectProgram, DrawsWhatIsAskedFor) {
       {"", "0 L,0 R,1 L,1 R,"},
       {"--source R", "0 R,1 R,"},
       {"--frame 1", "1 L,1 R,"},
+      {"--frame 1:7", "1 L,1 R,"},
       {"--frame 0 --source R --points 5", "0 R,", 5},
       {"--points 100000000", "0 L,0 R,1 L,1 R,", 100'000'000},
   };
