@@ -97,6 +97,13 @@ void ReadOptions(CLI::App& app, int argc, char** argv, BatchOptions& options) {
       ->needs("--report");
   app.add_flag("--fail-fast", options.failFast, "Begin nothing more after the first failure");
   app.add_flag("-n,--dry-run", options.dryRun, "Print what would be done, and do nothing");
+  // It is the height in Trelvane, so that help, with exit code 0, would pass for a conversion.
+  app.add_flag_callback("-h",
+                        [] {
+                          throw CLI::ValidationError(
+                              "-h", "--help shows the options, --height N the rows of a cloud");
+                        })
+      ->group("");
   text("--shard", shard, "Take the I-th of N parts of the inputs", "I/N");
 
   app.parse(argc, argv);

@@ -32,12 +32,23 @@ void Describe(const zSourcePtr& file, Depth depth, Findings& findings) {
   }
 }
 
+// What a conversion takes without a word, though what comes out has nothing to do with the file.
+void RefuseNonsense(Findings& findings) {
+  for (const PlacedScan& scan : findings.facts.scans) {
+    for (const Caution& caution : scan.facts.cautions) {
+      if (caution.key != kCoordinateType && caution.key != kRangeTooWide) continue;
+      findings.Problem({}, "a conversion makes nonsense of it: %s", caution.text);
+    }
+  }
+}
+
 void DescribeFile(const std::string& path, Depth depth, Findings& findings, Progress& progress) {
   findings.facts.size = SizeOf(path);
   try {
     const zSourcePtr file = OpenFile(path);
     Describe(file, depth, findings);
     if (depth == Depth::check && findings.facts.problems.empty()) {
+      RefuseNonsense(findings);
       findings.Refuse(RefusalOf(*ImportTypeOf(path), file));
     }
     // A recording's were counted scan by scan.

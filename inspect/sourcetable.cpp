@@ -75,16 +75,16 @@ std::string PercentText(const Source& source) {
 using Row = std::array<std::string, 7>;
 
 Row RowOf(const std::string& name, const Source& source) {
-  const auto& [frames, scans, cautioned, lines, width, length, share, lowestShare, highestShare,
-               heights, intensity] = source;
+  const auto& heights = source.heights;
+  const auto& intensity = source.intensity;
   return {Printable(name),
-          CountText(frames.size(), scans),
-          SizeText(*width) + (lines ? "" : " x " + SizeText(*length)),
+          CountText(source.frames.size(), source.scans),
+          SizeText(*source.width) + (source.lines ? "" : " x " + SizeText(*source.length)),
           PercentText(source),
           heights ? FromTo(RealText(heights->lowest), RealText(heights->highest)) + " mm" : "-",
           intensity ? FromTo(std::to_string(intensity->lowest), std::to_string(intensity->highest))
                     : "-",
-          cautioned == 0 ? "-" : Orv::Format("%zu of %zu", cautioned, scans)};
+          source.cautioned == 0 ? "-" : Orv::Format("%zu of %zu", source.cautioned, source.scans)};
 }
 
 // Columns on a terminal.
@@ -122,9 +122,8 @@ std::vector<std::string> SourceTable(const std::vector<PlacedScan>& scans) {
   for (const auto& [name, source] : sources) rows.push_back(RowOf(name, source));
 
   constexpr zSize kWidest = 40;  // a longer cell moves the others of its line
-  Row::size_type column = 0;
   std::vector<std::string> lines(rows.size());
-  for (; column < rows[0].size(); ++column) {
+  for (zSize column = 0; column < rows[0].size(); ++column) {
     zSize widest = 0;
     for (const Row& row : rows) widest = std::max(widest, WidthOf(row[column]));
     widest = std::min(widest, kWidest) + 2;

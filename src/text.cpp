@@ -82,6 +82,7 @@ std::string Printable(std::string_view text) {
 }
 
 std::string RealText(double number) {
+  if (number != number) return "nan";  // whose sign is up to the processor
   char text[kLongestReal];
   return {text, formatReal(text, number)};
 }

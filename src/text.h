@@ -22,5 +22,6 @@ std::string ToUtf8(std::string_view field);
 // direction of writing or are not seen, and bytes that are no UTF-8 become escapes such as \x1b.
 std::string Printable(std::string_view text);
 
-// A number with six significant digits, as printf's "%.6g" gives it in the "C" locale.
+// A number with six significant digits, as printf's "%.6g" gives it in the "C" locale; "nan" has no
+// sign.
 std::string RealText(double number);

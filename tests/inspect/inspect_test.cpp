@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <sstream>
 
 #include "inspect/report.h"
@@ -255,6 +256,16 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
   for (const float intensity : {1.0F, 1.004F, -0.5F, 0.0F}) {
     types += std::string(16, '\0') + mcap::Raw(intensity) + std::string(4, '\0');
   }
+  // Two points, of which a coordinate is given: 0 elsewhere.
+  const auto twoPoints = [](zSize place, float one, float other) {
+    std::string points(24, '\0');
+    points.replace(place, 4, mcap::Raw(one));
+    points.replace(place + 12, 4, mcap::Raw(other));
+    return ToBytes(
+        "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 2\nHEIGHT 1\n"
+        "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 2\nDATA binary\n" +
+        points);
+  };
   ExpectTexts(
       InspectAll({
           {"special.sur", PlainSurface({.flag = 1, .zMin = 11})},
@@ -270,6 +281,9 @@ TEST_F(Inspection, TellsWhatIsInFilesAndWhatAConversionIgnores) {
           {"compact.srf", CompactSurface()},
           {"cloud.pcd", ToBytes(cloud + "!")},
           {"types.pcd", ToBytes(types)},
+          {"wide.pcd", twoPoints(8, -3e38F, 3e38F)},
+          {"far.pcd", twoPoints(0, 3e38F, 3.1e38F)},
+          {"nowhere.pcd", twoPoints(4, NAN, HUGE_VALF)},
           {"recording.rep", WriteRecording(scanner, {frame}, false)},
           {"uneven.rec", WriteRecording(odd, {{frame[0], frame[2], frame[3]}, {frame[0]}}, true)},
           {"many.rep",

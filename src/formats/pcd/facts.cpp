@@ -2,6 +2,7 @@
 #include "formats/pcd/facts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <stdexcept>
 
@@ -45,9 +46,10 @@ void WarnOfTypes(std::string_view header, std::string_view fields,
     const bool color = name.starts_with("rgb");
     if (!IsUsed(name) || (size == "4" && (color || type == "F"))) continue;
     if (!told.insert(name).second) continue;
-    description.Warn("field-type",
-                     "%s is of TYPE %s, SIZE %s, and its first four bytes are read as %s", name,
-                     type, size, color ? "a colour" : "a float");
+    description.Warn(name.size() == 1 ? kCoordinateType : "field-type",
+                     "%s is of TYPE %s, SIZE %s: a conversion takes the four bytes where it begins "
+                     "for %s",
+                     name, type, size, color ? "a colour" : "a 32-bit float");
   }
 }
 
@@ -67,10 +69,25 @@ void WarnOfIntensities(const zSource& file, const PcdFile& pcd, ScanFileDescript
   }
   if (cut == 0) return;
   description.Warn("intensity-cut",
-                   "%llu of %llu intensities do not lie within 0 to 1 but reach from %s to %s: "
-                   "only the low byte of their 255fold is kept",
+                   "%llu of %llu intensities are not within 0 to 1 but reach from %s to %s: a "
+                   "conversion multiplies them by 255 and keeps the low byte, which tells nothing",
                    cut, cloud.PointCount(), RealText(static_cast<z64f>(lowest) / 255),
                    RealText(static_cast<z64f>(highest) / 255));
+}
+
+// Raw values are told from between the extremes of an axis, as 32-bit floats.
+void WarnOfRanges(const Scan& scan, ScanFileDescription& description) {
+  if (scan.scale.x < 0) {  // the lowest is above the highest: nothing is between them
+    description.Warn("points-not-finite", "no point has three finite coordinates");
+    return;
+  }
+  const std::pair<const char*, Axis> axes[] = {{"x", scan.X()}, {"y", scan.Y()}, {"z", scan.Z()}};
+  for (const auto& [name, axis] : axes) {
+    if (std::isfinite(axis.scale) && std::isfinite(axis.offset)) continue;
+    description.Warn(
+        kRangeTooWide,
+        "the range of %s does not fit into 32-bit floats: a conversion loses all of it", name);
+  }
 }
 
 void NoteIgnored(const CloudFacts& facts, const PcdCloud& cloud, z64u bytesLeft,
@@ -120,6 +137,7 @@ std::optional<CloudFacts> DescribePcd(const zSource& file, ScanFileDescription& 
   Scan scan;
   const zStatus status = LoadPcdFileBuffer(file, scan, asInTheFile, &zAllocator::Default());
   if (status == zOK) {
+    WarnOfRanges(scan, description);
     description.scan = std::move(scan);
   } else {
     description.complaints.push_back(
