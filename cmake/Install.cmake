@@ -14,12 +14,13 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME trelvane)
 install(TARGETS Trelvane trelvane-batch trelvane-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE SECURITY.md packaging/copyright
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS
-        PATTERN "__pycache__" EXCLUDE)
+set(install_tracked "include(\"${PROJECT_SOURCE_DIR}/cmake/InstallTracked.cmake\")\ninstall_tracked")
+install(CODE "${install_tracked}(docs \"${CMAKE_INSTALL_DOCDIR}/docs\")")
+install(CODE "${install_tracked}(examples \"${CMAKE_INSTALL_DOCDIR}/examples\")")
 if(NOT WIN32)
   install(FILES man/Trelvane.1 man/trelvane-batch.1 man/trelvane-inspect.1
           DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR})
+  install(CODE "${install_tracked}(share \"${CMAKE_INSTALL_DATAROOTDIR}\")")
 endif()
 
 # libtrelvane, for pkg-config and for find_package(Trelvane), wherever the prefix is moved to.
@@ -43,9 +44,8 @@ install(FILES ${PROJECT_BINARY_DIR}/trelvane.pc DESTINATION ${CMAKE_INSTALL_LIBD
 # The Python package, where Debian's Python looks for those of the system; others have the wheel.
 configure_file(python/METADATA.in METADATA @ONLY)
 set(python_packages lib/python3/dist-packages)
-install(DIRECTORY python/trelvane DESTINATION ${python_packages}
-        COMPONENT python3-trelvane EXCLUDE_FROM_ALL
-        FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+install(CODE "${install_tracked}(python/trelvane \"${python_packages}/trelvane\")"
+        COMPONENT python3-trelvane EXCLUDE_FROM_ALL)
 install(FILES ${PROJECT_BINARY_DIR}/METADATA
         DESTINATION ${python_packages}/trelvane-${PROJECT_VERSION}.dist-info
         COMPONENT python3-trelvane EXCLUDE_FROM_ALL)

@@ -11,6 +11,7 @@ import base64
 import hashlib
 import os
 import platform
+import subprocess
 import sys
 import sysconfig
 import time
@@ -32,11 +33,22 @@ def platform_tag():
     return sysconfig.get_platform().replace("-", "_").replace(".", "_")
 
 
+def modules():
+    """What git tracks of the package; of a source tree without git, all of it."""
+    folder = PROJECT / "python/trelvane"
+    try:
+        tracked = subprocess.run(["git", "ls-files"], cwd=folder, capture_output=True, text=True,
+                                 check=False).stdout.split()
+    except FileNotFoundError:
+        tracked = []
+    return [folder / name for name in tracked] or sorted(
+        file for file in folder.iterdir() if file.suffix == ".py" or file.name == "py.typed")
+
+
 def entries(version, library, tag):
     """Names and contents, without the list of them."""
-    for file in sorted((PROJECT / "python/trelvane").iterdir()):
-        if file.suffix == ".py" or file.name == "py.typed":
-            yield f"trelvane/{file.name}", file.read_bytes()
+    for file in modules():
+        yield f"trelvane/{file.name}", file.read_bytes()
     yield f"trelvane/{library.name}", library.read_bytes()
     info = f"trelvane-{version}.dist-info"
     metadata = (PROJECT / "python/METADATA.in").read_text(encoding="utf-8")

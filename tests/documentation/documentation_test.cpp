@@ -2,6 +2,7 @@
 // What is written about the programs beside their sources: manuals, completion, guides.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -80,6 +81,62 @@ TEST(Pages, ShowTheExampleProgramsAsTheyAre) {
     EXPECT_THAT(unindented(ReadFile(std::string(EXAMPLES_DIR) + example)),
                 testing::HasSubstr(unindented(excerpt)));
   }
+}
+
+// String literals, of which the compiler makes one where they stand in lines one below the other.
+Names LiteralsIn(const std::string& folder) {
+  Names literals;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kProject + folder)) {
+    if (!entry.is_regular_file()) continue;
+    std::string text = std::regex_replace(ReadFile(entry.path()), std::regex("//.*"), "");
+    text = std::regex_replace(text, std::regex(R"("\s*\n\s*")"), "");
+    for (const std::string& literal : FindAll(text, R"re("((?:[^"\\\n]|\\.)*)")re")) {
+      literals.insert(std::regex_replace(literal, std::regex(R"(\\")"), "\""));
+    }
+  }
+  return literals;
+}
+
+// What stands between the values in texts, without what has no letter.
+Names PiecesOf(const Names& texts, const std::string& value) {
+  const std::regex regex(value);
+  Names pieces;
+  for (const std::string& text : texts) {
+    for (std::sregex_token_iterator piece(text.begin(), text.end(), regex, -1), end; piece != end;
+         ++piece) {
+      pieces.merge(FindAll(*piece, "^ *(.*[A-Za-z].*?) *$"));
+    }
+  }
+  return pieces;
+}
+
+TEST(GuideToMessages, TellsEachMessageOfTheSourcesAndNoOther) {
+  Names literals = LiteralsIn("/src");
+  literals.merge(LiteralsIn("/sdk"));
+  Names messages;
+  for (const std::string& literal : literals) {  // but names, and heads of tables
+    const bool told =
+        std::regex_match(literal, std::regex("(?:[A-Z][a-z]*|invalid|sto[id]) (?:[^0-9].*)?"));
+    if (told && !std::regex_search(literal, std::regex("\\w,\\w|^Trelvane"))) {
+      messages.insert(literal);
+    }
+  }
+  EXPECT_GT(messages.size(), 130U);
+
+  Names written;
+  const std::string page = "\n" + ReadFile(kProject + "/docs/messages.md");
+  for (const std::string& cell : FindAll(page, "\n\\| (`.*?) \\| ")) {
+    written.merge(FindAll(cell, "`([^`]+)`"));
+  }
+  const Names told = PiecesOf(written, "\\.\\.\\.");
+  const std::string value = "%(?:%|[0-9.l]*[a-z]+)";
+  const auto without = [](const Names& all, const Names& some) {
+    Names left;
+    std::ranges::set_difference(all, some, std::inserter(left, left.end()));
+    return left;
+  };
+  EXPECT_EQ(without(PiecesOf(messages, value), told), Names());
+  EXPECT_EQ(without(told, PiecesOf(literals, value)), Names());
 }
 
 TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
