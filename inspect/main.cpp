@@ -32,8 +32,10 @@ void Print(const FileFacts& facts, const InspectOptions& options) {
   } else if (options.depth == Depth::check) {
     WriteVerdict(facts, std::cout);
   } else if (!Draws(options)) {
-    const bool each = options.each || !options.selection.IsAll();
-    WriteReport(facts, each ? ScanDetails::each : ScanDetails::ofFew, std::cout);
+    const ScanDetails details = options.each                ? ScanDetails::all
+                                : options.selection.IsAll() ? ScanDetails::ofFew
+                                                            : ScanDetails::chosen;
+    WriteReport(facts, details, std::cout);
   } else {
     for (const Problem& problem : facts.problems) Complain(facts.path + ": " + problem.text);
   }

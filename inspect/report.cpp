@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr zSize kMostInDetail = 4;  // scans
+constexpr zSize kMostInDetail = 4;  // scans, and files of a directory
 
 constexpr const char* kKinds[] = {
     "unknown",           "Digital Surf surface", "Digital Surf profile",
@@ -155,7 +155,7 @@ std::string ProblemText(const Problem& problem) {
 }  // namespace
 
 void WriteReport(const FileFacts& facts, ScanDetails details, std::ostream& out) {
-  const bool each = details == ScanDetails::each || facts.scans.size() <= kMostInDetail;
+  const bool each = details != ScanDetails::ofFew || facts.scans.size() <= kMostInDetail;
   out << Printable(facts.path) << '\n';
   Lines line(out);
   line("kind", kKinds[static_cast<zSize>(facts.kind)]);
@@ -163,11 +163,13 @@ void WriteReport(const FileFacts& facts, ScanDetails details, std::ostream& out)
   if (facts.digitalSurf) WriteDigitalSurf(*facts.digitalSurf, line);
   if (facts.cloud) line("fields", facts.cloud->fields);
   const bool isDirectory = facts.kind == FileKind::directory;
-  if (isDirectory && !each) line("files", std::to_string(facts.members.size()));
-  for (const StoredFile& member : facts.members) {
-    if (isDirectory && !each) break;
-    line(isDirectory ? "file" : "member",
-         member.name + ", " + (member.size ? BytesText(*member.size) : "cannot be read"));
+  if (isDirectory && details != ScanDetails::all && facts.members.size() > kMostInDetail) {
+    line("files", std::to_string(facts.members.size()));
+  } else {
+    for (const StoredFile& member : facts.members) {
+      line(isDirectory ? "file" : "member",
+           member.name + ", " + (member.size ? BytesText(*member.size) : "cannot be read"));
+    }
   }
   if (facts.recording) {
     WriteRecording(*facts.recording, facts.frames, line);

@@ -9,8 +9,9 @@
 
 // Which scans a report tells of one by one.
 enum class ScanDetails : z8u {
-  ofFew,  // all up to four; of more, a table has a line for each source
-  each,
+  ofFew,   // all up to four; of more, a table has a line for each source
+  chosen,  // all that are left of those of the file
+  all,     // with the names of all files of a directory
 };
 
 // Several lines, with an empty one at the end.

@@ -2,6 +2,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "numbers.h"
@@ -82,7 +83,7 @@ std::string Printable(std::string_view text) {
 }
 
 std::string RealText(double number) {
-  if (number != number) return "nan";  // whose sign is up to the processor
+  if (std::isnan(number)) return "nan";  // whose sign is up to the processor
   char text[kLongestReal];
   return {text, formatReal(text, number)};
 }

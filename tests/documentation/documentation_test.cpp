@@ -43,6 +43,8 @@ TEST(Options, AreToldByManualsAndCompletionAsByTheHelp) {
     const char* file;
   } rows[] = {
       {TRELVANE_PROGRAM, "/man/Trelvane.1"},
+      {TRELVANE_PROGRAM, "/share/bash-completion/completions/Trelvane"},
+      {TRELVANE_PROGRAM, "/share/zsh/site-functions/_Trelvane"},
       {TRELVANE_BATCH, "/man/trelvane-batch.1"},
       {TRELVANE_BATCH, "/share/bash-completion/completions/trelvane-batch"},
       {TRELVANE_BATCH, "/share/zsh/site-functions/_trelvane-batch"},
