@@ -54,7 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   WriteJson(facts, json);
   Require(nlohmann::json::parse(json.str()).is_object());
   std::ostringstream report;
-  WriteReport(facts, report);
+  for (const auto details : {ScanDetails::ofFew, ScanDetails::all}) {
+    WriteReport(facts, details, report);
+  }
   WriteVerdict(facts, report);
   Require(IsHarmless(report.str()) && IsHarmless(json.str()));
   scratch.Clear();

@@ -59,9 +59,9 @@ bool Selection::FindsAny(const FileFacts& facts) const {
   if (any || !facts.problems.empty()) return any;
   constexpr Orv::Operation kOperation{"inspection", "FindScans"};
   if (facts.scans.empty()) kOperation.Fail(kBadInput, "There is no such scan, and no other one");
-  const std::string frames =
+  const std::string known =
       facts.frames == 1 ? "is frame 0" : Orv::Format("are frames 0 to %zu", facts.frames - 1);
-  kOperation.Fail(kBadInput, "There is no such scan; there %s %s", frames, SourcesText(facts));
+  kOperation.Fail(kBadInput, "There is no such scan; there %s %s", known, SourcesText(facts));
 }
 
 void Selection::Keep(FileFacts& facts) const {
