@@ -38,6 +38,14 @@ std::string SourcesText(const FileFacts& facts) {
   return text;
 }
 
+[[noreturn]] void TellWhatThereIs(const FileFacts& facts) {
+  constexpr Orv::Operation kOperation{"inspection", "FindScans"};
+  if (facts.scans.empty()) kOperation.Fail(kBadInput, "There is no such scan, and no other one");
+  const std::string frames =
+      facts.frames == 1 ? "is frame 0" : Orv::Format("are frames 0 to %zu", facts.frames - 1);
+  kOperation.Fail(kBadInput, "There is no such scan; there %s %s", frames, SourcesText(facts));
+}
+
 }  // namespace
 
 std::optional<FrameRange> ParseFrameRange(std::string_view text) {
@@ -56,12 +64,8 @@ FrameRange Selection::FramesOf(zSize count) const {
 bool Selection::FindsAny(const FileFacts& facts) const {
   const bool any = std::ranges::any_of(
       facts.scans, [&](const PlacedScan& scan) { return Wants(scan.frame, scan.source); });
-  if (any || !facts.problems.empty()) return any;
-  constexpr Orv::Operation kOperation{"inspection", "FindScans"};
-  if (facts.scans.empty()) kOperation.Fail(kBadInput, "There is no such scan, and no other one");
-  const std::string known =
-      facts.frames == 1 ? "is frame 0" : Orv::Format("are frames 0 to %zu", facts.frames - 1);
-  kOperation.Fail(kBadInput, "There is no such scan; there %s %s", known, SourcesText(facts));
+  if (!any && facts.problems.empty()) TellWhatThereIs(facts);
+  return any;
 }
 
 void Selection::Keep(FileFacts& facts) const {
