@@ -133,6 +133,13 @@ def make_large_sur(folder, side):
         file.write(struct.pack("<2i", side, side * side))
 
 
+def make_long_sur(folder, _tool):
+    """The wave along 16384 points, with a spike of one point."""
+    rows = [wavy_row(0) * 4 for _ in range(2048)]
+    rows[700][9000] = 30_000
+    write_scan(folder / "scan.sur", 4 * SIDE, rows)
+
+
 def make_frames(folder, frames):
     write_scan(folder / "small.sur", 256, [wavy_row(j)[:256] for j in range(256)])
     (folder / "scans").mkdir()
@@ -339,6 +346,12 @@ def check_picture(folder):
         raise ValueError("is no picture of 1000 pixels in width")
 
 
+def check_page(folder):
+    page = (folder / "scan.html").read_bytes()
+    if page.count(b'id="array') < 3 or b'"reduced":true' not in page:
+        raise ValueError("is no page of a reduced scan")
+
+
 def check_exit_code(_folder):
     """A report has no file; a run that fails ends the measurement."""
 
@@ -397,6 +410,12 @@ def make_rows():
         Row(f".sur ({SIDE} x {SIDE}) to .png", make_sur, "scan.png",
             ["--png", "scan.png", "scan.sur"], check_picture, "scan.sur", {}, (true,),
             most_above=(("true", 1000),), program="trelvane-inspect"),
+        Row(f"figures of a .sur ({SIDE} x {SIDE})", make_sur, "", ["--figures", "scan.sur"],
+            check_exit_code, "scan.sur", {}, (true,), most_above=(("true", 300),),
+            program="trelvane-inspect"),
+        Row("page of a .sur (16384 x 2048)", make_long_sur, "scan.html",
+            ["--html", "scan.html", "scan.sur"], check_page, "scan.sur", {}, (true,),
+            scan=2 * 16384 * 2048, most_above=(("true", 1000),), program="trelvane-inspect"),
     ]
 
 

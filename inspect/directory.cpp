@@ -91,11 +91,15 @@ FileFacts DescribeFile(const std::string& path, const FramePlace& place, const S
   facts.path = path;
   facts.kind = FileKind::sur;
   const auto index = static_cast<z32u>(place.frame);
-  const ScanVisitor placed{
+  ScanVisitor placed{
       [&](zSize, const std::string&) { return visit.Wants(place.frame, place.source); },
-      [&](zSize, z32u, const TaggedScan& scan) {
-        visit.take(place.frame, index, {place.source, {}, scan.scan});
-      }};
+      {},
+      visit.figures};
+  if (visit.take) {
+    placed.take = [&](zSize, z32u, const TaggedScan& scan) {
+      visit.take(place.frame, index, {place.source, {}, scan.scan});
+    };
+  }
   Findings findings(facts, placed, progress);
   try {
     facts.size = SizeOf(path);
@@ -113,16 +117,19 @@ FileFacts DescribeFile(const std::string& path, const FramePlace& place, const S
 
 // Gives the files that somebody wants to look at, with what is said of their names.
 void Show(const std::string& path, const std::optional<Taking>& taking, Findings& findings) {
+  if (!findings.visit.take) return;
   for (const StoredFile& file : findings.facts.members) {
     const FramePlace place = PlaceOf(file.name);
     if (!findings.visit.Wants(place.frame, place.source)) continue;
-    const ScanVisitor cautious{
-        findings.visit.wants, [&](zSize frame, z32u index, const TaggedScan& scan) {
-          TaggedScan told = scan;
-          if (taking)
-            std::ranges::copy(taking->Of(file.name), std::back_inserter(told.scan.cautions));
-          findings.visit.take(frame, index, told);
-        }};
+    const ScanVisitor cautious{findings.visit.wants,
+                               [&](zSize frame, z32u index, const TaggedScan& scan) {
+                                 TaggedScan told = scan;
+                                 if (taking)
+                                   std::ranges::copy(taking->Of(file.name),
+                                                     std::back_inserter(told.scan.cautions));
+                                 findings.visit.take(frame, index, told);
+                               },
+                               false};
     static_cast<void>(
         DescribeFile(PathInDirectory(path, file.name), place, cautious, findings.progress));
   }
@@ -143,9 +150,10 @@ void DescribeDirectory(const std::string& path, Depth depth, Findings& findings)
   }
   facts.size = 0;
   std::map<std::string, zSize> notes;  // and how many files have them
+  const ScanVisitor measuring{findings.visit.wants, {}, findings.visit.figures};
   for (const std::string& name : ListFiles(path)) {
     FileFacts file =
-        DescribeFile(PathInDirectory(path, name), PlaceOf(name), {}, findings.progress);
+        DescribeFile(PathInDirectory(path, name), PlaceOf(name), measuring, findings.progress);
     facts.members.push_back({name, file.size});
     facts.size = *facts.size + file.size.value_or(0);
     for (const std::string& note : file.notes) ++notes[note];

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <sstream>
 
 #include "formats/directory/reader.h"
 #include "inspect/inspect.h"
+#include "inspect/measure/level.h"
 #include "inspect/page/page.h"
 #include "inspect/picture/picture.h"
 #include "inspect/report.h"
@@ -41,23 +43,57 @@ void AddCautions(const std::vector<Caution>& cautions, Scan& scan) {
   scan.cautions.push_back({"", more});
 }
 
+// The heights of the scans of each source, so that its frames share their colours.
+class SharedRanges {
+ public:
+  SharedRanges(const ColourChoice& choice, Levelling levelling)
+      : choice_(choice), levelling_(levelling) {}
+
+  // Tells the plane that levels the scan.
+  Plane Add(const TaggedScan& tagged) {
+    const Scan& scan = tagged.scan;
+    const Plane plane = PlaneFor(levelling_, scan);
+    const HeightBlocks heights =
+        levelling_ == Levelling::none ? HeightsOf(scan) : HeightsOver(scan, plane);
+    ranges_.try_emplace(tagged.source, choice_)
+        .first->second.Add(MeasureHeights(heights, choice_.Percents()));
+    return plane;
+  }
+  PictureView ViewOf(const std::string& source, z64f step) const {
+    const SharedRange& range = ranges_.at(source);
+    return {range.All(), range.Colours(), step, levelling_};
+  }
+
+ private:
+  ColourChoice choice_;
+  Levelling levelling_;
+  std::map<std::string, SharedRange> ranges_;
+};
+
 // Draws the first scan that is wanted, once all is known of the whole.
 FileFacts DrawScan(const std::string& path, const InspectOptions& options, Progress& progress) {
-  Scan wanted;
+  SharedRanges ranges(options.range, options.levelling);
+  std::optional<TaggedScan> wanted;
+  Plane plane;
   std::string title;
-  FileFacts facts = InspectFile(path, options.depth,
-                                {[&](zSize frame, const std::string& source) {
-                                   return title.empty() && options.selection.Wants(frame, source);
-                                 },
-                                 [&](zSize frame, z32u, const TaggedScan& scan) {
-                                   if (!title.empty()) return;  // another one of the same message
-                                   wanted = scan.scan;
-                                   title = TitleOf(path, frame, scan);
-                                 }},
-                                progress);
-  if (title.empty()) return facts;
-  AddCautions(facts.cautions, wanted);
-  WriteBuffer(DrawPicture(wanted, title), options.png);
+  const std::string& source = options.selection.source;
+  FileFacts facts =
+      InspectFile(path, options.depth,
+                  {[&](zSize, const std::string& tag) { return source.empty() || source == tag; },
+                   [&](zSize frame, z32u, const TaggedScan& scan) {
+                     const Plane ofScan = ranges.Add(scan);
+                     if (wanted || !options.selection.Wants(frame, scan.source)) return;
+                     wanted = scan;
+                     plane = ofScan;
+                     title = TitleOf(path, frame, scan);
+                   }},
+                  progress);
+  if (!wanted) return facts;
+  Scan scan = std::move(wanted->scan);
+  const PictureView view = ranges.ViewOf(wanted->source, std::abs(scan.scale.z));
+  if (options.levelling != Levelling::none) scan = LevelScan(std::move(scan), plane);
+  AddCautions(facts.cautions, scan);
+  WriteBuffer(DrawPicture(scan, title, view), options.png);
   return facts;
 }
 
@@ -66,6 +102,7 @@ constexpr zSize kMostRows = 1000;
 
 nlohmann::ordered_json PageFacts(const FileFacts& facts) {
   nlohmann::ordered_json document = FileToJson(facts);
+  document["file"] = FileName(facts.path);  // pages travel, and leave the machine's folders at home
   nlohmann::ordered_json scans = nlohmann::ordered_json::array();
   for (const PlacedScan& scan : facts.scans) {
     if (scans.size() < kMostRows) scans.push_back(ScanToJson(scan));
@@ -88,7 +125,8 @@ void WritePage(const std::string& path, const FileFacts& facts, const InspectOpt
     ++extent.scans;
     extent.points += scan.facts.points;
   }
-  Page page(FileName(path), PageFacts(facts), extent, options.points);
+  Page page(FileName(path), PageFacts(facts), extent,
+            {options.points, options.range, options.levelling, options.selection});
   static_cast<void>(InspectFile(
       path, Depth::reading,
       {[&](zSize frame, const std::string& source) {

@@ -12,8 +12,9 @@ struct ScanVisitor {
   // Whether a frame's scans of a source are wanted; the others need not be read for it. Null when
   // none is.
   std::function<bool(zSize frame, const std::string& source)> wants;
-  // Takes a scan that is wanted, while it is in memory.
+  // Takes a scan that is wanted, while it is in memory. Null when nobody does.
   std::function<void(zSize frame, z32u index, const TaggedScan& scan)> take;
+  bool figures = false;  // whether the figures of those that are wanted are told
 
   bool Wants(zSize frame, const std::string& source) const { return wants && wants(frame, source); }
 };
@@ -41,8 +42,10 @@ class Findings {
   }
   // What was measured of a scan.
   void Add(PlacedScan scan) { facts.scans.push_back(std::move(scan)); }
-  // Shows a scan, of which all is known, to the visitor.
-  void Show(const PlacedScan& place, Scan scan) const {
+  // Shows a scan, of which all else is known, to the visitor.
+  void Show(PlacedScan& place, Scan scan) const {
+    if (visit.figures) place.facts.figures = MeasureFigures(scan);
+    if (!visit.take) return;
     scan.cautions = place.facts.cautions;
     visit.take(place.frame, place.index, {place.source, place.item, std::move(scan)});
   }

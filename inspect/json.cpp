@@ -91,24 +91,42 @@ std::string Dump(const Json& document) {
 
 }  // namespace
 
+Json FiguresToJson(const Figures& figures) {
+  return {{"valid_points", figures.validPoints},
+          {"mean", figures.mean},
+          {"median", figures.median},
+          {"sa", figures.sa},
+          {"sq", figures.sq},
+          {"sz", figures.sz},
+          {"sp", figures.sp},
+          {"sv", figures.sv},
+          {"ssk", figures.ssk},
+          {"sku", figures.sku}};
+}
+
 Json ScanToJson(const PlacedScan& placed) {
   const ScanFacts& scan = placed.facts;
-  return {{"frame", placed.frame},
-          {"index", placed.index},
-          {"source", placed.source},
-          {"item", placed.item ? Json(*placed.item) : Json()},
-          {"kind", kScanKinds[static_cast<zSize>(scan.kind)]},
-          {"width", scan.width},
-          {"length", scan.length},
-          {"points", scan.points},
-          {"valid_points", scan.validPoints},
-          {"scale", ToJson(scan.scale)},
-          {"offset", ToJson(scan.offset)},
-          {"heights", ToJson(scan.heights)},
-          {"bounding_box", ToJson(scan.box)},
-          {"intensity", ToJson(scan.intensity)},
-          {"stamp", ToJson(scan.stamp)},
-          {"cautions", ToJson(scan.cautions)}};
+  Json document = {{"frame", placed.frame},
+                   {"index", placed.index},
+                   {"source", placed.source},
+                   {"item", placed.item ? Json(*placed.item) : Json()},
+                   {"kind", kScanKinds[static_cast<zSize>(scan.kind)]},
+                   {"width", scan.width},
+                   {"length", scan.length},
+                   {"points", scan.points},
+                   {"valid_points", scan.validPoints},
+                   {"scale", ToJson(scan.scale)},
+                   {"offset", ToJson(scan.offset)},
+                   {"heights", ToJson(scan.heights)},
+                   {"bounding_box", ToJson(scan.box)},
+                   {"intensity", ToJson(scan.intensity)},
+                   {"stamp", ToJson(scan.stamp)},
+                   {"cautions", ToJson(scan.cautions)}};
+  if (scan.figures) {
+    document["figures"] = FiguresToJson(scan.figures->plain.figures);
+    document["figures_levelled"] = FiguresToJson(scan.figures->levelled.figures);
+  }
+  return document;
 }
 
 Json FileToJson(const FileFacts& facts) {

@@ -42,8 +42,15 @@ void Print(const FileFacts& facts, const InspectOptions& options) {
 }
 
 FileFacts Look(const std::string& path, const InspectOptions& options, Progress& progress) {
+  ScanVisitor visitor;
+  visitor.figures = options.figures;
+  if (options.figures) {
+    visitor.wants = [&](zSize frame, const std::string& source) {
+      return options.selection.Wants(frame, source);
+    };
+  }
   FileFacts facts = Draws(options) ? DrawFile(path, options, progress)
-                                   : InspectFile(path, options.depth, {}, progress);
+                                   : InspectFile(path, options.depth, visitor, progress);
   options.selection.Keep(facts);
   return facts;
 }

@@ -3,6 +3,12 @@
 
 #include "commandline.h"
 
+namespace {
+
+constexpr const char* kRangeForms = "must be auto, full, percentiles as 5,95, or heights as -0.5:2";
+
+}  // namespace
+
 ParsedOptions ParseInspectOptions(int argc, char** argv) {
   ParsedOptions parsed;
   InspectOptions& options = parsed.options;
@@ -38,22 +44,46 @@ ParsedOptions ParseInspectOptions(int argc, char** argv) {
                      ->type_name("N")
                      ->check(CLI::Range(z64u{1}, z64u{100'000'000}))
                      ->capture_default_str();
+  auto* range =
+      app.add_option_function<std::string>(
+             "--range",
+             [&](const std::string& text) {
+               const auto choice = ColourChoice::FromText(text);
+               if (!choice) throw CLI::ValidationError("--range", kRangeForms);
+               options.range = *choice;
+             },
+             "Heights that the colours stand for: auto, full, percentiles as 5,95, or heights as "
+             "--range=-0.5:2")
+          ->type_name("RANGE");
+  std::string how = "none";
+  auto* level = app.add_option("--level", how, "Level what is drawn")
+                    ->type_name("HOW")
+                    ->check(CLI::IsMember({"none", "plane", "mean"}));
+  app.add_flag("--figures", options.figures,
+               "Tell Sa, Sq, Sz and others of each scan, before and after levelling");
   parsed.exitCode = ReadCommandLine(app, [&] {
     app.parse(argc, argv);
     if (check) options.depth = Depth::check;
     if (quick) options.depth = Depth::quick;
     const bool draws = png->count() + html->count() > 0;
+    options.each = options.each || options.figures;
+    if (how == "plane") options.levelling = Levelling::plane;
+    if (how == "mean") options.levelling = Levelling::mean;
     if (frame->count() > 0) {
       options.selection.frames = ParseFrameRange(frames);
       if (!options.selection.frames) {
         throw CLI::ValidationError("--frame", "\"" + frames + "\" is neither N nor FIRST:LAST");
       }
     }
-    if (check && !draws && !options.json && (!options.selection.IsAll() || options.each)) {
+    if (!draws && range->count() + level->count() > 0) {
+      throw CLI::RequiresError(range->count() > 0 ? "--range" : "--level", "--png or --html");
+    }
+    if (check && !draws && !options.json &&
+        (!options.selection.IsAll() || options.each || options.figures)) {
       throw CLI::ValidationError("--check", "files are checked whole");
     }
-    if (quick && (draws || check || frame->count() > 0)) {
-      throw CLI::ExcludesError("--quick", "--check, --png, --html and --frame");
+    if (quick && (draws || check || options.figures || frame->count() > 0)) {
+      throw CLI::ExcludesError("--quick", "--check, --figures, --png, --html and --frame");
     }
     if (html->count() == 0 && points->count() > 0) throw CLI::RequiresError("--points", "--html");
     for (const auto* output : {png, html}) {

@@ -94,7 +94,7 @@ class RecordingDescriber {
 
   // Reads the scans again that somebody wants to look at.
   void Show() {
-    const std::vector<PlacedScan>& scans = findings_.facts.scans;
+    std::vector<PlacedScan>& scans = findings_.facts.scans;
     for (zSize i = 0, end = 0; i < scans.size(); i = end) {
       for (end = i + 1; end < scans.size() && numbers_[end] == numbers_[i];) ++end;
       if (!findings_.visit.Wants(scans[i].frame, scans[i].source)) continue;

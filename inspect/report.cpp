@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "inspect/measure/units.h"
 #include "inspect/sourcetable.h"
 #include "text.h"
 
@@ -94,6 +95,47 @@ void WriteCautions(const std::vector<Caution>& cautions, Lines& line) {
   for (const Caution& caution : cautions) line("CAUTION", caution.text);
 }
 
+// What is nothing beside `whole` but for rounding is 0.
+std::string LengthText(z64f mm, z64f whole) {
+  if (std::abs(mm) <= whole * 1e-12) return "0 mm";
+  const ShownUnit unit = FittingUnit(AxisUnit(), std::abs(mm));
+  return RealText(unit.Shown(mm)) + " " + unit.name;
+}
+
+// Two columns: as it is, and levelled.
+void WriteFigures(const ScanFigures& figures, bool profile, Lines& line) {
+  const auto row = [&](const std::string& name, const std::string& plain,
+                       const std::string& levelled) {
+    constexpr zSize kColumn = 18;
+    const auto letters = static_cast<zSize>(
+        std::ranges::count_if(plain, [](char c) { return (c & 0xC0) != 0x80; }));  // UTF-8
+    line(name, plain + std::string(letters < kColumn ? kColumn - letters : 1, ' ') + levelled);
+  };
+  const Figures& plain = figures.plain.figures;
+  const Figures& levelled = figures.levelled.figures;
+  const std::string letter = profile ? "R" : "S";
+  row("figures", "as measured", "over a plane");
+  const auto length = [&](const std::string& name, z64f Figures::*of) {
+    row(name, LengthText(plain.*of, plain.sz), LengthText(levelled.*of, levelled.sz));
+  };
+  const auto number = [&](const std::string& name, z64f Figures::*of) {
+    row(name, RealText(plain.*of), RealText(levelled.*of));
+  };
+  length("mean", &Figures::mean);
+  length("median", &Figures::median);
+  length(letter + "a", &Figures::sa);
+  length(letter + "q", &Figures::sq);
+  length(letter + "z", &Figures::sz);
+  length(letter + "p", &Figures::sp);
+  length(letter + "v", &Figures::sv);
+  number(letter + "sk", &Figures::ssk);
+  number(letter + "ku", &Figures::sku);
+  for (zSize i = 0; i < std::size(kToldPercents); ++i) {
+    row(RealText(kToldPercents[i]) + " % below", LengthText(figures.plain.percentiles[i], plain.sz),
+        LengthText(figures.levelled.percentiles[i], levelled.sz));
+  }
+}
+
 void WriteScan(const ScanFacts& scan, Lines& line) {
   const bool profile = scan.kind >= ScanKind::profile;
   const bool cloud = scan.kind == ScanKind::cloud || scan.kind == ScanKind::pointProfile;
@@ -108,8 +150,9 @@ void WriteScan(const ScanFacts& scan, Lines& line) {
   line("scale", PointText(scan.scale) + " mm");
   line("offset", PointText(scan.offset) + " mm");
   if (scan.heights) {
-    line("heights",
-         RealText(scan.heights->lowest) + " to " + RealText(scan.heights->highest) + " mm");
+    const auto& [lowest, highest] = *scan.heights;
+    const ShownUnit unit = FittingUnit(AxisUnit(), Span{lowest, highest});
+    line("heights", unit.RangeText(lowest, highest, std::abs(scan.scale.z)));
   }
   if (scan.box) {
     line("box",
@@ -124,6 +167,7 @@ void WriteScan(const ScanFacts& scan, Lines& line) {
                      scan.stamp->frame, scan.stamp->time, scan.stamp->encoder, scan.stamp->zEncoder,
                      scan.stamp->inputs));
   }
+  if (scan.figures) WriteFigures(*scan.figures, profile, line);
   WriteCautions(scan.cautions, line);
 }
 

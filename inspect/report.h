@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "inspect/facts.h"
+#include "inspect/measure/figures.h"
 
 // Which scans a report tells of one by one.
 enum class ScanDetails : z8u {
@@ -22,6 +23,8 @@ void WriteVerdict(const FileFacts& facts, std::ostream& out);
 // One line with one document; docs/inspect.md tells the keys. Numbers that are no number, or
 // infinite, are null.
 void WriteJson(const FileFacts& facts, std::ostream& out);
+// With the keys of docs/inspect.md.
+nlohmann::ordered_json FiguresToJson(const Figures& figures);
 // The document without its scans, and each scan of it.
 nlohmann::ordered_json FileToJson(const FileFacts& facts);
 nlohmann::ordered_json ScanToJson(const PlacedScan& scan);

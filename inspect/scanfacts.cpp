@@ -69,7 +69,8 @@ ScanFacts MeasureScan(const Scan& scan, const MeasuredPoints& measured) {
                   {},
                   {},
                   scan.stamp,
-                  scan.cautions};
+                  scan.cautions,
+                  {}};
   if (measured.valid > 0) {
     const auto [lowest, highest] = std::minmax(
         {Real(measured.heights.lowest, scan.Z()), Real(measured.heights.highest, scan.Z())});

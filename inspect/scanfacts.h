@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "inspect/measure/figures.h"
 #include "scan/heightrange.h"
 #include "scan/scan.h"
 
@@ -29,7 +30,8 @@ struct ScanFacts {
   std::optional<BoundingBox6> box;      // mm, of the valid points
   std::optional<Range<z8u>> intensity;  // of all points that have one
   std::optional<MxStamp> stamp;
-  std::vector<Caution> cautions;  // those of the scan, and of its heights
+  std::vector<Caution> cautions;       // those of the scan, and of its heights
+  std::optional<ScanFigures> figures;  // mm; where they are asked for
 };
 
 // The key of the caution about heights that cannot be written as Digital Surf files.

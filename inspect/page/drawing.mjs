@@ -1,14 +1,25 @@
 // SPDX-License-Identifier: MIT
 // What all drawings have in common.
 
-export const themeColour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name);
+const colours = new Map();  // as the style sheet has them now
+
+export function themeColour(name) {
+  if (colours.size === 0) {
+    matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => colours.clear(),
+      {once: true});
+  }
+  if (!colours.has(name)) {
+    colours.set(name, getComputedStyle(document.documentElement).getPropertyValue(name));
+  }
+  return colours.get(name);
+}
 
 // Gives the canvas the pixels of the screen; returns its context in CSS pixels, and its size.
 export function fitCanvas(canvas) {
   const {clientWidth: width, clientHeight: height} = canvas;
   const ratio = window.devicePixelRatio || 1;
-  canvas.width = Math.max(1, Math.round(width * ratio));
-  canvas.height = Math.max(1, Math.round(height * ratio));
+  const [across, down] = [width, height].map((size) => Math.max(1, Math.round(size * ratio)));
+  if (canvas.width !== across || canvas.height !== down) [canvas.width, canvas.height] = [across, down];
   const context = canvas.getContext("2d");
   context.setTransform(ratio, 0, 0, ratio, 0, 0);
   return {context, width, height};
@@ -32,6 +43,13 @@ export function drawOnDemand(canvas, draw) {
 
 // Marks what was not measured: not a colour of the palette, and nothing that a surface looks like.
 export function hatchPattern(context) {
+  const look = ["--hatch", "--hatch-line"].map(themeColour).join();
+  if (hatch?.look !== look) hatch = {look, tile: hatchTile()};
+  return context.createPattern(hatch.tile, "repeat");
+}
+let hatch = null;  // as it was drawn last
+
+function hatchTile() {
   const tile = document.createElement("canvas");
   tile.width = tile.height = 8;
   const part = tile.getContext("2d");
@@ -43,30 +61,45 @@ export function hatchPattern(context) {
     part.lineTo(shift + 9, -1);
   }
   part.stroke();
-  return context.createPattern(tile, "repeat");
+  return tile;
 }
 
-// Calls `move(dx, dy, event)` while the pointer that went down on `target` is dragged.
-export function onDrag(target, {start = () => {}, move, end = () => {}}) {
+// Calls `move(dx, dy, event)` while the pointer that went down on `target` is dragged, and
+// `pinch(factor, {x, y})` while two are: how much farther apart they are, and what is between them.
+export function onDrag(target, {start = () => {}, move, end = () => {}, pinch}) {
+  const pointers = new Map();  // those that are down, and where
+  const apart = ([a, b]) => Math.hypot(a.x - b.x, a.y - b.y);
+  let dragging = null;         // null while two are down, and until both are up
   target.addEventListener("pointerdown", (event) => {
     if (event.button > 1) return;
     if (event.button === 1) event.preventDefault();
     target.setPointerCapture(event.pointerId);
-    let [x, y] = [event.clientX, event.clientY];
-    start(event);
-    const drag = new AbortController();
-    const listen = (type, act) => target.addEventListener(type, act, {signal: drag.signal});
-    listen("pointermove", (next) => {
-      move(next.clientX - x, next.clientY - y, next);
-      [x, y] = [next.clientX, next.clientY];
-    });
-    for (const type of ["pointerup", "pointercancel"]) {
-      listen(type, () => {
-        drag.abort();
-        end();
-      });
+    if (pointers.size === 0) {
+      dragging = event.pointerId;
+      start(event);
+    } else if (pinch) {
+      dragging = null;
+    }
+    pointers.set(event.pointerId, pointIn(target, event));
+  });
+  target.addEventListener("pointermove", (event) => {
+    const before = pointers.get(event.pointerId);
+    if (!before) return;
+    const places = [...pointers.values()];
+    const now = pointIn(target, event);
+    pointers.set(event.pointerId, now);
+    if (dragging === event.pointerId) {
+      move(now.x - before.x, now.y - before.y, event);
+    } else if (dragging === null && pointers.size === 2) {
+      const [a, b] = [...pointers.values()];
+      pinch(apart([a, b]) / Math.max(1, apart(places)), {x: (a.x + b.x) / 2, y: (a.y + b.y) / 2});
     }
   });
+  for (const type of ["pointerup", "pointercancel"]) {
+    target.addEventListener(type, (event) => {
+      if (pointers.delete(event.pointerId) && pointers.size === 0) end(event);
+    });
+  }
 }
 
 // Calls the handler for the key, if there is one that takes it.
@@ -90,9 +123,9 @@ export function pointIn(target, event) {
   return {x: event.clientX - box.left, y: event.clientY - box.top};
 }
 
-// Moves an element inside its stage; out of sight where it would be outside.
-export function placeAt(node, x, y, stage) {
-  node.hidden = !(x >= 0 && y >= 0 && x <= stage.clientWidth && y <= stage.clientHeight);
+// Moves an element inside a stage of a size; out of sight where it would be outside.
+export function placeAt(node, x, y, {width, height}) {
+  node.hidden = !(x >= 0 && y >= 0 && x <= width && y <= height);
   node.style.left = `${x}px`;
   node.style.top = `${y}px`;
 }

@@ -1,163 +1,185 @@
 // SPDX-License-Identifier: MIT
-// Puts the parts of the page together: which scan is shown, and what its views tell each other.
-import {drawColourBar} from "./colourbar.mjs";
+// Puts the parts of the page together: which scan is shown, in which view, and what a link keeps.
+import {colourTable} from "./colours.mjs";
 import {PageData} from "./data.mjs";
-import {onDrag, onKeys, onWheel, placeAt, pointIn} from "./drawing.mjs";
-import {byId, element, showPairs, speak} from "./elements.mjs";
+import {byId, element} from "./elements.mjs";
 import {appendFacts} from "./facts.mjs";
-import {HeightMap} from "./map.mjs";
-import {LinePlot} from "./plot.mjs";
-import {ProfileView} from "./profile.mjs";
-import {SectionLine, cellsAlong, heightAt, sectionFacts} from "./section.mjs";
-import {clean, measure} from "./text.mjs";
-import {SolidView} from "./view3d.mjs";
+import {LINE_HINT} from "./figures.mjs";
+import {showFigures} from "./figurestable.mjs";
+import {linkOf, parseLink} from "./link.mjs";
+import {ProfileView, profileTable} from "./profile.mjs";
+import {csvText, fileName, save, savePicture} from "./save.mjs";
+import {FrameStrip} from "./strip.mjs";
+import {SurfaceView} from "./surface.mjs";
+import {clean} from "./text.mjs";
+
+const PLAYED = 300;  // ms for a frame
+const LINKED = 250;  // ms until the address tells of a change
 
 const data = new PageData(JSON.parse(byId("document").textContent),
   (id) => byId(`array${id}`).textContent);
+const colours = {palette: data.palette, below: data.below, above: data.above,
+  table: colourTable(data.palette, data.below, data.above)};
+
+// `range` is chosen heights, "auto", "full" or, as the page begins, null.
+const chosen = {source: data.sourceNames[0], frame: data.frameNumbers[0], level: data.level, range: null};
 let scan = null;
-let profile = null;  // made when there is one to show
+let ranges = null;
+let surface = null, profile = null;  // made when there is one to show
+let strip = null;
+let linkTimer = 0;
 
-const surface = (() => {
-  const plot = new LinePlot(byId("section-plot"), {
-    label: "Cross-section. Left and right move along the line.",
-    xName: "distance from A",
-    onCursor: (index, byKey) => tellSection(index, byKey),
-  });
-  const map = new HeightMap(byId("map"), data.palette, tellCell, (context) => {
-    line.draw(context);
-    placeCellMark();
-  });
-  const line = new SectionLine(map, [byId("line-a"), byId("line-b")], cutSection);
-  const solid = new SolidView(byId("solid"), byId("solid-text"), data.palette);
-  return {plot, map, line, solid, cells: []};
-})();
+const drawn = () => scan !== null && scan.width > 0 && scan.length > 0;
 
-function tellCell({column, row}, byKey) {
-  if (scan.raw.length === 0) return;
-  const pairs = scan.tell(column, row);
-  showPairs(byId("map-readout"), pairs);
-  if (byKey) speak(pairs);
+// The colour range as it is chosen, in the view.
+function rangeNow() {
+  if (chosen.range === "auto") return ranges.auto;
+  if (chosen.range === "full") return ranges.full;
+  return chosen.range ?? data.firstRange(ranges, chosen.level);
 }
 
-function placeCellMark() {
-  const {map} = surface;
-  const {x, y} = map.view.placeOf(map.cell);
-  const mark = byId("cell-mark");
-  mark.style.width = `${Math.max(9, map.view.cellWidth * map.view.zoom + 2)}px`;
-  mark.style.height = `${Math.max(9, map.view.cellHeight * map.view.zoom + 2)}px`;
-  placeAt(mark, x, y, map.canvas);
+function chooseRange(range) {
+  chosen.range = range;
+  keepLink();
 }
 
-function cutSection() {
-  const {line, plot} = surface;
-  const [a, b] = line.ends;
-  surface.cells = cellsAlong(scan, a, b);
-  showPairs(byId("section-facts"), sectionFacts(scan, a, b, surface.cells));
-  plot.show({
-    x: surface.cells.map((cell) => cell.distance),
-    z: surface.cells.map((cell) => heightAt(scan, cell)),
-    units: scan.units,
-  });
+function setRange(range) {
+  chooseRange(range);
+  if (drawn() && !scan.isLine) surface.setRange(rangeNow());
 }
 
-function tellSection(index, byKey) {
-  const cell = surface.cells[index];
-  if (!cell) return;
-  const pairs = [["distance", measure(cell.distance, 4, scan.units[0])],
-    ...scan.tell(cell.column, cell.row)];
-  showPairs(byId("section-readout"), pairs);
-  if (byKey) {
-    speak(pairs);
-    surface.map.setCell({column: cell.column, row: cell.row}, false);
+// The address tells what is seen, without a step in the browser's history.
+function keepLink() {
+  clearTimeout(linkTimer);
+  linkTimer = setTimeout(() => {
+    const ends = !drawn() ? null : scan.isLine ? profile.marks
+      : surface.line.ends.flatMap(({column, row}) => [column, row]);
+    const text = linkOf({
+      source: data.sourceNames.length > 1 ? chosen.source : null,
+      frame: data.frameNumbers.length > 1 ? chosen.frame : null,
+      level: chosen.level === data.level ? null : chosen.level,
+      range: chosen.range, seen: drawn() && !scan.isLine ? surface.map.view.seen : null, ends});
+    window.history.replaceState(null, "", `#${text}`);
+  }, LINKED);
+}
+
+function followLink() {
+  const link = parseLink(window.location.hash);
+  if (data.sourceNames.includes(link.source)) chosen.source = link.source;
+  if (data.frameNumbers.includes(link.frame)) chosen.frame = link.frame;
+  chosen.level = link.level ?? data.level;
+  chosen.range = link.range;
+  showChosen();
+  if (!drawn()) return;
+  if (scan.isLine) {
+    if (link.ends?.length === 2) link.ends.forEach((index, end) => profile.moveMark(end, index));
+    return;
   }
-}
-
-function listenToMap() {
-  const {map, line} = surface;
-  const {canvas} = map;
-  const toMove = () => document.querySelector("[name=drag]:checked").value === "move";
-  let moving = false;
-  canvas.addEventListener("pointermove", (event) => {
-    if (event.buttons === 0) map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
-  });
-  onDrag(canvas, {
-    start: (event) => {
-      moving = toMove() || event.shiftKey || event.button === 1;
-      map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
-      if (!moving) line.ends = [map.cell, map.cell];
-    },
-    move: (dx, dy, event) => {
-      if (moving) {
-        map.view.moveBy(dx, dy);
-        return;
-      }
-      map.setCell(map.view.cellAt(pointIn(canvas, event)), false);
-      line.moveEnd(1, map.cell);
-    },
-    end: () => line.onLine(),
-  });
-  onWheel(canvas, (factor, event) => {
-    const {x, y} = pointIn(canvas, event);
-    map.view.zoomBy(factor, x, y);
-  });
-  const zoomAtCell = (factor) => {
-    const {x, y} = map.view.placeOf(map.cell);
-    map.view.zoomBy(factor, x, y);
-  };
-  onKeys(canvas, (key, by) => {
-    const cell = map.view.step(map.cell, key, by);
-    if (cell) map.setCell(cell, true);
-    else if (key === "+" || key === "=") zoomAtCell(1.5);
-    else if (key === "-") zoomAtCell(1 / 1.5);
-    else if (key === "0") map.view.showWhole();
-    else if (/^[ab]$/i.test(key)) line.moveEnd("ab".indexOf(key.toLowerCase()), map.cell);
-    else return false;
-    return true;
-  });
-  byId("map-in").addEventListener("click", () => zoomAtCell(1.5));
-  byId("map-out").addEventListener("click", () => zoomAtCell(1 / 1.5));
-  byId("map-whole").addEventListener("click", () => map.view.showWhole());
-  for (const choice of document.querySelectorAll("[name=drag]")) {
-    choice.addEventListener("change", () => canvas.classList.toggle("moves", toMove()));
+  if (link.ends?.length === 4) {
+    const [a, b, c, d] = link.ends;
+    surface.line.ends = [{column: a, row: b}, {column: c, row: d}];
+    surface.line.fit(scan);
+    surface.cut();
   }
-}
-
-function listenToSolid() {
-  const {solid} = surface;
-  if (!solid.gl) return;
-  byId("solid-in").addEventListener("click", () => solid.zoomBy(1.25));
-  byId("solid-out").addEventListener("click", () => solid.zoomBy(1 / 1.25));
-  byId("solid-reset").addEventListener("click", () => solid.turnBack());
-  byId("solid-stretch").addEventListener("change", (event) =>
-    solid.stretch(Number(event.target.value)));
-}
-
-function showSurface() {
-  const range = data.heightRange(scan.source, scan.units[2]);
-  drawColourBar(data.palette, range, scan.decimals, scan.units[2]);
-  surface.line.fit(scan);
-  surface.map.show(scan, range);
-  cutSection();
-  surface.solid.show(scan, range);
+  window.requestAnimationFrame(() => surface.map.view.see(link.seen));  // when the map has its size
 }
 
 function showChosen() {
-  const frame = data.frameNumbers[Number(byId("frame").value)];
-  scan = data.scanOf(data.sourceNames[byId("source").selectedIndex], frame);
+  const {source, frame, level} = chosen;
+  byId("source").selectedIndex = data.sourceNames.indexOf(source);
+  byId("frame").value = data.frameNumbers.indexOf(frame);
+  byId("level").value = level;
+  scan = data.scanOf(source, frame);
   byId("frame-name").textContent = data.frameText(frame);
+  if (scan) {
+    ranges = data.ranges(source, scan.fileUnits[2][0], level);
+    scan.setLevel(level, ranges.auto);
+  }
   byId("scan-text").textContent = scan ? scan.text : "This source has no scan in this frame.";
   byId("cautions").replaceChildren(...data.cautionsOf(scan).map((text) =>
     element("li", "", `Caution: ${clean(text)}`)));
-  const drawable = scan !== null && scan.width > 0 && scan.length > 0;
-  const isProfile = drawable && scan.kind === "profile";
-  byId("surface-views").hidden = !drawable || isProfile;
-  byId("profile-view").hidden = !isProfile;
-  if (isProfile) {
-    profile ??= new ProfileView();
+  byId("surface-views").hidden = !drawn() || scan.isLine;
+  byId("profile-view").hidden = !drawn() || !scan.isLine;
+  if (drawn() && scan.isLine) {
+    profile ??= new ProfileView(keepLink);
     profile.show(scan);
-  } else if (drawable) {
-    showSurface();
+  } else if (drawn()) {
+    surface ??= new SurfaceView(colours, chooseRange, keepLink);
+    surface.show(scan, ranges.full, rangeNow());
   }
+  byId(drawn() && !scan.isLine ? "surface-views" : "profile-place").append(byId("figures-view"));
+  showFigures(byId("figures"), scan);
+  strip?.show(data.frameNumbers.map((number) => data.entryOf(source, number)), data.frameNumbers,
+    level, data.frameNumbers.indexOf(frame));
+  keepLink();
+}
+
+function choose(change) {
+  Object.assign(chosen, change);
+  showChosen();
+}
+
+function listenToChoice() {
+  byId("source").addEventListener("change", (event) => choose({
+    source: data.sourceNames[event.target.selectedIndex], range: null}));
+  byId("frame").addEventListener("input", (event) => choose({
+    frame: data.frameNumbers[Number(event.target.value)]}));
+  // Heights of one view mean nothing in another one.
+  byId("level").addEventListener("change", (event) => choose({level: event.target.value,
+    range: typeof chosen.range === "string" ? chosen.range : null}));
+  byId("range-auto").addEventListener("click", () => setRange("auto"));
+  byId("range-full").addEventListener("click", () => setRange("full"));
+  byId("choice").addEventListener("submit", (event) => event.preventDefault());
+  window.addEventListener("hashchange", followLink);
+}
+
+// One frame after the other, and from the beginning again.
+function listenToPlay() {
+  const button = byId("play");
+  let timer = 0;
+  const show = () => {
+    button.textContent = timer === 0 ? "Play" : "Pause";
+    button.setAttribute("aria-pressed", String(timer !== 0));
+  };
+  button.addEventListener("click", () => {
+    if (timer !== 0) {
+      clearInterval(timer);
+      timer = 0;
+    } else {
+      timer = setInterval(() => {
+        const next = (data.frameNumbers.indexOf(chosen.frame) + 1) % data.frameNumbers.length;
+        choose({frame: data.frameNumbers[next]});
+      }, PLAYED);
+    }
+    show();
+  });
+  show();
+}
+
+function listenToSaving() {
+  const name = (what, ending) => fileName([clean(data.name), clean(chosen.source),
+    data.frameNumbers.length > 1 && String(chosen.frame), what], ending);
+  const head = (what) => [[clean(data.name), clean(chosen.source),
+    data.frameNumbers.length > 1 && `frame ${chosen.frame}`, what].filter(Boolean).join(", "), scan.text];
+  const table = (what, text) => save(name(what, "csv"), new Blob([`\ufeff${text}`], {type: "text/csv"}));
+  const listen = (id, act) => byId(id).addEventListener("click", act);
+  listen("save-map", () => {
+    const beyond = byId("beyond").textContent;
+    const colour = `Colours: ${byId("bar-unit").textContent}. Hatched: not measured.` +
+      (beyond === "" ? "" : ` Beyond the colours: ${beyond}.`);
+    savePicture(name("map", "png"), head("height map"), [byId("map-axis-y"), byId("map"),
+      byId("bar-colours"), byId("map-axis-x")], [byId("map-scale").textContent, colour].filter(Boolean));
+  });
+  listen("save-section", () => savePicture(name("section", "png"),
+    head("cross-section"), [surface.plot.canvas], [byId("section-facts").innerText.replace(/\n/g, " ")]));
+  listen("save-section-csv", () => table("section", surface.sectionCsv()));
+  listen("save-solid", () => {
+    surface.solid.draw();  // what was drawn before is gone
+    savePicture(name("3d", "png"), head("3-D view"), [byId("solid")], [byId("solid-text").textContent]);
+  });
+  listen("save-profile", () => savePicture(name("profile", "png"), head("profile"),
+    [profile.plot.canvas], [byId("profile-facts").innerText.replace(/\n/g, " ")]));
+  listen("save-profile-csv", () => table("profile", csvText(profileTable(scan))));
 }
 
 const name = clean(data.name);
@@ -165,15 +187,20 @@ document.title = name;
 byId("name").textContent = name;
 byId("notice").textContent = data.notice;
 appendFacts(byId("facts"), data.facts);
-const options = data.sourceNames.map((source) => element("option", "", clean(source)));
-byId("source").append(...options);
+byId("source").append(...data.sourceNames.map((source) => element("option", "", clean(source))));
+const severalFrames = data.frameNumbers.length > 1;
 byId("source-choice").hidden = data.sourceNames.length < 2;
-byId("frame-choice").hidden = data.frameNumbers.length < 2;
-byId("choice").hidden = data.sourceNames.length < 2 && data.frameNumbers.length < 2;
+byId("frame-choice").hidden = byId("strip-view").hidden = !severalFrames;
 byId("frame").max = Math.max(0, data.frameNumbers.length - 1);
-byId("source").addEventListener("change", showChosen);
-byId("frame").addEventListener("input", showChosen);
-byId("choice").addEventListener("submit", (event) => event.preventDefault());
-listenToMap();
-listenToSolid();
-showChosen();
+for (const end of ["below", "above"]) {
+  document.documentElement.style.setProperty(`--${end}`, `rgb(${data[end].join(" ")})`);
+}
+for (const place of document.querySelectorAll(".line-hint")) place.title = LINE_HINT;
+if (severalFrames) {
+  strip = new FrameStrip(byId("strip"), byId("strip-text"), (index) => choose({
+    frame: data.frameNumbers[index]}));
+}
+listenToChoice();
+listenToPlay();
+listenToSaving();
+followLink();

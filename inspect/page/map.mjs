@@ -1,43 +1,22 @@
 // SPDX-License-Identifier: MIT
-// The height map: its picture, and the cell with the readout.
-import {colourIndex} from "./colourbar.mjs";
-import {drawOnDemand, fitCanvas, hatchPattern} from "./drawing.mjs";
+// The height map: its picture, its axes, and the cell with the readout.
+import {numbering} from "./colours.mjs";
+import {drawOnDemand, fitCanvas, hatchPattern, themeColour} from "./drawing.mjs";
+import {blockFor, largeFor} from "./grid.mjs";
 import {MapView} from "./mapview.mjs";
+import {OddCells} from "./odd.mjs";
+import {paint, placesOf} from "./paint.mjs";
+import {labelsThatFit} from "./text.mjs";
 
-const TILE = 2048;  // cells of a part of the image: no browser takes images of any size
-
-// The parts of a picture.
-export function partsOf(width, length) {
-  const parts = [];
-  for (let y = 0; y < length; y += TILE) {
-    for (let x = 0; x < width; x += TILE) {
-      parts.push({x, y, width: Math.min(TILE, width - x), height: Math.min(TILE, length - y)});
-    }
-  }
-  return parts;
-}
-
-// Red, green, blue and opacity of the cells in a part of the picture.
-export function pixelsOf(view, {x, y, width, height}, palette, range) {
-  const pixels = new Uint8ClampedArray(4 * width * height);
-  for (let j = 0, i = 0; j < height; ++j) {
-    const row = view.flipRow(y + j);
-    for (let k = 0; k < width; ++k, i += 4) {
-      const z = view.scan.z(row * view.scan.width + view.flipColumn(x + k));
-      if (Number.isNaN(z)) continue;  // transparent
-      const colour = 3 * colourIndex(z, range);
-      pixels.set(palette.subarray(colour, colour + 3), i);
-      pixels[i + 3] = 255;
-    }
-  }
-  return pixels;
-}
+const FONT = "12px system-ui, sans-serif";
 
 export class HeightMap {
-  // `onCell(cell, byKey)` hears of the cell with the readout; `onView()` of every drawing.
-  constructor(canvas, palette, onCell, onView) {
+  // `axes`: the canvases beside and below. `onCell(cell, byKey)` hears of the cell with the readout;
+  // `onView(context)` of every drawing.
+  constructor(canvas, axes, table, onCell, onView) {
     this.canvas = canvas;
-    this.palette = palette;
+    [this.axisX, this.axisY] = axes;
+    this.table = table;
     this.onCell = onCell;
     this.onView = onView;
     this.cell = {column: 0, row: 0};
@@ -45,22 +24,21 @@ export class HeightMap {
     this.view = new MapView(canvas, this.demand);
   }
 
-  show(scan, range) {
+  // Heights in `blocks` get the colours of `range`.
+  show(scan, blocks, range) {
     const isNew = this.view.show(scan);
-    this.tiles = partsOf(scan.width, scan.length).map((part) => this.makeTile(part, range));
-    this.canvas.style.setProperty("--shape", this.view.size.width / this.view.size.height);
+    this.blocks = blocks;
+    this.odd = new OddCells(blocks.grids[0]);
+    this.range = range;
+    const [width, height] = [scan.width * this.view.steps[0], scan.length * this.view.steps[1]];
+    this.canvas.style.setProperty("--shape", width / height);
     if (isNew) this.cell = {column: scan.width >> 1, row: scan.length >> 1};
     this.demand();
     this.onCell(this.cell, false);
   }
-
-  makeTile(part, range) {
-    const canvas = document.createElement("canvas");
-    canvas.width = part.width;
-    canvas.height = part.height;
-    const pixels = pixelsOf(this.view, part, this.palette, range);
-    canvas.getContext("2d").putImageData(new ImageData(pixels, part.width), 0, 0);
-    return {canvas, part};
+  setRange(range) {
+    this.range = range;
+    this.demand();
   }
 
   setCell(cell, byKey) {
@@ -71,19 +49,124 @@ export class HeightMap {
   }
 
   draw() {
-    const {context, width, height} = fitCanvas(this.canvas);
     const {view} = this;
-    context.clearRect(0, 0, width, height);
     if (!view.scan || view.scan.width === 0 || view.scan.length === 0) return;
+    const {context, width, height} = fitCanvas(this.canvas);
     view.keepInside();
-    const whole = view.boxOf({x: 0, y: 0, width: view.scan.width, height: view.scan.length});
+    this.drawHeights(context, width, height);
+    const {left, top, right, bottom} = view.box;
+    context.globalCompositeOperation = "destination-over";
     context.fillStyle = hatchPattern(context);
-    context.fillRect(whole.left, whole.top, whole.right - whole.left, whole.bottom - whole.top);
-    context.imageSmoothingEnabled = Math.min(view.cellWidth, view.cellHeight) * view.zoom < 1;
-    for (const tile of this.tiles) {
-      const {left, top, right, bottom} = view.boxOf(tile.part);
-      context.drawImage(tile.canvas, left, top, Math.max(1, right - left), Math.max(1, bottom - top));
-    }
+    context.fillRect(left, top, right - left, bottom - top);
+    context.globalCompositeOperation = "source-over";
+    this.circleOddCells(context);
+    this.nameFirstRow(context, width, height);
+    this.drawAxes();
     this.onView(context);
   }
+
+  drawHeights(context, width, height) {
+    const {view} = this;
+    const {width: across, height: down} = this.canvas;
+    const [ratioX, ratioY] = [across / width, down / height];
+    const [sizeX, sizeY] = [view.cellWidth * view.zoom * ratioX, view.cellHeight * view.zoom * ratioY];
+    const grid = this.blocks.of(blockFor(sizeX), blockFor(sizeY));
+    const columns = placesOf(across, view.box.left * ratioX, sizeX, view.scan.width, view.mirrored,
+      grid.columns);
+    const rows = placesOf(down, view.box.top * ratioY, sizeY, view.scan.length, view.upwards,
+      grid.rows);
+    if (this.image?.width !== across || this.image.height !== down) {
+      this.image = context.createImageData(across, down);
+      this.pixels = new Int32Array(this.image.data.buffer);
+    }
+    this.pixels.fill(0);
+    paint(this.pixels, grid, columns, rows, this.table, numbering(this.range, this.blocks.origin),
+      largeFor(this.range, grid));
+    context.putImageData(this.image, 0, 0);
+  }
+
+  circleOddCells(context) {
+    const {low, high} = this.range;
+    const {origin} = this.blocks;
+    for (const cell of this.odd.within({low: low - origin, high: high - origin})) {
+      const {x, y} = this.view.placeOf(cell);
+      for (const [colour, width] of [["#000", 3.5], ["#fff", 1.5]]) {
+        context.strokeStyle = colour;
+        context.lineWidth = width;
+        context.beginPath();
+        context.arc(x, y, 9, 0, 2 * Math.PI);
+        context.stroke();
+      }
+    }
+  }
+
+  // The file's order of rows is told where it begins.
+  nameFirstRow(context, width, height) {
+    const {top, bottom, left} = this.view.box;
+    const atBottom = this.view.upwards;
+    const y = atBottom ? bottom : top;
+    if (this.view.scan.kind === "cloud") return;  // its rows are not the file's
+    if (y < -1 || y > height + 1) return;
+    const text = "first row of the file";
+    context.font = FONT;
+    context.textAlign = "left";
+    const x = Math.max(left, 0) + 6;
+    const base = atBottom ? Math.min(y, height) - 6 : Math.max(y, 0) + 15;
+    context.fillStyle = "rgba(0, 0, 0, 0.6)";
+    context.fillRect(x - 3, base - 12, context.measureText(text).width + 6, 16);
+    context.fillStyle = "#fff";
+    context.fillText(text, x, base);
+  }
+
+  drawAxes() {
+    this.drawAxisX();
+    this.drawAxisY();
+  }
+
+  drawAxisX() {
+    const {context, width, height} = fitCanvas(this.axisX);
+    const {view} = this;
+    const {unitX} = view.scan;
+    const [left, right] = [Math.max(view.box.left, 0), Math.min(view.box.right, width)];
+    const [from, to] = [left, right].map((place) => unitX.shown(view.xAt(place)));
+    prepare(context, width, height);
+    const labels = labelsThatFit(Math.min(from, to), Math.max(from, to), right - left,
+      (text) => context.measureText(text).width + 14);
+    context.textAlign = "center";
+    for (const [value, text] of labels) {
+      const x = left + (value - from) / (to - from || 1) * (right - left);
+      const half = context.measureText(text).width / 2;
+      context.fillRect(Math.round(x), 0, 1, 5);
+      context.fillText(text, Math.min(Math.max(x, half), width - half), 17);
+    }
+    context.textAlign = "right";
+    const {unitY} = view.scan;
+    context.fillText(unitX.name === unitY.name ? unitX.axis("x, y")
+      : `${unitX.axis("x")}, ${unitY.axis("y")}`, width, 32);
+  }
+
+  drawAxisY() {
+    const {view} = this;
+    const {unitY} = view.scan;
+    const height = this.canvas.clientHeight;
+    const [top, bottom] = [Math.max(view.box.top, 0), Math.min(view.box.bottom, height)];
+    const [from, to] = [top, bottom].map((place) => unitY.shown(view.yAt(place)));
+    const labels = labelsThatFit(Math.min(from, to), Math.max(from, to), bottom - top, () => 20);
+    const {context, width} = fitCanvas(this.axisY);
+    prepare(context, width, height);
+    const widest = Math.max(0, ...labels.map(([, text]) => context.measureText(text).width));
+    if (widest + 9 > width) this.axisY.style.width = `${Math.ceil(widest) + 10}px`;
+    context.textAlign = "right";
+    for (const [value, text] of labels) {
+      const y = top + (value - from) / (to - from || 1) * (bottom - top);
+      context.fillRect(width - 5, Math.round(y), 5, 1);
+      context.fillText(text, width - 8, Math.min(Math.max(y + 4, 10), height - 2));
+    }
+  }
+}
+
+function prepare(context, width, height) {
+  context.clearRect(0, 0, width, height);
+  context.font = FONT;
+  context.fillStyle = themeColour("--faint");
 }

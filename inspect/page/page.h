@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "inspect/measure/colourrange.h"
 #include "inspect/scanfacts.h"
+#include "inspect/selection.h"
 
 // What a file holds in all, or what is wanted of it.
 struct PageExtent {
@@ -18,6 +20,14 @@ struct PageExtent {
   zSize firstFrame = 0;
 };
 
+// How a page looks at first, and what of the file was asked for.
+struct PageOptions {
+  z64u budget = 1'000'000;  // points in all
+  ColourChoice range;
+  Levelling levelling = Levelling::none;
+  Selection selection;
+};
+
 // Holds no more points than its budget, however many are added. As long as a file has no more, all
 // of them are kept; otherwise each scan is reduced to its share, and frames are left out evenly
 // where the shares would be too small to look at. The page tells about both.
@@ -25,7 +35,8 @@ class Page {
  public:
   // `name` heads the page. `facts` are shown as they stand: objects as sections, arrays of objects
   // as tables. Texts may hold anything.
-  Page(std::string name, nlohmann::ordered_json facts, const PageExtent& extent, z64u budget);
+  Page(std::string name, nlohmann::ordered_json facts, const PageExtent& extent,
+       const PageOptions& options);
 
   // `frame` is counted from 0, `frameIndex` its entry in the recording's index. Frames come in
   // ascending order.
@@ -36,7 +47,7 @@ class Page {
  private:
   nlohmann::ordered_json document_;
   std::vector<std::string> arrays_;  // base64, as the scans in the document number them
-  z64u budget_;
+  PageOptions options_;
   z64u left_;  // points that may still be added
   zSize firstFrame_;
   zSize every_ = 1;

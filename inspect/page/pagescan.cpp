@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <tuple>
 
 #include "inspect/picture/ticks.h"
 #include "inspect/reduction/mapcells.h"
-#include "scan/heightrange.h"
 
 namespace {
 
@@ -47,17 +45,6 @@ PageValues Quantise(const std::vector<z64f>& reals) {
   return values;
 }
 
-void TellRange(PageScan& page) {
-  const PageValues& heights = page.heights;
-  const auto gaps = std::ranges::count(heights.raw, kInvalidRaw);
-  page.measured = heights.raw.size() - static_cast<zSize>(gaps);
-  if (page.measured == 0) return;
-  const HeightRange range = FindHeightRange(heights.raw);
-  const Axis axis{heights.scale, heights.offset};
-  std::tie(page.low, page.high) =
-      std::minmax({Real(range.lowest, axis), Real(range.highest, axis)});
-}
-
 // Those of points without a height too.
 std::vector<z8u> OwnIntensities(const Scan& scan) {
   const std::span<const z8u> intensities = IntensitiesOf(scan);
@@ -79,6 +66,10 @@ PageScan FromMap(const Scan& scan, zSize mostPoints) {
     page.intensities = OwnIntensities(scan);
   } else {
     page.heights = Quantise({map.heights.begin(), map.heights.end()});
+  }
+  if (map.reduced) {
+    page.lows = Quantise({map.lows.begin(), map.lows.end()});
+    page.highs = Quantise({map.highs.begin(), map.highs.end()});
   }
   return page;
 }
@@ -132,6 +123,7 @@ PageScan FromProfile(const Scan& scan, zSize mostPoints) {
 
 PageScan MakePageScan(const Scan& scan, zSize mostPoints) {
   PageScan page = scan.IsProfile() ? FromProfile(scan, mostPoints) : FromMap(scan, mostPoints);
-  TellRange(page);
+  page.measured = page.heights.raw.size() -
+                  static_cast<zSize>(std::ranges::count(page.heights.raw, kInvalidRaw));
   return page;
 }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // A scan as a page holds it: 16-bit values with a scale and an offset, intensities as bytes.
+// Lengths are in the units that the file tells.
 #pragma once
 
 #include <vector>
 
 #include "inspect/reduction/heightmap.h"
 
-// A value v stands for v * scale + offset mm, kInvalidRaw for nothing measured.
+// A value v stands for v * scale + offset, kInvalidRaw for nothing measured.
 struct PageValues {
   std::vector<z16s> raw;
   z64f scale = 1, offset = 0;
@@ -15,11 +16,11 @@ struct PageValues {
 // The points of a profile are cells in one row.
 struct PageScan : MapGrid {
   PageValues heights;            // row by row
+  PageValues lows, highs;        // of the points of each cell, unless each cell is one point
   PageValues places;             // x of the points of a profile that have no even step
   std::vector<z8u> intensities;  // likewise; empty for a scan without
-  bool reduced = false;    // more points than wished; of a surface, cells stand for more than one
-  z64f low = 0, high = 0;  // mm, of the heights; both 0 when there is none
-  zSize measured = 0;      // cells with a height
+  bool reduced = false;  // more points than wished; of a surface, cells stand for more than one
+  zSize measured = 0;    // cells with a height
 };
 
 // At most `mostPoints` cells or points. A scan of no more points keeps its raw heights, their scale

@@ -2,14 +2,13 @@
 // A line plot of heights over x, with a cursor that jumps from point to point.
 import {drawOnDemand, fitCanvas, onDrag, onKeys, onWheel, placeAt, pointIn, themeColour} from "./drawing.mjs";
 import {element} from "./elements.mjs";
-import {MARGIN, PlotView} from "./plotview.mjs";
-import {number, ticksOf} from "./text.mjs";
+import {PlotView} from "./plotview.mjs";
+import {labelsThatFit} from "./text.mjs";
 
 export class LinePlot {
   // `onCursor(index, byKey)` hears of the point with the readout; `onView()` of every drawing.
-  constructor(stage, {label, xName, onCursor, onView = () => {}}) {
+  constructor(stage, {label, onCursor, onView = () => {}}) {
     this.stage = stage;
-    this.xName = xName;
     this.onCursor = onCursor;
     this.onView = onView;
     this.canvas = element("canvas");
@@ -28,12 +27,13 @@ export class LinePlot {
     this.canvas.addEventListener("pointermove", (event) => {
       if (event.buttons === 0) this.setIndex(this.view.nearest(pointIn(this.canvas, event).x), false);
     });
+    const zoomAt = (factor, {x}) => this.view.zoomBy(factor, this.view.toX(x));
     onDrag(this.canvas, {
+      pinch: zoomAt,
       start: (event) => this.setIndex(this.view.nearest(pointIn(this.canvas, event).x), false),
       move: (dx) => this.view.moveBy(-dx / this.view.scaleX),
     });
-    onWheel(this.canvas, (factor, event) =>
-      this.view.zoomBy(factor, this.view.toX(pointIn(this.canvas, event).x)));
+    onWheel(this.canvas, (factor, event) => zoomAt(factor, pointIn(this.canvas, event)));
     onKeys(this.canvas, (key, by) => {
       if (key === "+" || key === "=") this.view.zoomBy(1.5, this.view.points.x[this.index]);
       else if (key === "-") this.view.zoomBy(1 / 1.5, this.view.points.x[this.index]);
@@ -67,11 +67,12 @@ export class LinePlot {
     context.clearRect(0, 0, width, height);
     this.view.fitHeights();
     this.drawAxes(context, width, height);
+    const {left, right, top, bottom} = this.view.margin;
     context.save();
     context.beginPath();
-    context.rect(MARGIN.left, MARGIN.top, width - MARGIN.left - MARGIN.right,
-      height - MARGIN.top - MARGIN.bottom);
+    context.rect(left, top, width - left - right, height - top - bottom);
     context.clip();
+    if (this.view.points.lowest) this.drawBand(context);
     this.drawLine(context);
     context.restore();
     this.placeCursor();
@@ -79,48 +80,72 @@ export class LinePlot {
   }
 
   drawAxes(context, width, height) {
-    const bottom = height - MARGIN.bottom;
+    const {view} = this;
+    const {margin} = view;
+    const bottom = height - margin.bottom;
     context.font = "12px system-ui, sans-serif";
     context.strokeStyle = themeColour("--rule");
     context.fillStyle = themeColour("--faint");
     context.lineWidth = 1;
+    const wide = (text) => context.measureText(text).width;
+    const up = labelsThatFit(view.low, view.high, bottom - margin.top, () => 20);
+    margin.left = Math.max(40, 14 + Math.max(0, ...up.map(([, text]) => wide(text))));
     context.beginPath();
-    const across = ticksOf(this.view.seen.low, this.view.seen.high, Math.max(2, width / 90));
-    context.textAlign = "center";
-    for (const tick of across.ticks) {
-      const x = Math.round(this.view.toScreenX(tick)) + 0.5;
-      context.moveTo(x, MARGIN.top);
-      context.lineTo(x, bottom);
-      context.fillText(number(tick, across.decimals), x, bottom + 15);
-    }
-    const up = ticksOf(this.view.low, this.view.high, Math.max(2, height / 45));
     context.textAlign = "right";
-    for (const tick of up.ticks) {
-      const y = Math.round(this.view.toScreenZ(tick)) + 0.5;
-      context.moveTo(MARGIN.left, y);
-      context.lineTo(width - MARGIN.right, y);
-      context.fillText(number(tick, up.decimals), MARGIN.left - 6, y + 4);
+    for (const [tick, text] of up) {
+      const y = Math.round(view.toScreenZ(tick)) + 0.5;
+      context.moveTo(margin.left, y);
+      context.lineTo(width - margin.right, y);
+      context.fillText(text, margin.left - 6, y + 4);
+    }
+    const across = width - margin.left - margin.right;
+    for (const [tick, text] of labelsThatFit(view.seen.low, view.seen.high, across,
+      (label) => wide(label) + 24)) {
+      const x = Math.round(view.toScreenX(tick)) + 0.5;
+      const half = wide(text) / 2;
+      context.moveTo(x, margin.top);
+      context.lineTo(x, bottom);
+      context.textAlign = "center";
+      context.fillText(text, Math.min(x, width - half - 1), bottom + 15);
     }
     context.stroke();
-    const [xUnit, , zUnit] = this.view.points.units ?? ["mm", "mm", "mm"];
-    context.fillText(`${this.xName} in ${xUnit}`, width - MARGIN.right, height - 6);
+    const {xTitle = "", zTitle = ""} = view.points;
+    context.textAlign = "right";
+    context.fillText(xTitle, width - margin.right, height - 6);
     context.textAlign = "left";
-    context.fillText(`z in ${zUnit}`, 4, height - 6);
+    context.fillText(zTitle, 4, height - 6);
+  }
+
+  // From the lowest to the highest of what points stand for.
+  drawBand(context) {
+    const {view} = this;
+    const {x, lowest, highest} = view.points;
+    context.fillStyle = themeColour("--band");
+    for (const run of view.runs()) {
+      const kept = view.outline(run);
+      context.beginPath();
+      for (const i of kept) context.lineTo(view.toScreenX(x[i]), view.toScreenZ(highest[i]) - 0.5);
+      for (const i of kept.reverse()) {
+        context.lineTo(view.toScreenX(x[i]), view.toScreenZ(lowest[i]) + 0.5);
+      }
+      context.fill();
+    }
   }
 
   drawLine(context) {
-    const {x, z} = this.view.points;
+    const {view} = this;
+    const {x, z} = view.points;
     context.strokeStyle = context.fillStyle = themeColour("--accent");
     context.lineWidth = 1.5;
     context.lineJoin = "round";
     context.beginPath();
-    for (const [first, last] of this.view.runs()) {
-      for (let i = first; i <= last; ++i) {
-        const [px, py] = [this.view.toScreenX(x[i]), this.view.toScreenZ(z[i])];
-        if (i > first) context.lineTo(px, py);
+    for (const run of view.runs()) {
+      view.outline(run).forEach((i, k) => {
+        const [px, py] = [view.toScreenX(x[i]), view.toScreenZ(z[i])];
+        if (k > 0) context.lineTo(px, py);
         else context.moveTo(px, py);
-        if (first === last) context.fillRect(px - 1, py - 1, 2, 2);
-      }
+        if (run[0] === run[1]) context.fillRect(px - 1, py - 1, 2, 2);
+      });
     }
     context.stroke();
   }
@@ -129,9 +154,9 @@ export class LinePlot {
     if (this.view.low === undefined || this.view.points.x.length === 0) return;
     const x = this.view.toScreenX(this.view.points.x[this.index]);
     const z = this.view.points.z[this.index];
-    placeAt(this.line, x, 0, this.canvas);
-    this.line.hidden ||= x < MARGIN.left - 1;
-    this.line.style.height = `${this.canvas.clientHeight - MARGIN.bottom}px`;
+    placeAt(this.line, x, 0, this.view.shown);
+    this.line.hidden ||= x < this.view.margin.left - 1;
+    this.line.style.height = `${this.view.shown.height - this.view.margin.bottom}px`;
     this.line.style.setProperty("--dot", Number.isNaN(z) ? "-99px" : `${this.view.toScreenZ(z)}px`);
   }
 }

@@ -2,17 +2,25 @@
 // Which part of a line plot is seen, and where its points are.
 import {extentOf} from "./text.mjs";
 
-export const MARGIN = {left: 58, right: 12, top: 10, bottom: 38};
+const DENSE = 4;  // points for a pixel, from which on only the outline is drawn
 
 export class PlotView {
   // `canvas` has a clientWidth and a clientHeight. `onChange()` hears that the view was moved.
   constructor(canvas, onChange) {
     this.canvas = canvas;
     this.onChange = onChange;
+    this.margin = {left: 40, right: 12, top: 10, bottom: 38};
     this.points = {x: [], z: []};
+    this.measure();
   }
 
-  // x and z, from left to right; NaN in z is a gap.
+  // Asks for the canvas's size, once for each drawing: a browser may have to work it out anew.
+  measure() {
+    this.shown = {width: this.canvas.clientWidth, height: this.canvas.clientHeight};
+  }
+
+  // x and z as shown, from left to right; NaN in z is a gap. `lowest` and `highest`: of what points
+  // stand for, where they are not alone.
   show(points, keepSeen) {
     this.points = points;
     this.all = extentOf(points.x);
@@ -59,24 +67,25 @@ export class PlotView {
   }
 
   get scaleX() {
-    const width = this.canvas.clientWidth - MARGIN.left - MARGIN.right;
+    const width = this.shown.width - this.margin.left - this.margin.right;
     return width / (this.seen.high - this.seen.low);
   }
   get scaleZ() {
-    const height = this.canvas.clientHeight - MARGIN.top - MARGIN.bottom;
+    const height = this.shown.height - this.margin.top - this.margin.bottom;
     return height / (this.high - this.low);
   }
-  toScreenX(x) { return MARGIN.left + (x - this.seen.low) * this.scaleX; }
-  toScreenZ(z) { return MARGIN.top + (this.high - z) * this.scaleZ; }
-  toX(screen) { return this.seen.low + (screen - MARGIN.left) / this.scaleX; }
+  toScreenX(x) { return this.margin.left + (x - this.seen.low) * this.scaleX; }
+  toScreenZ(z) { return this.margin.top + (this.high - z) * this.scaleZ; }
+  toX(screen) { return this.seen.low + (screen - this.margin.left) / this.scaleX; }
 
   nearest(screen) {
     const x = this.toX(screen);
+    const xs = this.points.x;
     let [best, least] = [-1, Infinity];
-    this.points.x.forEach((value, i) => {
-      const distance = Math.abs(value - x);
+    for (let i = 0; i < xs.length; ++i) {
+      const distance = Math.abs(xs[i] - x);
       if (distance < least) [best, least] = [i, distance];
-    });
+    }
     return best;
   }
 
@@ -92,11 +101,36 @@ export class PlotView {
     return runs;
   }
 
+  // What to draw of a run of points: all, or where they are dense, the first, the extremes and the
+  // last of those at each pixel.
+  outline([first, last]) {
+    const {x, z} = this.points;
+    const all = last - first + 1;
+    if (all < DENSE * this.shown.width) return Array.from({length: all}, (_, i) => first + i);
+    const kept = [];
+    for (let i = first; i <= last;) {
+      const pixel = Math.floor(this.toScreenX(x[i]));
+      let [low, high, end] = [i, i, i];
+      for (; end <= last && Math.floor(this.toScreenX(x[end])) === pixel; ++end) {
+        if (z[end] < z[low]) low = end;
+        if (z[end] > z[high]) high = end;
+      }
+      kept.push(...[...new Set([i, low, high, end - 1])].sort((a, b) => a - b));
+      i = end;
+    }
+    return kept;
+  }
+
   // Sets the lowest and the highest height seen, with some room.
   fitHeights() {
-    const {x, z} = this.points;
-    const isOutside = (i) => x[i] < this.seen.low || x[i] > this.seen.high;
-    let {low, high} = extentOf(z.filter((_, i) => !isOutside(i)));
+    this.measure();
+    const {x, z, lowest = z, highest = z} = this.points;
+    let [low, high] = [Infinity, -Infinity];
+    for (let i = 0; i < x.length; ++i) {
+      if (x[i] < this.seen.low || x[i] > this.seen.high) continue;
+      if (lowest[i] < low) low = lowest[i];
+      if (highest[i] > high) high = highest[i];
+    }
     if (low > high) [low, high] = [0, 1];
     const room = high > low ? (high - low) * 0.06 : Math.max(Math.abs(low) * 1e-3, 0.01);
     this.low = low - room;

@@ -2,36 +2,94 @@
 // The line from A to B across the map, and the heights below it.
 import {onDrag, onKeys, placeAt, pointIn} from "./drawing.mjs";
 import {speak} from "./elements.mjs";
-import {extentOf, measure, spoken} from "./text.mjs";
+import {lineFigurePairs} from "./figures.mjs";
+import {extentOf, spoken} from "./text.mjs";
+import {Unit} from "./units.mjs";
 
-// The cells that a line passes, each nearest to the line, with their distances from A, in
-// the unit of x.
+// Distances in the plane of the map: in the unit of x, or in cells where x and y cannot be compared.
+export function distanceUnit(scan) {
+  if (scan.sideRatio === 0) return new Unit("cells", 1).tellingApart(0.01);
+  const {name, factor} = scan.unitX;
+  const step = Math.min(Math.abs(scan.stepX), Math.abs(scan.stepY * scan.sideRatio));
+  return new Unit(name, factor).tellingApart(10 ** Math.floor(Math.log10(step / 20) + 1e-9));
+}
+function distanceOf(scan, columns, rows) {
+  if (scan.sideRatio === 0) return Math.hypot(columns, rows);
+  return Math.hypot(columns * scan.stepX, rows * scan.stepY * scan.sideRatio);
+}
+
+// The cells that a line passes, each nearest to the line, with their distances from A.
 export function cellsAlong(scan, a, b) {
   const columns = b.column - a.column;
   const rows = b.row - a.row;
   const steps = Math.max(Math.abs(columns), Math.abs(rows));
-  const whole = Math.hypot(columns * scan.stepX, rows * scan.stepY);
+  const whole = distanceOf(scan, columns, rows);
   return Array.from({length: steps + 1}, (_, i) => {
     const part = steps === 0 ? 0 : i / steps;
     const column = Math.round(a.column + columns * part);
     const row = Math.round(a.row + rows * part);
-    return {column, row, distance: whole * part};
+    return {column, row, cell: row * scan.width + column, distance: whole * part};
   });
 }
 
-export const heightAt = (scan, {column, row}) => scan.z(row * scan.width + column);
+// The heights below the line as a plot shows them.
+export function sectionPoints(scan, cells) {
+  const unit = distanceUnit(scan);
+  const shown = (height) => Float64Array.from(cells, ({cell}) => scan.unitZ.shown(height(cell)));
+  const points = {
+    x: Float64Array.from(cells, ({distance}) => unit.shown(distance)),
+    z: shown((cell) => scan.z(cell)),
+    xTitle: unit.axis("distance from A"),
+    zTitle: scan.unitZ.axis("z"),
+  };
+  if (scan.hasExtremes) {
+    points.lowest = shown((cell) => scan.lowestOf(cell));
+    points.highest = shown((cell) => scan.highestOf(cell));
+  }
+  return points;
+}
 
-export function sectionFacts(scan, a, b, cells) {
-  const {low, high} = extentOf(cells.map((cell) => heightAt(scan, cell)));
-  const difference = heightAt(scan, b) - heightAt(scan, a);
-  const length = Math.hypot((b.column - a.column) * scan.stepX, (b.row - a.row) * scan.stepY);
+export function sectionFacts(scan, cells) {
+  const {unitZ} = scan;
+  const heights = cells.map(({cell}) => scan.z(cell));
+  const {low} = extentOf(cells.map(({cell}) => scan.lowestOf(cell)));
+  const {high} = extentOf(cells.map(({cell}) => scan.highestOf(cell)));
+  const difference = heights.at(-1) - heights[0];
   return [
-    ["length", measure(length, 4, scan.units[0])],
-    ["height difference B − A", Number.isNaN(difference) ? "an end is not measured"
-      : measure(difference, scan.decimals, scan.units[2])],
-    ["lowest", measure(low, scan.decimals, scan.units[2])],
-    ["highest", measure(high, scan.decimals, scan.units[2])],
+    ["length", distanceUnit(scan).text(cells.at(-1).distance)],
+    ["height difference B − A",
+      Number.isNaN(difference) ? "an end is not measured" : unitZ.difference(difference)],
+    ["lowest", unitZ.text(low)],
+    ["highest", unitZ.text(high)],
+    ...lineFigurePairs(heights, scan.fileUnits[2]),
   ];
+}
+
+// A table of the section, in the units of the file.
+export function sectionTable(scan, cells) {
+  const [x, y, z] = scan.fileUnits.map(([name]) => name === "" ? "" : ` (${name})`);
+  const levelled = {none: "", plane: ", levelled by a plane", mean: ", levelled by the mean"};
+  const extremes = scan.hasExtremes ? ["lowest", "highest"].map((name) => name + z) : [];
+  const head = [`distance${scan.sideRatio === 0 ? " (cells)" : x}`, `x${x}`, `y${y}`,
+    `z${levelled[scan.level]}${z}`, ...extremes];
+  return [head, ...cells.map(({cell, column, row, distance}) => [distance, scan.xOf(column),
+    scan.yOf(row), scan.z(cell),
+    ...scan.hasExtremes ? [scan.lowestOf(cell), scan.highestOf(cell)] : []])];
+}
+
+// As the handles look, for pictures that are saved.
+function nameEnd(context, name, x, y) {
+  context.beginPath();
+  context.arc(x, y, 11, 0, 2 * Math.PI);
+  context.fillStyle = "#fff";
+  context.strokeStyle = "#000";
+  context.lineWidth = 2;
+  context.fill();
+  context.stroke();
+  context.font = "bold 13px system-ui, sans-serif";
+  context.textAlign = "center";
+  context.fillStyle = "#000";
+  context.fillText(name, x, y + 5);
 }
 
 export class SectionLine {
@@ -55,7 +113,7 @@ export class SectionLine {
     });
   }
 
-  // Keeps its ends while the map keeps its size.
+  // Keeps its ends while they are on the map.
   fit(scan) {
     const inside = (cell) => cell.column < scan.width && cell.row < scan.length;
     if (this.ends && this.ends.every(inside)) return;
@@ -80,7 +138,8 @@ export class SectionLine {
       context.stroke();
     }
     [a, b].forEach(({x, y}, end) => {
-      placeAt(this.handles[end], x, y, this.map.canvas);
+      nameEnd(context, "AB"[end], x, y);
+      placeAt(this.handles[end], x, y, this.map.view.shown);
       const {column, row} = this.ends[end];
       const place = this.map.view.scan.tell(column, row).slice(0, 3);
       this.handles[end].setAttribute("aria-label", `End ${"AB"[end]}: ${spoken(place)}`);

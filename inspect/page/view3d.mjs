@@ -1,21 +1,27 @@
 // SPDX-License-Identifier: MIT
-// The 3-D view: the map's cells as corners of a mesh, lit from the viewer's left, without
+// The 3-D view: blocks of heights as corners of a mesh, lit from the viewer's left, without
 // perspective, so that equal lengths look equal.
 import {drawOnDemand, onDrag, onKeys, onWheel} from "./drawing.mjs";
-import {makeMesh, meshText, strideOf, turnMatrix} from "./mesh.mjs";
+import {largeFor} from "./grid.mjs";
+import {autoStretch, blocksOf, fitFor, makeMesh, meshText, turnMatrix} from "./mesh.mjs";
+
+const CORNERS = 250000;      // more would turn too slowly
+const CORNERS_MOVED = 16000;  // while the view is turned
+const STILL = 200;           // ms after which all corners are drawn again
 
 const VERTEX_SHADER = `#version 300 es
 in vec3 place;
 uniform mat3 turn;
 uniform vec3 size;
 uniform vec2 heights;
+uniform float dotSize;
 out vec3 turned;
 out float part;
 void main() {
   turned = turn * (place * vec3(1.0, 1.0, size.z));
   part = heights.y > heights.x ? (place.z - heights.x) / (heights.y - heights.x) : 0.5;
-  gl_Position = vec4(turned.xy * size.xy, -turned.z / (2.0 * size.z), 1.0);
-  gl_PointSize = 2.0;
+  gl_Position = vec4(turned.xy * size.xy, -turned.z / (2.0 * max(size.z, 1.0)), 1.0);
+  gl_PointSize = dotSize;
 }`;
 
 const FRAGMENT_SHADER = `#version 300 es
@@ -24,20 +30,25 @@ in vec3 turned;
 in float part;
 uniform sampler2D palette;
 uniform float lit;
+uniform vec3 below;
+uniform vec3 above;
 out vec4 colour;
 void main() {
   vec3 normal = cross(dFdx(turned), dFdy(turned));
   float length = length(normal);
   float light = length > 0.0 ? abs(dot(normal / length, normalize(vec3(-0.4, 0.5, 0.8)))) : 1.0;
   vec3 own = texture(palette, vec2((clamp(part, 0.0, 1.0) * 255.0 + 0.5) / 256.0, 0.5)).rgb;
+  own = part < -1e-4 ? below : part > 1.0001 ? above : own;
   colour = vec4(own * mix(1.0, 0.35 + 0.65 * light, lit), 1.0);
 }`;
 
 export class SolidView {
-  constructor(canvas, text, palette) {
+  // `colours`: the palette, and the colours below and above a range.
+  constructor(canvas, text, colours) {
     this.canvas = canvas;
-    this.palette = palette;
+    this.colours = colours;
     this.text = text;
+    this.stretchChoice = 0;  // how many times larger heights are drawn; 0 to fit
     this.reset();
     this.gl = canvas.getContext("webgl2", {antialias: true});
     if (!this.gl || !this.build()) {
@@ -52,7 +63,10 @@ export class SolidView {
   }
 
   listen() {
-    onDrag(this.canvas, {move: (dx, dy) => this.turn(-dx / 150, -dy / 150)});
+    onDrag(this.canvas, {
+      move: (dx, dy) => this.turn(-dx / 150, -dy / 150),
+      pinch: (factor) => this.zoomBy(factor),
+    });
     onWheel(this.canvas, (factor) => this.zoomBy(factor));
     onKeys(this.canvas, (key, by) => {
       const angle = by * Math.PI / 36;
@@ -70,14 +84,14 @@ export class SolidView {
     this.canvas.addEventListener("webglcontextlost", (event) => event.preventDefault());
     this.canvas.addEventListener("webglcontextrestored", () => {
       this.build();
-      if (this.scan) this.show(this.scan, this.range);
+      if (this.scan) this.show(this.scan, this.blocks, this.range);
     });
   }
 
   reset() {
     this.heading = 0.45;  // around z
     this.tilt = 0.95;     // from above, 0, to the side
-    this.zoom = 1.2;
+    this.zoom = 1;
   }
   turnBack() {
     this.reset();
@@ -86,15 +100,30 @@ export class SolidView {
   turn(heading, tilt) {
     this.heading += heading;
     this.tilt = Math.min(Math.max(this.tilt + tilt, 0), Math.PI);
-    this.demand();
+    this.move();
   }
   zoomBy(factor) {
     this.zoom = Math.min(Math.max(this.zoom * factor, 0.5), 50);
+    this.move();
+  }
+  // Fewer corners while the view moves.
+  move() {
+    this.moving = true;
+    clearTimeout(this.rest);
+    this.rest = setTimeout(() => {
+      this.moving = false;
+      this.demand();
+    }, STILL);
     this.demand();
   }
   stretch(factor) {
-    this.heightFactor = factor;
+    this.stretchChoice = factor;
+    this.tell();
     this.demand();
+  }
+  get stretchNow() { return this.stretchChoice || autoStretch(this.scan, this.range); }
+  tell() {
+    if (this.scan) this.text.textContent = meshText(this.scan, this.sizes[0], this.stretchNow);
   }
 
   build() {
@@ -113,50 +142,84 @@ export class SolidView {
     this.uniform = (name) => gl.getUniformLocation(program, name);
     gl.bindTexture(gl.TEXTURE_2D, gl.createTexture());
     gl.pixelStorei(gl.UNPACK_ALIGNMENT, 1);
-    gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGB, 256, 1, 0, gl.RGB, gl.UNSIGNED_BYTE, this.palette);
+    gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGB, 256, 1, 0, gl.RGB, gl.UNSIGNED_BYTE,
+      this.colours.palette);
     gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_MIN_FILTER, gl.NEAREST);
     gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_WRAP_S, gl.CLAMP_TO_EDGE);
-    gl.bindBuffer(gl.ARRAY_BUFFER, gl.createBuffer());
-    gl.bindBuffer(gl.ELEMENT_ARRAY_BUFFER, gl.createBuffer());
-    const place = gl.getAttribLocation(program, "place");
-    gl.enableVertexAttribArray(place);
-    gl.vertexAttribPointer(place, 3, gl.FLOAT, false, 0, 0);
+    for (const name of ["below", "above"]) {
+      gl.uniform3fv(this.uniform(name), this.colours[name].map((part) => part / 255));
+    }
+    this.place = gl.getAttribLocation(program, "place");
+    this.buffers = [CORNERS, CORNERS_MOVED].map(() => this.makeBuffers());
     gl.enable(gl.DEPTH_TEST);
     return true;
   }
 
-  show(scan, range) {
-    if (!this.gl) return;
+  makeBuffers() {
     const {gl} = this;
-    this.scan = scan;
-    this.range = range;
-    const stride = strideOf(scan);
-    this.mesh = makeMesh(scan, stride);
-    gl.bufferData(gl.ARRAY_BUFFER, this.mesh.places, gl.STATIC_DRAW);
-    gl.bufferData(gl.ELEMENT_ARRAY_BUFFER,
-      Uint32Array.from(this.mesh.triangles.concat(this.mesh.points)), gl.STATIC_DRAW);
-    this.text.textContent = meshText(scan, stride);
+    const buffers = {state: gl.createVertexArray(), places: gl.createBuffer(),
+      corners: gl.createBuffer()};
+    gl.bindVertexArray(buffers.state);
+    gl.bindBuffer(gl.ARRAY_BUFFER, buffers.places);
+    gl.bindBuffer(gl.ELEMENT_ARRAY_BUFFER, buffers.corners);
+    gl.enableVertexAttribArray(this.place);
+    gl.vertexAttribPointer(this.place, 3, gl.FLOAT, false, 0, 0);
+    return buffers;
+  }
+
+  show(scan, blocks, range) {
+    if (!this.gl) return;
+    Object.assign(this, {scan, blocks, range});
+    this.sizes = [CORNERS, CORNERS_MOVED].map((most) => blocksOf(scan, most));
+    this.meshes = this.sizes.map((size, i) => this.load(size, this.buffers[i]));
+    this.tell();
     this.demand();
   }
 
+  load(size, buffers) {
+    const {gl} = this;
+    const {places, triangles, points, radius, middleZ, flat} =
+      makeMesh(this.scan, this.blocks, size, this.range,
+        largeFor(this.range, this.blocks.of(...size)));
+    gl.bindVertexArray(buffers.state);
+    gl.bindBuffer(gl.ARRAY_BUFFER, buffers.places);
+    gl.bufferData(gl.ARRAY_BUFFER, places, gl.STATIC_DRAW);
+    gl.bufferData(gl.ELEMENT_ARRAY_BUFFER, 4 * (triangles.length + points.length), gl.STATIC_DRAW);
+    gl.bufferSubData(gl.ELEMENT_ARRAY_BUFFER, 0, triangles);
+    gl.bufferSubData(gl.ELEMENT_ARRAY_BUFFER, 4 * triangles.length, points);
+    return {state: buffers.state, triangles: triangles.length, points: points.length, radius, middleZ,
+      flat};
+  }
+
+  // Other colours, while a handle is moved; `show` is to follow.
+  setRange(range) {
+    if (!this.gl) return;
+    this.range = range;
+    this.move();
+  }
+
   draw() {
-    const {gl, canvas, mesh} = this;
+    const {gl, canvas} = this;
     const ratio = window.devicePixelRatio || 1;
-    canvas.width = Math.max(1, Math.round(canvas.clientWidth * ratio));
-    canvas.height = Math.max(1, Math.round(canvas.clientHeight * ratio));
-    gl.viewport(0, 0, canvas.width, canvas.height);
+    const [across, down] = [canvas.clientWidth, canvas.clientHeight].map((size) =>
+      Math.max(1, Math.round(size * ratio)));
+    if (canvas.width !== across || canvas.height !== down) [canvas.width, canvas.height] = [across, down];
+    gl.viewport(0, 0, across, down);
     gl.clearColor(0, 0, 0, 0);
     gl.clear(gl.COLOR_BUFFER_BIT | gl.DEPTH_BUFFER_BIT);
-    if (!mesh) return;
+    if (!this.meshes) return;
+    const mesh = this.meshes[this.moving ? 1 : 0];
     gl.uniformMatrix3fv(this.uniform("turn"), false, turnMatrix(this.heading, this.tilt));
-    const zoom = this.zoom * Math.min(canvas.width, canvas.height);
-    const stretch = this.heightFactor || 1;
-    gl.uniform3f(this.uniform("size"), zoom / canvas.width, zoom / canvas.height, stretch);
+    const stretch = this.stretchNow;
+    const zoom = this.zoom * fitFor(mesh, stretch) * Math.min(across, 1.2 * down);
+    gl.uniform3f(this.uniform("size"), zoom / across, zoom / down, stretch);
     const part = (z) => (z - mesh.middleZ) / mesh.radius;
     gl.uniform2f(this.uniform("heights"), part(this.range.low), part(this.range.high));
+    gl.uniform1f(this.uniform("dotSize"), (this.moving ? 3 : 2) * ratio);
+    gl.bindVertexArray(mesh.state);
     gl.uniform1f(this.uniform("lit"), 1);
-    gl.drawElements(gl.TRIANGLES, mesh.triangles.length, gl.UNSIGNED_INT, 0);
+    gl.drawElements(gl.TRIANGLES, mesh.triangles, gl.UNSIGNED_INT, 0);
     gl.uniform1f(this.uniform("lit"), 0);
-    gl.drawElements(gl.POINTS, mesh.points.length, gl.UNSIGNED_INT, 4 * mesh.triangles.length);
+    gl.drawElements(gl.POINTS, mesh.points, gl.UNSIGNED_INT, 4 * mesh.triangles);
   }
 }

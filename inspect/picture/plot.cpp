@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "sdk/object.h"
+#include "inspect/measure/units.h"
 
 namespace {
 
@@ -14,7 +14,8 @@ constexpr int kTickLength = 5;
 constexpr int kMargin = 16;
 constexpr int kBelowPlot = 56;  // tick labels and the name of the axis
 constexpr int kNoteHeight = 22;
-constexpr int kAxisName = 160;  // pixels at most
+constexpr int kAxisName = 420;  // pixels at most
+constexpr int kLetters = 16;    // pixels that keep two labels apart
 constexpr int kTextWidth = kPictureWidth - 2 * kMargin;
 constexpr Rgb kGridLine{226, 226, 226};
 
@@ -52,24 +53,29 @@ void AppendLines(const Lettering& text, std::string rest, std::vector<std::strin
 int Plot::ColumnOf(z64f value) const { return x + PixelOf(across.ShareOf(value), width); }
 int Plot::RowOf(z64f value) const { return y + height - 1 - PixelOf(up.ShareOf(value), height); }
 
-Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
-                 const std::vector<std::string>& notes) {
+int SheetText::PlotTop() const { return 80 + static_cast<int>(head.size()) * kNoteHeight; }
+
+Canvas MakeSheet(int plotHeight, const SheetText& texts) {
   const Lettering text(kTextSize);
   std::vector<std::string> warnings;
-  for (const Caution& caution : cautions) AppendLines(text, "Caution: " + caution.text, warnings);
-  const int notesTop = kPlotTop + plotHeight + kBelowPlot;
+  for (const Caution& caution : texts.cautions) {
+    AppendLines(text, "Caution: " + caution.text, warnings);
+  }
+  std::vector<std::string> notes;
+  for (const std::string& note : texts.notes) AppendLines(text, note, notes);
+  const int notesTop = texts.PlotTop() + plotHeight + kBelowPlot;
   const auto lines = static_cast<int>(warnings.size() + notes.size());
   Canvas canvas(kPictureWidth, notesTop + lines * kNoteHeight + 8);
-  Lettering(kTitleSize).Draw(canvas, kMargin, 32, title, kInk, kTextWidth);
-  int baseline = notesTop + 14;
-  const auto write = [&](const std::vector<std::string>& texts, Rgb color) {
-    for (const std::string& line : texts) {
+  Lettering(kTitleSize).Draw(canvas, kMargin, 32, texts.title, kInk, kTextWidth);
+  const auto write = [&](int baseline, const std::vector<std::string>& block, Rgb color) {
+    for (const std::string& line : block) {
       text.Draw(canvas, kMargin, baseline, line, color, kTextWidth);
       baseline += kNoteHeight;
     }
+    return baseline;
   };
-  write(warnings, kWarningInk);
-  write(notes, kPaleInk);
+  write(56, texts.head, kInk);
+  write(write(notesTop + 14, warnings, kWarningInk), notes, kPaleInk);
   return canvas;
 }
 
@@ -106,24 +112,43 @@ void DrawGridLines(Canvas& canvas, const Plot& plot) {
   }
 }
 
-void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights,
-                  const std::string& name) {
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& colours,
+                  const AxisRange& heights, const std::string& name) {
+  constexpr int kCap = 20;
   const Lettering text(kTextSize);
   const auto palette = HeightPalette();
-  const Plot bar{plot.x + plot.width + 32, plot.y, 22, plot.height, {}, heights};
+  const int left = plot.x + plot.width + 32;
+  const int above = heights.high > colours.high ? kCap : 0;
+  const int below = heights.low < colours.low ? kCap : 0;
+  const Plot bar{left, plot.y + above, 22, plot.height - above - below, {}, colours};
+  const int right = bar.x + bar.width;
+  const int bottom = bar.y + bar.height;
+  const auto label = [&](int row, const std::string& words) {
+    canvas.Fill(right + 1, row, kTickLength, 1, kInk);
+    text.Draw(canvas, right + 11, row + 5, words, kInk, kPictureWidth - right - 13);
+  };
+  const std::vector<Tick> ticks = TicksUp(bar, colours);
+  const z64f step = ticks.size() > 1 ? ticks[1].value - ticks[0].value : colours.Size();
+  const auto cap = [&](int top, Rgb color, z64f height) {
+    canvas.Fill(bar.x, top, bar.width, kCap, color);
+    label(top + kCap / 2, NumberText(height, step / 10));
+  };
+  if (above > 0) cap(plot.y, kAboveRange, heights.high);
+  if (below > 0) cap(bottom, kBelowRange, heights.low);
   const int last = bar.height - 1;
   for (int row = 0; row <= last; ++row) {
-    const int color = heights.Size() > 0 ? 255 * (last - row) / last : 128;
+    const int color = colours.Size() > 0 ? 255 * (last - row) / last : 128;
     canvas.Fill(bar.x, bar.y + row, bar.width, 1, palette[static_cast<zSize>(color)]);
   }
-  canvas.Frame(bar.x - 1, bar.y - 1, bar.width + 2, bar.height + 2, kInk);
-  const int right = bar.x + bar.width;
-  for (const Tick& tick : TicksUp(bar, heights)) {
+  canvas.Frame(bar.x - 1, plot.y - 1, bar.width + 2, plot.height + 2, kInk);
+  for (const Tick& tick : ticks) {
     const int row = bar.RowOf(tick.value);
-    canvas.Fill(right + 1, row, kTickLength, 1, kInk);
-    text.Draw(canvas, right + 11, row + 5, tick.label, kInk, kPictureWidth - right - 13);
+    const bool free = (above == 0 || row > bar.y + kLetters - kCap / 2) &&
+                      (below == 0 || row < bottom - kLetters + kCap / 2);
+    if (free) label(row, tick.label);
   }
-  text.Draw(canvas, bar.x - 1, bar.y - 14, name, kInk, kPictureWidth - bar.x);
+  const int most = kPictureWidth - kMargin - text.Width(name);
+  text.Draw(canvas, std::clamp(most, 0, bar.x - 1), plot.y - 14, name, kInk, kTextWidth);
 }
 
 Rgb Blank::At(int x, int y) const {

@@ -11,7 +11,6 @@
 #include "scan/scan.h"
 
 inline constexpr int kPictureWidth = 1000;
-inline constexpr int kPlotTop = 80;  // below the title and the name of the upward axis
 inline constexpr Rgb kInk{30, 30, 30};
 inline constexpr Rgb kPaleInk{110, 110, 110};
 inline constexpr Rgb kWarningInk{170, 20, 20};
@@ -25,16 +24,26 @@ struct Plot {
   int RowOf(z64f value) const;
 };
 
-// A canvas with the title, room for a plot of this height, and cautions and notes below.
-Canvas MakeSheet(int plotHeight, const std::string& title, const std::vector<Caution>& cautions,
-                 const std::vector<std::string>& notes);
+// What stands above a plot and below it.
+struct SheetText {
+  std::string title;
+  std::vector<std::string> head;
+  std::vector<Caution> cautions;
+  std::vector<std::string> notes;
+
+  // Where a plot begins, below the head and the name of the upward axis.
+  int PlotTop() const;
+};
+
+// A canvas with the texts, and room for a plot of this height.
+Canvas MakeSheet(int plotHeight, const SheetText& texts);
 
 // Their names have the units.
 void DrawAxes(Canvas& canvas, const Plot& plot, const std::string& across, const std::string& up);
 void DrawGridLines(Canvas& canvas, const Plot& plot);
-// To the right of the plot.
-void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& heights,
-                  const std::string& name);
+// To the right of the plot. Heights beyond the colours have caps, which tell the outermost.
+void DrawColorBar(Canvas& canvas, const Plot& plot, const AxisRange& colours,
+                  const AxisRange& heights, const std::string& name);
 
 // What is drawn where there is no height, grey unlike any height, and its name.
 struct Blank {

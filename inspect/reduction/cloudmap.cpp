@@ -161,29 +161,43 @@ MapGrid ToMapGrid(const CellGrid& grid) {
           stepX,        stepY};
 }
 
+struct Sums {
+  z64f height = 0, intensity = 0;
+  z32f low = std::numeric_limits<z32f>::infinity();
+  z32f high = -low;
+  zSize count = 0;
+};
+
+void Append(HeightMap& map, const Sums& cell, bool withIntensity) {
+  const z64f count = static_cast<z64f>(cell.count);
+  const bool measured = cell.count > 0;
+  map.heights.push_back(measured ? static_cast<z32f>(cell.height / count) : kNotMeasured);
+  if (map.reduced) {
+    map.lows.push_back(measured ? cell.low : kNotMeasured);
+    map.highs.push_back(measured ? cell.high : kNotMeasured);
+  }
+  if (!withIntensity) return;
+  map.intensities.push_back(measured ? static_cast<z8u>(std::lround(cell.intensity / count))
+                                     : z8u{0});
+}
+
 void Fill(HeightMap& map, const Scan& scan, const CellGrid& grid) {
-  struct Sums {
-    z64f height = 0, intensity = 0;
-    zSize count = 0;
-  };
   std::vector<Sums> cells(grid.Count());
   const auto intensities = IntensitiesOf(scan);
   ForEachDrawablePoint(scan, [&](z32u row, z32u column, const zPoint3d64f& point) {
     Sums& cell = cells[grid.CellOf(point)];
     cell.height += point.z;
+    cell.low = std::min(cell.low, static_cast<z32f>(point.z));
+    cell.high = std::max(cell.high, static_cast<z32f>(point.z));
     if (!intensities.empty()) cell.intensity += intensities[zSize{row} * scan.width + column];
     ++cell.count;
   });
+  map.reduced = std::ranges::any_of(cells, [](const Sums& cell) { return cell.count > 1; });
   map.heights.reserve(cells.size());
+  if (map.reduced) map.lows.reserve(cells.size());
+  if (map.reduced) map.highs.reserve(cells.size());
   if (!intensities.empty()) map.intensities.reserve(cells.size());
-  for (const Sums& cell : cells) {
-    const z64f count = static_cast<z64f>(cell.count);
-    map.reduced = map.reduced || cell.count > 1;
-    map.heights.push_back(cell.count > 0 ? static_cast<z32f>(cell.height / count) : kNotMeasured);
-    if (intensities.empty()) continue;
-    map.intensities.push_back(cell.count > 0 ? static_cast<z8u>(std::lround(cell.intensity / count))
-                                             : z8u{0});
-  }
+  for (const Sums& cell : cells) Append(map, cell, !intensities.empty());
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "inspect/reduction/mapcells.h"
+#include "scan/heightrange.h"
 
 namespace {
 
@@ -31,26 +32,46 @@ struct Cover {
 // What has fallen into a cell so far.
 struct Sums {
   z64f height = 0, intensity = 0, area = 0;
+  HeightRange range;  // of the points that lie in it, even with a part only
 
   void Add(const Sums& other, z64f share) {
     height += other.height * share;
     intensity += other.intensity * share;
     area += other.area * share;
+    range.Include(other.range);
   }
 };
 
-Sums SumOf(std::span<const z16s> heights, std::span<const z8u> intensities) {
-  z64s height = 0;
-  z64s intensity = 0;
-  z64s count = 0;
+// Of at most 32768 points, so that 32 bits hold their sums.
+Sums SumOfFew(std::span<const z16s> heights, std::span<const z8u> intensities) {
+  z32s height = 0;
+  z32s intensity = 0;
+  z32s count = 0;
+  HeightRange range;
   for (const z16s raw : heights) {
-    height += raw == kInvalidRaw ? 0 : raw;
-    count += raw == kInvalidRaw ? 0 : 1;
+    const bool valid = IsValid(raw);
+    height += valid ? raw : 0;
+    count += valid ? 1 : 0;
+    range.lowest = std::min(range.lowest, valid ? raw : range.lowest);
+    range.highest = std::max(range.highest, raw);
   }
   for (zSize i = 0; i < intensities.size(); ++i) {
-    intensity += heights[i] == kInvalidRaw ? 0 : intensities[i];
+    intensity += IsValid(heights[i]) ? intensities[i] : 0;
   }
-  return {static_cast<z64f>(height), static_cast<z64f>(intensity), static_cast<z64f>(count)};
+  return {static_cast<z64f>(height), static_cast<z64f>(intensity), static_cast<z64f>(count), range};
+}
+
+Sums SumOf(std::span<const z16s> heights, std::span<const z8u> intensities) {
+  constexpr zSize kFew = 32'768;
+  if (heights.size() <= kFew) return SumOfFew(heights, intensities);
+  Sums sums;
+  for (zSize at = 0; at < heights.size(); at += kFew) {
+    const zSize count = std::min(kFew, heights.size() - at);
+    sums.Add(SumOfFew(heights.subspan(at, count),
+                      intensities.empty() ? intensities : intensities.subspan(at, count)),
+             1);
+  }
+  return sums;
 }
 
 class SurfaceReduction {
@@ -67,7 +88,10 @@ class SurfaceReduction {
   }
 
   void Fill(HeightMap& map) {
-    map.heights.reserve(zSize{size.width} * size.length);
+    const zSize count = zSize{size.width} * size.length;
+    map.heights.reserve(count);
+    if (map.reduced) map.lows.reserve(count);
+    if (map.reduced) map.highs.reserve(count);
     if (!intensities.empty()) map.intensities.reserve(map.heights.capacity());
     for (z32u row = 0; row < size.length; ++row) {
       std::fill(cells.begin(), cells.end(), Sums());
@@ -109,6 +133,12 @@ class SurfaceReduction {
     const z64f height = cell.height / cell.area * scan.scale.z + scan.offset.z;
     const bool measured = 2 * cell.area >= whole && IsDrawable(height);
     map.heights.push_back(measured ? static_cast<z32f>(height) : kNotMeasured);
+    if (map.reduced) {
+      const auto [low, high] =
+          std::minmax({Real(cell.range.lowest, scan.Z()), Real(cell.range.highest, scan.Z())});
+      map.lows.push_back(measured ? static_cast<z32f>(low) : kNotMeasured);
+      map.highs.push_back(measured ? static_cast<z32f>(high) : kNotMeasured);
+    }
     if (intensities.empty()) return;
     map.intensities.push_back(measured ? static_cast<z8u>(std::lround(cell.intensity / cell.area))
                                        : z8u{0});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Scans reduced to what a picture or a page can show. Reduction is by area: a cell is the mean of
-// all points that fall into it, never one of them. A coordinate that no float can hold, such as an
-// infinite one, makes its point count as not measured.
+// all points that fall into it, and keeps the lowest and the highest of them. A coordinate that no
+// float can hold, such as an infinite one, makes its point count as not measured.
 #pragma once
 
 #include <functional>
@@ -18,7 +18,9 @@ struct MapGrid {
 
 // A surface or a cloud seen from above.
 struct HeightMap : MapGrid {
-  std::vector<z32f> heights;     // mm, row by row; NaN where nothing was measured
+  std::vector<z32f> heights;  // mm, row by row; NaN where nothing was measured
+  std::vector<z32f> lows,
+      highs;  // likewise, of the lowest and the highest point; empty unless reduced
   std::vector<z8u> intensities;  // likewise, 0 there; empty for a scan without
   bool reduced = false;          // a cell stands for more than one point
 };

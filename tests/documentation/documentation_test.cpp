@@ -145,7 +145,7 @@ TEST(GuideToInspection, TellsTheKeysOfTheJsonDocument) {
   const TempDirectory folder;
   WriteFile("cut.sur", "DIGITAL SURF");
   std::filesystem::create_directory("refused");
-  std::vector<std::string> args = {"--json", "cut.sur", "refused"};
+  std::vector<std::string> args = {"--json", "--figures", "cut.sur", "refused"};
   for (const char* name : {"part.sur", "part.srf", "part.pcd", "recording.ovrec"}) {
     args.push_back(EXAMPLES_DIR "/" + std::string(name));
   }

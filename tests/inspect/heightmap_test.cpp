@@ -20,7 +20,7 @@ std::string Numbers(const auto& row) {
 }
 std::string Told(const HeightMap& map) {
   return Numbers(std::vector{map.x, map.y, map.stepX, map.stepY}) + Numbers(map.heights) +
-         Numbers(map.intensities);
+         Numbers(map.intensities) + Numbers(map.lows) + Numbers(map.highs);
 }
 std::string Told(const ProfileLine& line) {
   return Numbers(line.x) + Numbers(line.z) + Numbers(line.intensities);
@@ -39,12 +39,15 @@ TEST(HeightMap, IsTheMeanOfACell) {
                                      {1, 2, 0.5}, {1000, 0, -1});
   cloud.intensities = MakeArray2<z8u>(2, 2, {10, 255, 5, 99});
   const std::tuple<Scan, MapSize, const char*> rows[] = {
-      {grid, {3, 2}, "6 0.5 10 -9 ; 129.333 189.75 285.615 41 nan -65.6667 ; 2 5 6 152 0 163 ; "},
-      {cloud, {2, 1}, "1000 50 100 200 ; 2.5 3.5 ; 8 255 ; "},
+      {grid,
+       {3, 2},
+       "6 0.5 10 -9 ; 129.333 189.75 285.615 41 nan -65.6667 ; 2 5 6 152 0 163 ; "
+       "71 71 -299 31 nan -299 ; 201 401 501 71 nan 51 ; "},
+      {cloud, {2, 1}, "1000 50 100 200 ; 2.5 3.5 ; 8 255 ; 1 3.5 ; 4 3.5 ; "},
       // Exactly half of the area is enough.
       {MakeScan<z16s>(ScanKind::surface, 8, 1, {8, kNo, kNo, kNo, 4, 5, kNo, kNo}),
        {2, 1},
-       "1.5 0 4 1 ; nan 4.5 ; ; "},
+       "1.5 0 4 1 ; nan 4.5 ; ; nan 4 ; nan 5 ; "},
   };
   for (const auto& [scan, size, told] : rows) {
     const HeightMap map = MakeHeightMap(scan, [&size = size](const MapGrid&) { return size; });
@@ -123,7 +126,7 @@ TEST(HeightMap, IsEmptyWithoutPoints) {
     EXPECT_EQ(MakeProfileLine(scan, 10).z.size(), 0U);
   }
   const Scan point = MakeScan<zPoint3d16s>(ScanKind::cloud, 1, 1, {{3, 4, 5}});
-  EXPECT_EQ(Told(MakeHeightMap(point, 10)), "3 4 0 0 ; 5 ; ; ");
+  EXPECT_EQ(Told(MakeHeightMap(point, 10)), "3 4 0 0 ; 5 ; ; ; ; ");
 }
 
 TEST(ProfileLine, RunsFromLeftToRightWithGapsAndKeepsTheExtremesOfEachColumn) {

@@ -120,7 +120,7 @@ TEST_F(Inspection, TellsAllFacts) {
                                       {9'999'999U, 10'000'000U}}) {
     std::vector<PlacedScan>& scans = all[1].scans;
     const auto kind = static_cast<ScanKind>(scans.size() % 4);
-    scans.emplace_back().facts = {kind, 0, 0, points, valid, {}, {}, {}, {}, {}, {}, {}};
+    scans.emplace_back().facts = {kind, 0, 0, points, valid, {}, {}, {}, {}, {}, {}, {}, {}};
   }
   all[1].scans[0].facts.cautions = {{"a-key", "of the scan"}};
   ExpectTexts(all, "facts.txt");
@@ -132,7 +132,8 @@ TEST_F(Inspection, TellsManyScansAsATableOfTheirSources) {
   FileFacts facts;
   const auto add = [&](zSize frame, const char* source, ScanKind kind, z32u width, z32u length,
                        zSize valid) -> ScanFacts& {
-    const ScanFacts scan{kind, width, length, width * length, valid, {}, {}, {}, {}, {}, {}, {}};
+    const ScanFacts scan{kind, width, length, width * length, valid, {}, {}, {}, {}, {},
+                         {},   {},    {}};
     return facts.scans.emplace_back(PlacedScan{frame, 0, source, {}, scan}).facts;
   };
   add(0, "\xC3\x84\x1B", ScanKind::pointProfile, 7, 1, 7);

@@ -16,6 +16,12 @@ using testing::HasSubstr;
 
 constexpr z16s kNo = kInvalidRaw;
 
+PageOptions WithBudget(z64u budget) {
+  PageOptions options;
+  options.budget = budget;
+  return options;
+}
+
 std::string TextOf(const Page& page) {
   std::ostringstream out;
   page.Write(out);
@@ -31,7 +37,7 @@ Json DocumentOf(const std::string& text) {
 TEST(Page, TakesAnyTextWithoutLettingItOutOfItsPlace) {
   const std::string clean = "</script><script>alert(1)</script><!-- &quot;'\" \xEF\xBF\xBD\n";
   const std::string hostile = "</script><script>alert(1)</script><!-- &quot;'\" \xFF\n";
-  Page page(hostile, {{hostile, {hostile}}}, {1, 1, 1}, 100);
+  Page page(hostile, {{hostile, {hostile}}}, {1, 1, 1}, WithBudget(100));
   page.Add(0, 0, {hostile, 7, MakeScan<z16s>(ScanKind::surface, 1, 1, {0})});
   const std::string text = TextOf(page);
   const Json document = DocumentOf(text);
@@ -48,16 +54,31 @@ TEST(Page, HoldsRawValuesAndWhatTheyStandFor) {
   scan.intensities = MakeArray2<z8u>(1, 4, {0, 255, 62, 63});
   scan.units = {{{"m", 1e3}, {}, {"µm", 1e-3}}};
   scan.cautions = {{"key", "text"}};
-  Page page("part", Json::object(), {1, 1, 4}, 4);
+  PageOptions options = WithBudget(4);
+  options.range = {ColourChoice::Kind::values, 1, 2};
+  options.levelling = Levelling::plane;
+  options.selection.frames = FrameRange{3, 3};
+  Page page("part", Json::object(), {1, 1, 4}, options);
   page.Add(3, 4, {"Top", {}, scan});
   const std::string text = TextOf(page);
+  Json document = DocumentOf(text);
+  Json& entry = document.at("scans").at(0);
+  const Json view = entry.at("views").at("none");
+  entry.erase("views");
+  EXPECT_EQ(document.at("scans").dump(),
+            R"([{"frame":3,"index":4,"source":"Top","kind":"profile","columns":4,"rows":1,)"
+            R"("width":4,"length":1,"x":0.0,"y":0.0,"stepX":0.0,"stepY":0.0,"scale":0.125,)"
+            R"("offset":8.0,"measured":2,"reduced":false,"valid":2,"cautions":["text"],)"
+            R"("units":[["m",1000.0],["mm",1.0],["µm",0.001]],"heights":0,)"
+            R"("intensities":1,"places":2,"placeScale":0.5,"placeOffset":-1.0}])");
+  EXPECT_EQ(view.at("low"), 7.75);
+  EXPECT_EQ(view.at("high"), 8.75);
+  EXPECT_EQ(view.at("histogram").size(), 256);
+  EXPECT_EQ(view.at("histogram").at(0).get<int>() + view.at("histogram").at(255).get<int>(), 2);
+  EXPECT_EQ(view.at("figures").at("mean"), 8.25);
   EXPECT_EQ(
-      DocumentOf(text).at("scans").dump(),
-      R"([{"frame":3,"index":4,"source":"Top","kind":"profile","columns":4,"rows":1,)"
-      R"("width":4,"length":1,"x":0.0,"y":0.0,"stepX":0.0,"stepY":0.0,"scale":0.125,)"
-      R"("offset":8.0,"low":7.75,"high":8.75,"measured":2,"reduced":false,"cautions":["text"],)"
-      R"("units":["m","m","µm"],"heightUnit":1e-06,"heights":0,)"
-      R"("intensities":1,"places":2,"placeScale":0.5,"placeOffset":-1.0}])");
+      document.at("choice").dump() + document.at("range").dump() + document.at("level").dump(),
+      R"({"frame":"3"}{"kind":"values","low":1.0,"high":2.0}"plane")");
   EXPECT_THAT(text, HasSubstr("id=\"array0\">BgAAgACA/v8=</script>"));
   EXPECT_THAT(text, HasSubstr("id=\"array1\">AP8+Pw==</script>"));
 }
@@ -70,7 +91,7 @@ TEST(PageScan, RoundsReducedHeightsToTheirOwnRange) {
   Scan scan = MakeScan(ScanKind::surface, 4, 10, heights, {1, 2, 0.5}, {0, 0, 7});
   PageScan page = MakePageScan(scan, 10);
   EXPECT_THAT(page.heights.raw, ElementsAre(low, low, low, low, high, high, kNo, kNo, high, high));
-  EXPECT_NEAR(page.low, 57, 1e-9);
+  EXPECT_NEAR(low * page.heights.scale + page.heights.offset, 57, 1e-9);
   EXPECT_TRUE(page.reduced);
   EXPECT_EQ(MakePageScan(scan, 40).heights.raw, heights);
   EXPECT_FALSE(MakePageScan(scan, 40).reduced);
@@ -100,26 +121,71 @@ TEST(PageScan, CountsPointsWithoutFinitePlaceAsNotMeasured) {
   }
 }
 
+// What is left of heights that lie on a plane when the page's own plane is taken off them.
+TEST(Page, TellsThePlaneByWhatItHasOfAScan) {
+  constexpr zSize kWidth = 12, kLength = 8;
+  std::vector<z16s> heights;
+  std::vector<zPoint3d16s> cloud;
+  std::vector<zPoint16s> line;
+  for (int row = 0; row < int{kLength}; ++row) {
+    for (int column = 0; column < int{kWidth}; ++column) {
+      heights.push_back(static_cast<z16s>(100 + 30 * column - 20 * row));
+      cloud.push_back({static_cast<z16s>(column), static_cast<z16s>(row), heights.back()});
+      line.push_back({static_cast<z16s>(7 * column + 84 * row),
+                      static_cast<z16s>(21 * column + 252 * row - 900)});
+    }
+  }
+  const std::vector<z16s> slope(heights.begin(), heights.begin() + kWidth);
+  const zPoint3d64f scale{0.5, 0.25, 0.125}, offset{9, -4, 77};
+  const Scan scans[] = {
+      MakeScan(ScanKind::surface, kWidth, kLength, heights, scale, offset),
+      MakeScan(ScanKind::cloud, kWidth, kLength, cloud, scale, offset),
+      MakeScan(ScanKind::profile, kWidth, 1, slope, scale, offset),
+      MakeScan(ScanKind::pointProfile, kWidth * kLength, 1, line, scale, offset),
+  };
+  for (const Scan& scan : scans) {
+    for (const z64u budget : {z64u{8}, z64u{24}, z64u{96}}) {
+      Page page("", Json::object(), {1, 1, scan.Count()}, WithBudget(budget));
+      page.Add(0, 0, {"", {}, scan});
+      const Json entry = DocumentOf(TextOf(page)).at("scans").at(0);
+      const PageScan kept = MakePageScan(scan, std::min<zSize>(budget, scan.Count()));
+      const Json& plane = entry.at("views").at("plane");
+      EXPECT_NEAR(plane.at("high").get<z64f>() - plane.at("low").get<z64f>(), 0, 1e-9);
+      for (zSize i = 0; i < kept.heights.raw.size(); ++i) {
+        if (kept.heights.raw[i] == kNo) continue;
+        const zSize column = i % kept.width;
+        const z64f place = kept.places.raw.empty()
+                               ? static_cast<z64f>(column)
+                               : kept.places.raw[i] * kept.places.scale + kept.places.offset;
+        const z64f z = kept.heights.raw[i] * kept.heights.scale + kept.heights.offset;
+        const z64f height = plane.at("offset").get<z64f>() +
+                            plane.at("perColumn").get<z64f>() * place +
+                            plane.at("perRow").get<z64f>() * static_cast<z64f>(i / kept.width);
+        EXPECT_NEAR(z - height, 0, 0.01)
+            << static_cast<int>(scan.kind) << " " << budget << " " << i;
+      }
+    }
+  }
+}
+
 TEST(Page, KeepsToItsBudget) {
   const Scan scan = MakeScan(ScanKind::surface, 100, 80, std::vector<z16s>(8000, 5));
   const struct {
     zSize frames, perFrame, announced;
     z64u budget;
     const char* shown;  // points, every which frame, scans left out; frames and their indexes
-    zSize first = 0;
   } rows[] = {
       {3, 2, 6, 63, "24 3 1: 0/1000"},
       {3, 2, 6, 20000, "19908 2 0: 0/1000 0/1001 2/1004 2/1005"},
-      {3, 2, 6, 20000, "19908 2 0: 7/1000 7/1001 9/1004 9/1005", 7},
       {2, 2, 4, 32000, "32000 1 0: 0/1000 0/1001 1/1002 1/1003"},
       {2, 2, 4, 31999, "31284 1 0: 0/1000 0/1001 1/1002 1/1003"},
       {2, 2, 2, 16000, "16000 1 2: 0/1000 0/1001"},  // more than was announced
   };
   for (const auto& row : rows) {
-    Page page("", Json::object(), {row.frames, row.announced, row.announced * 8000, row.first},
-              row.budget);
+    Page page("", Json::object(), {row.frames, row.announced, row.announced * 8000},
+              WithBudget(row.budget));
     for (zSize i = 0; i < row.frames * row.perFrame; ++i) {
-      page.Add(row.first + i / row.perFrame, static_cast<z32u>(1000 + i), {"a", {}, scan});
+      page.Add(i / row.perFrame, static_cast<z32u>(1000 + i), {"a", {}, scan});
     }
     const Json document = DocumentOf(TextOf(page));
     std::string frames = document.at("every").dump() + " " + document.at("leftOut").dump() + ":";
