@@ -2,6 +2,7 @@
 #include "inspect/measure/colourrange.h"
 
 #include <charconv>
+#include <cmath>
 
 namespace {
 
@@ -51,7 +52,6 @@ Span SharedRange::Colours() const {
     default:
       break;
   }
-  const bool differs =
-      most_.high > most_.low && all_.high - all_.low > 2 * (most_.high - most_.low);
+  const bool differs = most_.Size() > 0 && all_.Size() > 2 * most_.Size();
   return differs ? most_ : all_;
 }

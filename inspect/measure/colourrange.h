@@ -2,11 +2,11 @@
 // Which heights the colours of a map stand for.
 #pragma once
 
-#include <cmath>
 #include <optional>
 #include <string_view>
 
 #include "inspect/measure/figures.h"
+#include "inspect/measure/span.h"
 
 struct ColourChoice {
   enum class Kind : z8u { automatic, full, percentiles, values };
@@ -18,16 +18,6 @@ struct ColourChoice {
   static std::optional<ColourChoice> FromText(std::string_view text);
   // The two that the range depends on.
   std::vector<z64f> Percents() const;
-};
-
-// From the lowest to the highest; low is above high where there is none.
-struct Span {
-  z64f low = HUGE_VAL, high = -HUGE_VAL;
-
-  void Include(z64f value) {
-    low = value < low ? value : low;
-    high = value > high ? value : high;
-  }
 };
 
 // The scans that share their colours, as the frames of one source do.

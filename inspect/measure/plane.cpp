@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "inspect/measure/span.h"
+
 namespace {
 
 constexpr zSize kParts = 16;  // along each side
@@ -83,17 +85,10 @@ std::optional<Slope> SlopeOf(const Sums& about) {
 }
 
 // One side of the field, as numbers from -1/2 to 1/2.
-struct Side {
-  z64f low = std::numeric_limits<z64f>::infinity();
-  z64f high = -low;
-
-  void Add(z64f value) {
-    low = std::min(low, value);
-    high = std::max(high, value);
-  }
-  z64f Size() const { return high > low ? high - low : 1; }
-  z64f Middle() const { return low + (high - low) / 2; }
-  z64f ShareOf(z64f value) const { return (value - Middle()) / Size(); }
+struct Side : Span {
+  z64f Length() const { return high > low ? Size() : 1; }
+  z64f Middle() const { return low + Size() / 2; }
+  z64f ShareOf(z64f value) const { return (value - Middle()) / Length(); }
   static zSize PartOf(z64f share) {
     return static_cast<zSize>(std::clamp((share + 0.5) * kParts, 0.0, kParts - 1.0));
   }
@@ -110,14 +105,14 @@ bool IsKnown(const PlacedHeight& place) {
 Field FieldOf(const Scan& scan) {
   Field field;
   if (IsGrid(scan)) {
-    field.u = {0, static_cast<z64f>(std::max(scan.width, 1U) - 1)};
-    field.v = {0, static_cast<z64f>(std::max(scan.length, 1U) - 1)};
+    field.u = {{0, static_cast<z64f>(std::max(scan.width, 1U) - 1)}};
+    field.v = {{0, static_cast<z64f>(std::max(scan.length, 1U) - 1)}};
     return field;
   }
   ForEachPlace(scan, [&](const PlacedHeight& place) {
     if (!IsKnown(place)) return;
-    field.u.Add(place.u);
-    field.v.Add(place.v);
+    field.u.Include(place.u);
+    field.v.Include(place.v);
   });
   return field;
 }
@@ -179,7 +174,7 @@ Parts SumsOfGrid(const Scan& scan, const Field& field) {
       const zSize count = width * (part + 1) / kParts - begin;
       const z64f start = static_cast<z64f>(begin) - field.u.Middle();
       parts[Side::PartOf(v) * kParts + part].Add(
-          SumsOfRow(heights.subspan(row * width + begin, count), start, field.u.Size(), v));
+          SumsOfRow(heights.subspan(row * width + begin, count), start, field.u.Length(), v));
     }
   }
   return parts;
@@ -236,14 +231,14 @@ Plane FitPlane(const Scan& scan) {
   for (const Sums& part : parts) all.Add(part);
   Plane plane;
   if (all.n == 0 || !std::isfinite(Real(all.z / all.n, raw))) return plane;
-  plane.u = field.u.Middle() + all.u / all.n * field.u.Size();
-  plane.v = field.v.Middle() + all.v / all.n * field.v.Size();
+  plane.u = field.u.Middle() + all.u / all.n * field.u.Length();
+  plane.v = field.v.Middle() + all.v / all.n * field.v.Length();
   plane.height = Real(all.z / all.n, raw);
   const Sums about = all.Centred();
   if (const std::optional<Slope> slope = SlopeOf(about)) {
     const Slope chosen = AgreedSlope(parts, *slope, Spread(about)).value_or(*slope);
-    plane.perU = chosen.u / field.u.Size() * raw.scale;
-    plane.perV = chosen.v / field.v.Size() * raw.scale;
+    plane.perU = chosen.u / field.u.Length() * raw.scale;
+    plane.perV = chosen.v / field.v.Length() * raw.scale;
     if (!std::isfinite(plane.perU + plane.perV)) plane.perU = plane.perV = 0;
   }
   return plane;

@@ -2,24 +2,14 @@
 // Clouds seen from above.
 #include <algorithm>
 
+#include "inspect/measure/span.h"
 #include "inspect/reduction/mapcells.h"
 
 namespace {
 
-struct Extent {
-  z64f low = std::numeric_limits<z64f>::infinity();
-  z64f high = -low;
-
-  void Add(z64f value) {
-    low = std::min(low, value);
-    high = std::max(high, value);
-  }
-  z64f Size() const { return high - low; }
-};
-
 struct Footprint {
   zSize points = 0;
-  Extent x, y, rows, columns;
+  Span x, y, rows, columns;
 };
 
 template <class Use>
@@ -64,7 +54,7 @@ zSize CountFilledCells(const Scan& scan, const CellGrid& grid) {
 }
 
 // As many cells as points lie side by side, with the outermost points in the middle of theirs.
-CellAxis AxisOfPoints(const Extent& extent, z64f points) {
+CellAxis AxisOfPoints(const Span& extent, z64f points) {
   const z64f pitch = points > 1 ? extent.Size() / (points - 1) : 0;
   return {extent.low - pitch / 2, extent.Size() + pitch, static_cast<z32u>(points)};
 }
@@ -82,7 +72,7 @@ z64f SideOf(const Footprint& footprint, z64f pointsPerCell, z64f covered) {
 // Cells of about that side, but at most about two for each point.
 CellGrid SquareCells(const Footprint& footprint, z64f side) {
   const z64f allowed = std::max(side, SideOf(footprint, 0.5, 1));
-  const auto axis = [allowed](const Extent& extent) {
+  const auto axis = [allowed](const Span& extent) {
     const z64f cells = allowed > 0 ? extent.Size() / allowed : 0;
     return CellAxis(extent.low, extent.Size(),
                     static_cast<z32u>(std::clamp(cells, 1.0, 4'294'967'295.0)));
@@ -146,10 +136,10 @@ Footprint FootprintOf(const Scan& scan) {
   Footprint footprint;
   ForEachDrawablePoint(scan, [&](z32u row, z32u column, const zPoint3d64f& point) {
     ++footprint.points;
-    footprint.x.Add(point.x);
-    footprint.y.Add(point.y);
-    footprint.rows.Add(row);
-    footprint.columns.Add(column);
+    footprint.x.Include(point.x);
+    footprint.y.Include(point.y);
+    footprint.rows.Include(row);
+    footprint.columns.Include(column);
   });
   return footprint;
 }
