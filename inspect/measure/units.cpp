@@ -24,23 +24,31 @@ std::string Fixed(z64f value, int decimals) {
   return fixed == "-0" ? "0" : fixed;
 }
 
-// Takes off what lies far from 0.
-ShownUnit CountingFromNearBy(const AxisUnit& told, ShownUnit shown, const Span& values) {
-  constexpr z64f kFar = 1000;
-  const z64f span = values.high - values.low;
+// Takes off what lies far from 0: about the middle, as a multiple of the power of ten below
+// `digit`.
+ShownUnit CountingFromNearBy(const AxisUnit& told, ShownUnit shown, const Span& values,
+                             z64f digit) {
+  constexpr z64f kFar = 100;
   const z64f largest = std::max(std::abs(values.low), std::abs(values.high));
-  if (!(span > 0) || !std::isfinite(largest) || largest <= kFar * span) return shown;
-  const z64f round = std::pow(10, std::ceil(std::log10(span)));
-  shown.reference = std::round((values.low + span / 2) / round) * round;
+  if (!(digit > 0) || !std::isfinite(largest) || largest <= kFar * values.Size()) return shown;
+  const z64f round = std::pow(10, std::floor(std::log10(digit) + 1e-9));
+  shown.reference = std::round((values.low + values.Size() / 2) / round) * round;
   const ShownUnit unit = FittingUnit(told, std::abs(shown.reference));
   shown.referenceText =
       NumberText(unit.Shown(shown.reference), round * unit.factor) + " " + unit.name;
   return shown;
 }
 
+// Heights are told from their middle, places from a round number: theirs are ticks of an axis.
+ShownUnit CountingHeights(const AxisUnit& told, const ShownUnit& shown, const Span& values) {
+  return CountingFromNearBy(told, shown, values, values.Size() / 2);
+}
+ShownUnit CountingPlaces(const AxisUnit& told, const ShownUnit& shown, const Span& values) {
+  return CountingFromNearBy(told, shown, values, values.Size() * 10);
+}
+
 z64f SpanOf(const Span& values) {
-  const z64f span = values.high - values.low;
-  return span > 0 ? span : std::max(std::abs(values.low), std::abs(values.high));
+  return values.Size() > 0 ? values.Size() : std::max(std::abs(values.low), std::abs(values.high));
 }
 
 // The places of a scan along x and y.
@@ -84,8 +92,13 @@ std::string NumberText(z64f value, z64f step) {
 }
 
 std::string ShownUnit::AxisName(const char* axis) const {
-  const std::string minus = referenceText.empty() ? "" : " \u2212 " + referenceText;
-  return axis + minus + " (" + name + ")";
+  std::string from = referenceText;
+  if (from.starts_with('-')) {
+    from = " + " + from.substr(1);
+  } else if (!from.empty()) {
+    from = " \u2212 " + from;
+  }
+  return axis + from + " (" + name + ")";
 }
 
 std::string ShownUnit::RangeText(z64f low, z64f high, z64f step) const {
@@ -108,7 +121,7 @@ ShownUnit FittingUnit(const AxisUnit& told, z64f span) {
 }
 
 ShownUnit FittingUnit(const AxisUnit& told, const Span& values) {
-  return CountingFromNearBy(told, FittingUnit(told, SpanOf(values)), values);
+  return CountingHeights(told, FittingUnit(told, SpanOf(values)), values);
 }
 
 z64f LengthRatio(const ShownUnit& x, const ShownUnit& other) {
@@ -125,8 +138,8 @@ ShownUnits FittingUnits(const Scan& scan, const Span& heights) {
     width = larger / x.mm;
     length = larger / y.mm;
   }
-  return {CountingFromNearBy(x, FittingUnit(x, width), across),
-          CountingFromNearBy(y, FittingUnit(y, length), along), FittingUnit(z, heights)};
+  return {CountingPlaces(x, FittingUnit(x, width), across),
+          CountingPlaces(y, FittingUnit(y, length), along), FittingUnit(z, heights)};
 }
 
 Scan InUnits(Scan scan, const ShownUnits& units) {

@@ -25,7 +25,7 @@ struct ShownUnit {
 // The largest of m, mm, µm, nm and pm that fits into the length `span`, told in `told`. Other units
 // stay.
 ShownUnit FittingUnit(const AxisUnit& told, z64f span);
-// The same for values. Those that are far from 0, by a thousand times what they span, count from
+// The same for values. Those that are far from 0, by a hundred times what they span, count from
 // near by.
 ShownUnit FittingUnit(const AxisUnit& told, const Span& values);
 

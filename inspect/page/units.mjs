@@ -3,7 +3,7 @@
 import {clean, decimalsFor, number} from "./text.mjs";
 
 const LENGTHS = [["m", 1e3], ["mm", 1], ["µm", 1e-3], ["nm", 1e-6], ["pm", 1e-9]];  // [name, mm]
-const LARGE = 1000;  // spans from 0 from which heights are told from a reference
+const LARGE = 100;  // spans from 0 from which heights are told from a reference
 
 // The largest unit that is no larger than a span in mm.
 export const fittingLength = (span) =>
@@ -40,7 +40,9 @@ export class Unit {
   }
   // The title of an axis.
   axis(name) {
-    const left = this.referenceText === "" ? name : `${name} − ${this.referenceText}`;
+    const from = this.referenceText.startsWith("-") ? ` + ${this.referenceText.slice(1)}`
+      : ` − ${this.referenceText}`;
+    const left = this.referenceText === "" ? name : name + from;
     return this.name === "" ? left : `${left} (${this.name})`;
   }
 }
@@ -59,7 +61,7 @@ export function heightUnit([name, mm], low, high) {
   const largest = Math.max(Math.abs(low), Math.abs(high));
   const unit = lengthUnit([name, mm], span > 0 ? span : largest);
   if (!(span > 0) || !(largest > LARGE * span)) return unit;
-  const power = 10 ** Math.ceil(Math.log10(span) - 1e-9);
+  const power = 10 ** Math.floor(Math.log10(span / 2) + 1e-9);
   unit.reference = Math.round((low + span / 2) / power) * power;
   const own = lengthUnit([name, mm], Math.abs(unit.reference));
   unit.referenceText = own.named(number(unit.reference * own.factor,

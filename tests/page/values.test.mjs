@@ -45,14 +45,14 @@ table(function heights(given, low, high, step) {
 }, [
   [[mm, 0, 0.8, 0.001], "0 to 800 µm; z (µm); not measured; 800 µm; true"],
   [[mm, 12.3359, 12.3539, 1e-4],
-    "12335.9 to 12353.9 µm; z (µm); not measured; 18.0 µm; true"],
+    "12.345 mm + -9.1 to 8.9 µm; z − 12.345 mm (µm); not measured; 18.0 µm; true"],
   [[mm, 123.4559, 123.4641, 1e-4],
-    "123.46 mm + -4.1 to 4.1 µm; z − 123.46 mm (µm); not measured; 8.2 µm; true"],
+    "123.460 mm + -4.1 to 4.1 µm; z − 123.460 mm (µm); not measured; 8.2 µm; true"],
   [[["nm", 1e-6], -12345010, -12344990, 0.1],
-    "-12.3450 mm + -10.0 to 10.0 nm; z − -12.3450 mm (nm); not measured; 20.0 nm; true"],
+    "-12.34500 mm + -10.0 to 10.0 nm; z + 12.34500 mm (nm); not measured; 20.0 nm; true"],
   [[mm, 0, 0, 1], "0 to 0 pm; z (pm); not measured; 0 pm; true"],
   [[mm, 5, 5, 1], "5 to 5 mm; z (mm); not measured; 0 mm; true"],
-  [[["", 0], 1e5, 100001, 0.5], "100001 + -1.0 to 0.0; z − 100001; not measured; 1.0; true"]]);
+  [[["", 0], 1e5, 100001, 0.5], "100000.5 + -0.5 to 0.5; z − 100000.5; not measured; 1.0; true"]]);
 table(ratioOf, [[[mm, nm], 1e-6], [[mm, volt], 0], [[volt, volt], 1], [[mm, ["mm", 0]], 0], [[["V", 0], ["A", 0]], 0]]);
 table(sizeText, [[[mm, 0.00123456], "1.235 µm"], [[mm, 0], "0.000 pm"], [[mm, null], "–"],
   [[volt, 123456], "123456 a.\ufffdu."]]);
