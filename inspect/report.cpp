@@ -2,6 +2,7 @@
 #include "inspect/report.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "inspect/measure/units.h"
 #include "inspect/sourcetable.h"
@@ -95,9 +96,11 @@ void WriteCautions(const std::vector<Caution>& cautions, Lines& line) {
   for (const Caution& caution : cautions) line("CAUTION", caution.text);
 }
 
+constexpr z64f kRounding = 1e-12;  // of all heights, what they may be off by
+
 // What is nothing beside `whole` but for rounding is 0.
 std::string LengthText(z64f mm, z64f whole) {
-  if (std::abs(mm) <= whole * 1e-12) return "0 mm";
+  if (std::abs(mm) <= whole * kRounding) return "0 mm";
   const ShownUnit unit = FittingUnit(AxisUnit(), std::abs(mm));
   return RealText(unit.Shown(mm)) + " " + unit.name;
 }
@@ -116,10 +119,13 @@ void WriteFigures(const ScanFigures& figures, bool profile, Lines& line) {
   const std::string letter = profile ? "R" : "S";
   row("figures", "as measured", "over a plane");
   const auto length = [&](const std::string& name, z64f Figures::*of) {
-    row(name, LengthText(plain.*of, plain.sz), LengthText(levelled.*of, levelled.sz));
+    row(name, LengthText(plain.*of, plain.sz), LengthText(levelled.*of, plain.sz));
   };
   const auto number = [&](const std::string& name, z64f Figures::*of) {
-    row(name, RealText(plain.*of), RealText(levelled.*of));
+    const auto text = [&](const Figures& one) {
+      return one.sz > plain.sz * kRounding ? RealText(one.*of) : std::string("-");
+    };
+    row(name, text(plain), text(levelled));
   };
   length("mean", &Figures::mean);
   length("median", &Figures::median);
@@ -132,7 +138,7 @@ void WriteFigures(const ScanFigures& figures, bool profile, Lines& line) {
   number(letter + "ku", &Figures::sku);
   for (zSize i = 0; i < std::size(kToldPercents); ++i) {
     row(RealText(kToldPercents[i]) + " % below", LengthText(figures.plain.percentiles[i], plain.sz),
-        LengthText(figures.levelled.percentiles[i], levelled.sz));
+        LengthText(figures.levelled.percentiles[i], plain.sz));
   }
 }
 
