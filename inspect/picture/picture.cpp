@@ -95,7 +95,8 @@ class SeenHeights {
     if (std::isnan(z)) return std::nullopt;
     if (z < low_) return kBelowRange;
     if (z > high_) return kAboveRange;
-    return palette_[static_cast<zSize>(std::lround(colours_.ShareOf(static_cast<z64f>(z)) * 255))];
+    const z64f share = colours_.ShareOf(static_cast<z64f>(z));  // rounding may leave 0 to 1
+    return palette_[share > 0 ? static_cast<zSize>(std::lround(std::min(share, 1.0) * 255)) : 0];
   }
   // Whether a point stands out from the others of its cell, or lies far beyond the colours.
   bool IsOdd(zSize cell) const {
