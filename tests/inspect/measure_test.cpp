@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <numbers>
 #include <random>
 #include <set>
@@ -17,6 +18,7 @@ using testing::DoubleNear;
 using testing::Pointwise;
 
 constexpr z16s kNo = kInvalidRaw;
+constexpr z64f kNone = std::numeric_limits<z64f>::quiet_NaN();
 
 Heights Make(int count, auto height) {
   Heights heights;
@@ -62,9 +64,9 @@ TEST(Figures, FollowFromMathematics) {
        std::sqrt(0.5), 1.5},
       {"three of four are high", Make(9996, high(7497)), 0, a, 0.75 * a, a, 0.375 * a, root * a,
        -0.5 / root, 1 / 0.1875 - 3},
-      {"one height", {7 * a}, 7 * a, 7 * a, 7 * a, 7 * a, 0, 0, NAN, NAN},
-      {"equal heights", Heights(12'345, -a), -a, -a, -a, -a, 0, 0, NAN, NAN},
-      {"none", {}, NAN, NAN, NAN, NAN, NAN, NAN, NAN, NAN},
+      {"one height", {7 * a}, 7 * a, 7 * a, 7 * a, 7 * a, 0, 0, kNone, kNone},
+      {"equal heights", Heights(12'345, -a), -a, -a, -a, -a, 0, 0, kNone, kNone},
+      {"none", {}, kNone, kNone, kNone, kNone, kNone, kNone, kNone, kNone},
   };
   for (const auto& row : rows) {
     for (const z64f offset : {0.0, 1e6 * a}) {
